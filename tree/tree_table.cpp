@@ -1,0 +1,97 @@
+#include "tree/tree_table.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <iostream>
+#include <new>
+
+#include "driver/run_state.h"
+#include "tree/candidate_lists.h"
+#include "tree/tree_length.h"
+
+namespace zorvek {
+
+namespace {
+
+// A zeroed table in one piece of memory behind row pointers. Pages that nobody writes are never made:
+// of EM a run touches only the leaf block.
+double** NewTable(std::size_t rows, std::size_t columns) {
+  auto** table = new double*[rows];
+  auto* cells = static_cast<double*>(std::calloc(rows * columns, sizeof(double)));
+  if (cells == nullptr) {
+    delete[] table;
+    throw std::bad_alloc();
+  }
+  for (std::size_t row = 0; row < rows; ++row) table[row] = cells + row * columns;
+  return table;
+}
+
+void DeleteTable(double**& table) {
+  if (table != nullptr) std::free(table[0]);
+  delete[] table;
+  table = nullptr;
+}
+
+}  // namespace
+
+void Init() {
+  const auto taxa_count = static_cast<std::size_t>(n);
+  for (TreeTable* tree : {&OPT, &T1, &T2}) *tree = NewTable(taxa_count - 1, kFields);
+  EM = NewTable(2 * taxa_count - 2, 2 * taxa_count - 2);
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < n; ++j) {
+      if (i != j) EM[i][j] = DM1[i][j];
+    }
+  }
+  ForgetDistances();
+  BuildCL();
+}
+
+void Finalize() {
+  for (double*** table : {&OPT, &T1, &T2, &EM}) DeleteTable(*table);
+}
+
+void FC(int node, int from, TreeTable tree) {
+  if (node < n) {
+    temp1.push_back(node);
+    return;
+  }
+  const double* row = tree[node - n];
+  for (const Field side : {kParent, kLeft, kRight}) {
+    if (row[side] != from) FC(Id(row, side), node, tree);
+  }
+}
+
+void CopyTree(TreeTable from, TreeTable to) {
+  for (int row = 0; row < n - 1; ++row) std::copy_n(from[row], static_cast<int>(kFields), to[row]);
+}
+
+void FindAdj(TreeTable tree) {
+  for (int row = 0; row < n - 1; ++row) {
+    for (const Field side : {kLeft, kRight}) {
+      const int child = Id(tree[row], side);
+      if (child >= n) tree[child - n][kParent] = tree[row][kSelf];
+    }
+  }
+  tree[n - 4][kParent] = 2 * n - 3;
+  tree[n - 3][kParent] = 2 * n - 4;
+}
+
+void Reset(double** table, int rows, int columns) {
+  for (int row = 0; row < rows; ++row) std::fill_n(table[row], std::max(columns, 0), 0.0);
+}
+
+void Print(double** table, unsigned rows, unsigned columns) {
+  for (unsigned row = 0; row < rows; ++row) {
+    for (unsigned column = 0; column < columns; ++column) std::cout << table[row][column] << '\t';
+    std::cout << std::endl;
+  }
+  std::cout << std::endl;
+}
+
+bool IsContained(int value, std::vector<int> list) {
+  return std::find(list.begin(), list.end(), value) != list.end();
+}
+
+}  // namespace zorvek
