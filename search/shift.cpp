@@ -1,0 +1,56 @@
+#include "search/shift.h"
+
+#include <cstddef>
+#include <vector>
+
+#include "driver/run_state.h"
+#include "tree/fast_local_search.h"
+#include "tree/tree_length.h"
+
+namespace zorvek {
+
+namespace {
+
+std::vector<char> dealt;  // per taxon: whether its slot is dealt anew
+
+// Collects into temp1 the leaves of the subtree that two fair bits pick.
+void DrawSubtree(TreeTable tree) {
+  const Field side = r->nextAtMost(1) == 0 ? kLeft : kRight;
+  const double* central = tree[n - 4 + static_cast<int>(r->nextAtMost(1))];
+  FC(Id(central, side), Id(central, kSelf), tree);
+}
+
+// Gives the slots of temp1's leaves, in row order, those leaves in temp1's order rotated left by
+// one.
+void Redeal(TreeTable tree) {
+  dealt.assign(static_cast<std::size_t>(n), false);
+  for (const int leaf : temp1) dealt[static_cast<std::size_t>(leaf)] = true;
+  std::size_t next = 0;
+  for (int row = 0; row < n - 2; ++row) {
+    for (const Field side : {kLeft, kRight}) {
+      const int child = Id(tree[row], side);
+      if (child >= n || !dealt[static_cast<std::size_t>(child)]) continue;
+      next = (next + 1) % temp1.size();
+      tree[row][side] = temp1[next];
+    }
+  }
+}
+
+}  // namespace
+
+double Shift(TreeTable tree, double bound) {
+  DrawSubtree(tree);
+  Redeal(tree);
+  const std::size_t passes = temp1.size();
+  temp1.clear();
+  for (std::size_t pass = 0; pass < passes; ++pass) {
+    const double length = Evaluate(tree);
+    if (length < bound) return length;
+    if (!FastLocalSearch(tree)) break;
+    while (WithinInnerLimit() && FastLocalSearch(tree)) {
+    }
+  }
+  return bound;
+}
+
+}  // namespace zorvek
