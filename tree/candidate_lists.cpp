@@ -1,0 +1,4 @@
+#include "tree/candidate_lists.h"
+namespace zorvek {
+void BuildCL() {}
+}  // namespace zorvek
