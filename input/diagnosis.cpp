@@ -86,7 +86,9 @@ void Listen(const char* path, NexusBlocks& blocks, DiagnosingReader& reader) {
   std::ifstream file(path, std::ios::in | std::ios::binary);
   blocks.Register(reader);
   try {
-    NxsToken token(file);
+    CommentFilter filter(file.rdbuf());
+    std::istream input(&filter);
+    NxsToken token(input);
     reader.Execute(token);
   } catch (const NxsException& exception) {
     reader.NexusError(exception.msg, exception.pos, exception.line, exception.col);
@@ -110,6 +112,7 @@ std::string DiagnoseInput(const char* path) {
   if (!systemError.empty()) return systemError;
   struct stat status {};
   if (stat(path, &status) != 0 || !S_ISREG(status.st_mode)) return "it is not a regular file";
+  if (status.st_size == 0) return "it is empty";
 
   NexusBlocks blocks(path);
   DiagnosingReader reader;

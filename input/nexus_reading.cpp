@@ -5,13 +5,17 @@
 //  - it allocates what DIMENSIONS announces before it has seen a character, and lists as many taxa
 //  in
 //    its report;
-//  - a failed block may throw from its report, and a failed assertion ends the process.
+//  - a failed block may throw from its report;
+//  - a failed assertion ends the process: one of its own kind, or one of the C library's at an
+//  empty
+//    comment within parentheses.
 #include "input/nexus_reading.h"
 
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <iostream>
+#include <new>
 #include <string>
 
 // NCL calls this when one of its assertions fails; its own version prints to standard error and
@@ -25,15 +29,13 @@ namespace zorvek {
 
 namespace {
 
-// The largest announced number of cells that is let pass in a file of that size: every cell takes a
-// byte of the file. Small announcements always pass, so that NCL can say where the matrix falls
-// short. The size of what is no regular file is not known.
-double CellLimit(const char* path) {
-  constexpr double kAlways = 1 << 24;
+// What a file of that size can hold: a taxon takes a byte at least, and so does a cell. The size of
+// what is no regular file is not known.
+double SizeLimit(const char* path) {
   constexpr double kUnknownSize = 1 << 30;
   struct stat status {};
   if (stat(path, &status) != 0 || !S_ISREG(status.st_mode)) return kUnknownSize;
-  return std::max(kAlways, static_cast<double>(status.st_size));
+  return static_cast<double>(status.st_size);
 }
 
 class AssumptionsBlock : public NxsAssumptionsBlock {
@@ -44,7 +46,7 @@ class AssumptionsBlock : public NxsAssumptionsBlock {
 
 class TaxaBlock : public NxsTaxaBlock {
  public:
-  explicit TaxaBlock(double cellLimit) : limit(cellLimit) {}
+  explicit TaxaBlock(double sizeLimit) : limit(sizeLimit) {}
 
   void SetNtax(unsigned ntax) override {
     Check(ntax);
@@ -53,7 +55,12 @@ class TaxaBlock : public NxsTaxaBlock {
 
  protected:
   void Read(NxsToken& token) override {
-    NxsTaxaBlock::Read(token);
+    try {
+      NxsTaxaBlock::Read(token);
+    } catch (const std::bad_alloc&) {  // thrown at the command, before there is anything to check
+      Check(dimNTax);
+      throw;
+    }
     Check(dimNTax);
   }
 
@@ -68,12 +75,12 @@ class TaxaBlock : public NxsTaxaBlock {
 
 class DataBlock : public NxsDataBlock {
  public:
-  DataBlock(NxsTaxaBlock* taxaBlock, NxsAssumptionsBlock* assumptions, double cellLimit)
-      : NxsDataBlock(taxaBlock, assumptions), limit(cellLimit) {}
+  DataBlock(NxsTaxaBlock* taxaBlock, NxsAssumptionsBlock* assumptions, double sizeLimit)
+      : NxsDataBlock(taxaBlock, assumptions), limit(std::max(sizeLimit, kAlwaysHeld)) {}
 
-  // The last character that a set may name: sets are stored number by number.
+  // The last character that a set may name; sets are stored number by number.
   unsigned GetMaxIndex() const override {
-    CheckSize();
+    if (TooLarge()) throw NxsException(SizeComplaint());
     return NxsDataBlock::GetMaxIndex();
   }
 
@@ -81,10 +88,8 @@ class DataBlock : public NxsDataBlock {
   void Read(NxsToken& token) override {
     NxsDataBlock::Read(token);
     for (unsigned taxon = 0; taxon < nTaxWithData; ++taxon) {
-      const bool complete = GetDataType() == continuous ? TaxonIndHasData(taxon)
-                                                        : taxon < discreteMatrix.size() &&
-                                                              discreteMatrix[taxon].size() == nChar;
-      if (!complete) throw NxsException("the matrix does not fit the DIMENSIONS command", token);
+      if (!RowFits(taxon))
+        throw NxsException("the matrix does not fit the DIMENSIONS command", token);
     }
   }
 
@@ -94,15 +99,24 @@ class DataBlock : public NxsDataBlock {
   }
 
   void HandleMatrix(NxsToken& token) override {
-    CheckSize();
+    if (TooLarge()) throw NxsException(SizeComplaint(), token);
     NxsDataBlock::HandleMatrix(token);
   }
 
  private:
-  void CheckSize() const {
-    if (static_cast<double>(nTaxWithData) * nChar <= limit) return;
-    throw NxsException("DIMENSIONS announces " + std::to_string(nTaxWithData) + " taxa x " +
-                       std::to_string(nChar) + " characters, more than the file can hold");
+  // Cells that are let pass in a file of any size, so that NCL can say where a matrix falls short.
+  static constexpr double kAlwaysHeld = 1 << 24;
+
+  bool TooLarge() const { return static_cast<double>(nTaxWithData) * nChar > limit; }
+
+  std::string SizeComplaint() const {
+    return "DIMENSIONS announces " + std::to_string(nTaxWithData) + " taxa x " +
+           std::to_string(nChar) + " characters, more than the file can hold";
+  }
+
+  bool RowFits(unsigned taxon) const {
+    if (GetDataType() == continuous) return TaxonIndHasData(taxon);
+    return taxon < discreteMatrix.size() && discreteMatrix[taxon].size() == nChar;
   }
 
   double limit;
@@ -144,6 +158,29 @@ void MyReader::Tell(const std::string& line) {
   logFile << line << std::endl;
 }
 
+CommentFilter::CommentFilter(std::streambuf* source) : source_(source), buffer_(1 << 16) {}
+
+CommentFilter::int_type CommentFilter::underflow() {
+  std::size_t size = 0;
+  // An empty comment takes three places.
+  while (size + 3 <= buffer_.size()) {
+    const int_type next = source_->sbumpc();
+    if (next == traits_type::eof()) break;
+    const char c = traits_type::to_char_type(next);
+    buffer_[size++] = c;
+    if (depth_ > 0) {
+      depth_ += c == '[' ? 1 : c == ']' ? -1 : 0;
+    } else if (c == '\'') {
+      quoted_ = !quoted_;
+    } else if (c == '[' && !quoted_) {
+      depth_ = 1;
+      if (source_->sgetc() == ']') buffer_[size++] = ' ';
+    }
+  }
+  setg(buffer_.data(), buffer_.data(), buffer_.data() + size);
+  return size == 0 ? traits_type::eof() : traits_type::to_int_type(buffer_[0]);
+}
+
 MyToken::MyToken(std::istream& input, std::ostream& echo) : NxsToken(input), echoStream(echo) {}
 
 void MyToken::OutputComment(const NxsString& msg) {
@@ -152,7 +189,7 @@ void MyToken::OutputComment(const NxsString& msg) {
 }
 
 NexusBlocks::NexusBlocks(const char* inputPath) {
-  const double limit = CellLimit(inputPath);
+  const double limit = SizeLimit(inputPath);
   taxa = std::make_unique<TaxaBlock>(limit);
   trees = std::make_unique<NxsTreesBlock>(taxa.get());
   assumptions = std::make_unique<AssumptionsBlock>(taxa.get());
@@ -172,7 +209,9 @@ NexusBlocks ReadNexus(const char* inputPath) {
   MyReader reader(inputPath, (std::string(inputPath) + ".log").c_str());
   blocks.Register(reader);
   try {
-    MyToken token(reader.inFile, reader.logFile);  // reads its first character
+    CommentFilter filter(reader.inFile.rdbuf());
+    std::istream input(&filter);
+    MyToken token(input, reader.logFile);
     reader.Execute(token);
   } catch (...) {  // the library has stopped reading
   }

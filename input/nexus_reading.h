@@ -8,7 +8,9 @@
 #include <istream>
 #include <memory>
 #include <ostream>
+#include <streambuf>
 #include <string>
+#include <vector>
 
 namespace zorvek {
 
@@ -45,6 +47,22 @@ class MyToken : public NxsToken {
 
  private:
   std::ostream& echoStream;
+};
+
+// The text of a NEXUS file with a blank put into each empty comment ("[]" outside quotes and
+// comments), since NCL aborts the process at one that stands within parentheses.
+class CommentFilter : public std::streambuf {
+ public:
+  explicit CommentFilter(std::streambuf* source);
+
+ protected:
+  int_type underflow() override;
+
+ private:
+  std::streambuf* source_;
+  std::vector<char> buffer_;
+  int depth_ = 0;        // of the comment it is in
+  bool quoted_ = false;  // whether it is within single quotes
 };
 
 // The blocks that are read: TAXA, ASSUMPTIONS, DATA and TREES, and no block of another name. They
