@@ -1,4 +1,4 @@
-// zorvek nexus_file: the command line, and the last net for what no phase of the run could handle.
+// zorvek nexus_file: the command line, and the last net for what no phase of the run can handle.
 #include <exception>
 #include <iostream>
 #include <new>
@@ -11,12 +11,17 @@ int main(int argc, char** argv) {
     std::cout << "Usage: zorvek nexus_file" << std::endl;
     return 0;
   }
+  const auto fail = [path = argv[1]](const char* why) {
+    std::cout << "Error: " << path << ": " << why << '.' << std::endl;
+  };
   try {
     zorvek::Run(argv[1]);
   } catch (const std::bad_alloc&) {
-    std::cout << "Error: " << argv[1] << ": not enough memory." << std::endl;
+    fail("not enough memory");
   } catch (const std::exception& failure) {
-    std::cout << "Error: " << argv[1] << ": " << failure.what() << '.' << std::endl;
+    fail(failure.what());
+  } catch (...) {
+    fail("failed for an unknown reason");
   }
   return 0;
 }
