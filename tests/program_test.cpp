@@ -211,6 +211,7 @@ TEST_F(ProgramTest, TurnsTheExampleIntoATreeAndThreeFiles) {
     seconds = std::stod(match[2]);
   }
   EXPECT_EQ(last, best);
+  EXPECT_GE(bound, 0.21405);  // the shortest that any sequence of the search's moves can reach
 
   string rest = Newick(input);
   double length = 0;
