@@ -38,6 +38,12 @@ double SizeLimit(const char* path) {
   return static_cast<double>(status.st_size);
 }
 
+// The last number that a set of taxa or characters may name. Sets are stored number by number, and
+// before DIMENSIONS NCL would take any number.
+unsigned Bounded(unsigned maxIndex, double limit) {
+  return maxIndex <= limit ? maxIndex : static_cast<unsigned>(limit);
+}
+
 class AssumptionsBlock : public NxsAssumptionsBlock {
  public:
   using NxsAssumptionsBlock::NxsAssumptionsBlock;
@@ -52,6 +58,8 @@ class TaxaBlock : public NxsTaxaBlock {
     Check(ntax);
     NxsTaxaBlock::SetNtax(ntax);
   }
+
+  unsigned GetMaxIndex() const override { return Bounded(NxsTaxaBlock::GetMaxIndex(), limit); }
 
  protected:
   void Read(NxsToken& token) override {
@@ -76,13 +84,9 @@ class TaxaBlock : public NxsTaxaBlock {
 class DataBlock : public NxsDataBlock {
  public:
   DataBlock(NxsTaxaBlock* taxaBlock, NxsAssumptionsBlock* assumptions, double sizeLimit)
-      : NxsDataBlock(taxaBlock, assumptions), limit(std::max(sizeLimit, kAlwaysHeld)) {}
+      : NxsDataBlock(taxaBlock, assumptions), limit(sizeLimit) {}
 
-  // The last character that a set may name; sets are stored number by number.
-  unsigned GetMaxIndex() const override {
-    if (TooLarge()) throw NxsException(SizeComplaint());
-    return NxsDataBlock::GetMaxIndex();
-  }
+  unsigned GetMaxIndex() const override { return Bounded(NxsDataBlock::GetMaxIndex(), limit); }
 
  protected:
   void Read(NxsToken& token) override {
@@ -99,20 +103,17 @@ class DataBlock : public NxsDataBlock {
   }
 
   void HandleMatrix(NxsToken& token) override {
-    if (TooLarge()) throw NxsException(SizeComplaint(), token);
+    if (static_cast<double>(nTaxWithData) * nChar > std::max(limit, kAlwaysHeld)) {
+      throw NxsException("DIMENSIONS announces " + std::to_string(nTaxWithData) + " taxa x " +
+                             std::to_string(nChar) + " characters, more than the file can hold",
+                         token);
+    }
     NxsDataBlock::HandleMatrix(token);
   }
 
  private:
   // Cells that are let pass in a file of any size, so that NCL can say where a matrix falls short.
   static constexpr double kAlwaysHeld = 1 << 24;
-
-  bool TooLarge() const { return static_cast<double>(nTaxWithData) * nChar > limit; }
-
-  std::string SizeComplaint() const {
-    return "DIMENSIONS announces " + std::to_string(nTaxWithData) + " taxa x " +
-           std::to_string(nChar) + " characters, more than the file can hold";
-  }
 
   bool RowFits(unsigned taxon) const {
     if (GetDataType() == continuous) return TaxonIndHasData(taxon);
