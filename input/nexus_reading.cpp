@@ -1,14 +1,12 @@
-// The reading sequence and what stands between it and NCL. NCL is the classic 2.0 interface of
-// Debian's 2.1 library, with the habits that this file answers to:
-//  - it sends messages to standard error unless its warning level is set;
-//  - its assumptions block also claims SETS and CODONS blocks;
-//  - it allocates what DIMENSIONS announces before it has seen a character, and lists as many taxa
-//  in
-//    its report;
-//  - a failed block may throw from its report;
-//  - a failed assertion ends the process: one of its own kind, or one of the C library's at an
-//  empty
-//    comment within parentheses.
+// The reading sequence, and what stands between it and NCL: the classic 2.0 interface of
+// Debian's 2.1 library, with the habits that this file answers to.
+//  - It sends messages to standard error unless its warning level is set.
+//  - Its assumptions block also claims SETS and CODONS blocks.
+//  - It allocates what DIMENSIONS announces before it has seen a character, and reports on as many
+//    taxa.
+//  - The report of a block that failed may throw.
+//  - A failed assertion ends the process: one of its own kind, or one of the C library's when a
+//    comment within parentheses is empty.
 #include "input/nexus_reading.h"
 
 #include <sys/stat.h>
@@ -18,9 +16,8 @@
 #include <new>
 #include <string>
 
-// NCL calls this when one of its assertions fails; its own version prints to standard error and
-// exits. Defined here, it is the one that the library finds, and the failure is an error like any
-// other.
+// NCL calls this when one of its assertions fails. Its own version prints to standard error and
+// exits; this one is found before it, and makes the failure an error like any other.
 void ncl_assertion_failed(const char* expression, const char*, const char*, long) {
   throw NxsNCLAPIException((std::string("internal assertion failed: ") + expression).c_str());
 }
@@ -92,8 +89,7 @@ class DataBlock : public NxsDataBlock {
   void Read(NxsToken& token) override {
     NxsDataBlock::Read(token);
     for (unsigned taxon = 0; taxon < nTaxWithData; ++taxon) {
-      if (!RowFits(taxon))
-        throw NxsException("the matrix does not fit the DIMENSIONS command", token);
+      if (!RowFits(taxon)) throw NxsException("matrix does not fit DIMENSIONS", token);
     }
   }
 
