@@ -18,13 +18,15 @@ std::uint32_t FoldBytes(std::uint32_t value) {
 
 }  // namespace
 
-MTRand::MTRand() { seed(); }
+MTRand::MTRand() {
+  seed();
+}
 
 void MTRand::seed() {
   std::array<std::uint32_t, kWords> words;
   std::size_t got = 0;
-  if (const std::unique_ptr<std::FILE, int (*)(std::FILE*)> device(
-          std::fopen("/dev/urandom", "rb"), std::fclose);
+  if (const std::unique_ptr<std::FILE, int (*)(std::FILE*)> device(std::fopen("/dev/urandom", "rb"),
+                                                                   std::fclose);
       device) {
     while (got < words.size() && std::fread(&words[got], sizeof words[got], 1, device.get()) == 1) {
       ++got;

@@ -27,8 +27,8 @@ class MTRand {
   void seedWithValue(std::uint32_t s);
   void seedWithArray(const std::uint32_t* key, std::uint32_t length);
 
-  // A seed from the time and the processor clock; no two calls of a process give the same for the same
-  // arguments, because each adds a counter.
+  // A seed from the time and the processor clock; no two calls of a process give the same for the
+  // same arguments, because each adds a counter.
   static std::uint32_t hash(long time, unsigned long clock);
 
   // The next 624 words of state.
@@ -37,8 +37,8 @@ class MTRand {
   // The next tempered word.
   std::uint32_t nextWord();
 
-  // A uniform integer from 0 to bound, both included. Rejects words beyond the bound under the smallest
-  // covering bit mask, so it takes fewer than two words on average.
+  // A uniform integer from 0 to bound, both included. Rejects words beyond the bound under the
+  // smallest covering bit mask, so it takes fewer than two words on average.
   std::uint32_t nextAtMost(std::uint32_t bound);
 
  private:

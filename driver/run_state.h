@@ -18,8 +18,8 @@ namespace zorvek {
 // --- the input, written by BuildLeavesMatrix and read by everybody ---
 extern int n;               // number of taxa; 0 before the input is read
 extern DistanceMatrix DM1;  // n x n distances between taxa, symmetric, zero diagonal; null at first
-extern int** CL;            // n x (n-1): for each taxon the others, by increasing distance after Init
-extern NxsTaxaBlock* taxa;  // labels; null at first, then kept to the end for the tree writer
+extern int** CL;  // n x (n-1): for each taxon the others, by increasing distance after Init
+extern NxsTaxaBlock* taxa;    // labels; null at first, then kept to the end for the tree writer
 extern NxsTreesBlock* trees;  // trees block of the input; null but while the input is read
 
 // --- working trees: allocated by Init, released by Finalize ---
@@ -34,7 +34,8 @@ extern double t1_val;   // length of T1 as last judged, 1e8 before; written by D
 extern double t2_val;   // length of T2 as last accepted by RandomNJ, initially 0
 
 // --- time, in seconds of processor time since the clock's last reset ---
-extern int time_val;  // whole second of the last improvement; written by the search loop (0) and ILS
+extern int
+    time_val;  // whole second of the last improvement; written by the search loop (0) and ILS
 extern int MAX_TIME;  // inner time limit; 0, and no run changes it: then every move repairs once
 
 // --- settings no run changes from 0; users of the library may ---

@@ -10,7 +10,9 @@ constexpr double kPatience = 30.0;  // processor seconds without an improvement 
 
 }  // namespace
 
-Timer::Timer() { resetTime(); }
+Timer::Timer() {
+  resetTime();
+}
 
 void Timer::resetTime() {
   cpuStart = cpuSeconds();
@@ -33,8 +35,17 @@ double Timer::wallSeconds() {
   return static_cast<double>(wallNow.tv_sec) + static_cast<double>(wallNow.tv_usec) * 1e-6;
 }
 
-bool StopCondition() { return t->elapsedTime(Timer::CPU) - time_val <= kPatience; }
+double SecondsLeft() {
+  return kPatience - (t->elapsedTime(Timer::CPU) - time_val);
+}
 
-bool WithinInnerLimit() { return MAX_TIME > 0 && t->elapsedTime(Timer::CPU) < MAX_TIME; }
+// A difference of doubles is 0 only between equals, so the comparison with 0 loses nothing.
+bool StopCondition() {
+  return SecondsLeft() >= 0;
+}
+
+bool WithinInnerLimit() {
+  return MAX_TIME > 0 && t->elapsedTime(Timer::CPU) < MAX_TIME;
+}
 
 }  // namespace zorvek

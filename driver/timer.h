@@ -1,5 +1,5 @@
-// The run clock: processor time (user plus system) and wall-clock time since the last reset, and the
-// stop rule of the search.
+// The run clock: processor time (user plus system) and wall-clock time since the last reset, and
+// the stop rule of the search.
 #ifndef ZORVEK_DRIVER_TIMER_H
 #define ZORVEK_DRIVER_TIMER_H
 
@@ -8,8 +8,8 @@
 
 namespace zorvek {
 
-// Every reading samples the system anew and overwrites the samples held here, so one clock serves one
-// thread. A reading costs one system call; its failure leaves the previous sample in place.
+// Every reading samples the system anew and overwrites the samples held here, so one clock serves
+// one thread. A reading costs one system call; its failure leaves the previous sample in place.
 class Timer {
  public:
   enum TYPE { WALL = 0, CPU = 1 };
@@ -32,12 +32,15 @@ class Timer {
   double wallStart = 0;  // seconds
 };
 
-// Whether the search may go on: at most 30 processor seconds since the second in which the best tree
-// last improved. Reads: t, time_val.
+// Processor seconds until the search gives up: 30 after the second in which the best tree last
+// improved. Negative when they are over. Reads: t, time_val.
+double SecondsLeft();
+
+// Whether the search may go on; at exactly 30 seconds it still may. Reads: t, time_val.
 bool StopCondition();
 
-// Whether a local search may repeat: the elapsed processor time is below MAX_TIME. With MAX_TIME at 0
-// the answer is known without reading the clock. Reads: t, MAX_TIME.
+// Whether a local search may repeat: the elapsed processor time is below MAX_TIME. With MAX_TIME at
+// 0 the answer is known without reading the clock. Reads: t, MAX_TIME.
 bool WithinInnerLimit();
 
 }  // namespace zorvek

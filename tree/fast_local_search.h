@@ -7,19 +7,18 @@
 namespace zorvek {
 
 // The decrease of the least-squares length (negative edges included) by the interchange across the
-// internal edge (u, v) that turns AB|CD into AC|BD; A and B are the other subtrees at u in the order
-// parent, left, right, and C and D those at v.
-// Formula: ((w-1) (D(A,C) + D(B,D)) - (w'-1) (D(A,B) + D(C,D)) - (w-w') (D(A,D) + D(B,C))) / 2
-//          with w = (|A||D| + |B||C|) / ((|A|+|B|) (|C|+|D|)), w' the same with B and C exchanged in
-//          the denominator: ((|A|+|C|) (|B|+|D|)).
+// internal edge (u, v) that turns AB|CD into AC|BD; A and B are the other subtrees at u in the
+// order parent, left, right, and C and D those at v. Formula: ((w-1) (D(A,C) + D(B,D)) - (w'-1)
+// (D(A,B) + D(C,D)) - (w-w') (D(A,D) + D(B,C))) / 2
+//          with w = (|A||D| + |B||C|) / ((|A|+|B|) (|C|+|D|)), w' the same with B and C exchanged
+//          in the denominator: ((|A|+|C|) (|B|+|D|)).
 // Requires and cost: as Evaluate.
 double Delta(int u, int v, TreeTable tree);
 
-// Applies the interchange of largest gain over all internal edges but the central one, if that gain is
-// positive: the child's `left` subtree and the child's sibling trade places. Ties go to the lower row,
-// left before right. Returns whether the tree was changed. Only id fields change: the lengths are stale
-// until the next Evaluate.
-// Requires and cost: as Evaluate.
+// Applies the interchange of largest gain over all internal edges but the central one, if that gain
+// is positive: the child's `left` subtree and the child's sibling trade places. Ties go to the
+// lower row, left before right. Returns whether the tree was changed. Only id fields change: the
+// lengths are stale until the next Evaluate. Requires and cost: as Evaluate.
 bool FastLocalSearch(TreeTable tree);
 
 }  // namespace zorvek

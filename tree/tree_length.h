@@ -1,5 +1,5 @@
-// The minimum-evolution length of a tree: its edge lengths by ordinary least squares, and the sum of
-// those that are positive [Rzhetsky1993].
+// The minimum-evolution length of a tree: its edge lengths by ordinary least squares, and the sum
+// of those that are positive [Rzhetsky1993].
 #ifndef ZORVEK_TREE_TREE_LENGTH_H
 #define ZORVEK_TREE_TREE_LENGTH_H
 
@@ -7,29 +7,30 @@
 
 namespace zorvek {
 
-// All three are pure functions of DM1 and the `left` and `right` fields of the table: the same table
-// gives the same bits, whatever was evaluated before. They work on the shared TreeFollower, which
-// remembers the last tree; Init makes it forget DM1.
-// Requires: a well-formed table; DM1 unchanged since Init or the last ForgetDistances().
-// Cost: n^2 for a tree not seen before, n after one interchange or for the tree last seen.
+// All three are pure functions of DM1 and the `left` and `right` fields of the table: the same
+// table gives the same bits, whatever was evaluated before. They work on the shared TreeFollower,
+// which remembers the last tree; Init makes it forget DM1. Requires: a well-formed table; DM1
+// unchanged since Init or the last ForgetDistances(). Cost: n^2 for a tree not seen before, n after
+// one interchange or for the tree last seen.
 
-// Computes all 2n-3 edge lengths, writes them into `leftLength` and `rightLength` of the node rows and
-// `leftLength` of the root row (negative ones as they are), and returns the tree length, in which a
-// negative edge counts as 0. Added row by row, left before right, the central edge last.
+// Computes all 2n-3 edge lengths, writes them into `leftLength` and `rightLength` of the node rows
+// and `leftLength` of the root row (negative ones as they are), and returns the tree length, in
+// which a negative edge counts as 0. Added row by row, left before right, the central edge last.
 double Evaluate(TreeTable tree);
 
 // Length of the edge between `leaf` and the internal node `node` that holds it as a child.
-// Formula: (D(i,A) + D(i,B) - D(A,B)) / 2 with A the leaves beyond the node's parent, B the sibling's.
+// Formula: (D(i,A) + D(i,B) - D(A,B)) / 2 with A the leaves beyond the node's parent, B the
+// sibling's.
 double ComputeExternalLength(int leaf, int node, TreeTable tree);
 
-// Length of the edge between the adjacent internal nodes u and v, A and B the other subtrees at u, C and
-// D those at v:
-// Formula: ((1-w) (D(A,D) + D(B,C)) + w (D(A,C) + D(B,D)) - (D(A,B) + D(C,D))) / 2
+// Length of the edge between the adjacent internal nodes u and v, A and B the other subtrees at u,
+// C and D those at v: Formula: ((1-w) (D(A,D) + D(B,C)) + w (D(A,C) + D(B,D)) - (D(A,B) + D(C,D)))
+// / 2
 //          with w = (|A||D| + |B||C|) / ((|A|+|B|) (|C|+|D|)).
 double ComputeInternalLength(int u, int v, TreeTable tree);
 
-// Makes the shared structure read DM1 anew at its next use. To be called after DM1 was changed without
-// an Init.
+// Makes the shared structure read DM1 anew at its next use. To be called after DM1 was changed
+// without an Init.
 void ForgetDistances();
 
 }  // namespace zorvek

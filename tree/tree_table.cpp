@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <new>
+#include <utility>
 
 #include "driver/run_state.h"
 #include "tree/candidate_lists.h"
@@ -14,8 +15,8 @@ namespace zorvek {
 
 namespace {
 
-// A zeroed table in one piece of memory behind row pointers. Pages that nobody writes are never made:
-// of EM a run touches only the leaf block.
+// A zeroed table in one piece of memory behind row pointers. Pages that nobody writes are never
+// made: of EM a run touches only the leaf block.
 double** NewTable(std::size_t rows, std::size_t columns) {
   auto** table = new double*[rows];
   auto* cells = static_cast<double*>(std::calloc(rows * columns, sizeof(double)));
@@ -76,6 +77,18 @@ void FindAdj(TreeTable tree) {
   }
   tree[n - 4][kParent] = 2 * n - 3;
   tree[n - 3][kParent] = 2 * n - 4;
+}
+
+void Interchange(TreeTable tree, int node, int child) {
+  double* upper = tree[node - n];
+  double* lower = tree[child - n];
+  double& sibling_slot = upper[kLeft] == child ? upper[kRight] : upper[kLeft];
+  const auto adopt = [tree](double id, int parent) {
+    if (id >= n) tree[static_cast<int>(id) - n][kParent] = parent;
+  };
+  adopt(sibling_slot, child);
+  adopt(lower[kLeft], node);
+  std::swap(sibling_slot, lower[kLeft]);
 }
 
 void Reset(double** table, int rows, int columns) {

@@ -1,8 +1,9 @@
 // The tree table: an unrooted binary tree on n taxa in n-1 rows of seven doubles.
 //
-// Leaves are the ids 0..n-1 (the taxon indices) and have no row. Internal nodes are the ids n..2n-3;
-// node k stands in row k-n. The last row (id 2n-2) is the root row, no node of the unrooted tree: it
-// roots the tree on the central edge, between the central pair 2n-4 and 2n-3, for output.
+// Leaves are the ids 0..n-1 (the taxon indices) and have no row. Internal nodes are the ids
+// n..2n-3; node k stands in row k-n. The last row (id 2n-2) is the root row, no node of the
+// unrooted tree: it roots the tree on the central edge, between the central pair 2n-4 and 2n-3, for
+// output.
 //
 // Five taxa, the starting tree:            row  parent self left right
 //
@@ -12,9 +13,9 @@
 //    /          |                   \       3     -1    8    6    7     root row
 //   1           4                    3
 //
-// Well formed means: every id 0..2n-3 but the central pair is a child of exactly one node row; the root
-// row's children are the central pair; a child's `parent` is the row that names it, and the central
-// nodes name each other. The length fields are valid only right after Evaluate.
+// Well formed means: every id 0..2n-3 but the central pair is a child of exactly one node row; the
+// root row's children are the central pair; a child's `parent` is the row that names it, and the
+// central nodes name each other. The length fields are valid only right after Evaluate.
 #ifndef ZORVEK_TREE_TREE_TABLE_H
 #define ZORVEK_TREE_TREE_TABLE_H
 
@@ -38,7 +39,9 @@ enum Field : int {
 };
 
 // Field `field` of a row as a node id.
-inline int Id(const double* row, Field field) { return static_cast<int>(row[field]); }
+inline int Id(const double* row, Field field) {
+  return static_cast<int>(row[field]);
+}
 
 // Allocates OPT, T1, T2 (all zero) and EM (its leaf block DM1, all else zero) and sorts CL.
 // Reads: n, DM1, CL.  Writes: OPT, T1, T2, EM, CL.  Requires: n >= 4.
@@ -56,14 +59,20 @@ void FC(int node, int from, TreeTable tree);
 // Copies all seven fields of all n-1 rows. Reads: n. Cost: n.
 void CopyTree(TreeTable from, TreeTable to);
 
-// Rebuilds every `parent` field from the child fields and joins the central pair. Reads: n. Cost: n.
+// Rebuilds every `parent` field from the child fields and joins the central pair. Reads: n. Cost:
+// n.
 void FindAdj(TreeTable tree);
+
+// The interchange across the edge (node, child): the child's left subtree y and its sibling x trade
+// places, so that the node's children become {child, y} and the child's {x, its right child}.
+// Only id fields change.  Requires: `child` internal, `node` its parent.  Reads: n.
+void Interchange(TreeTable tree, int node, int child);
 
 // Sets the first `columns` values of each of the first `rows` rows to 0.
 void Reset(double** table, int rows, int columns);
 
-// Writes the table to standard output: a tab after each value, a line end after each row, and one more
-// line end after the last.
+// Writes the table to standard output: a tab after each value, a line end after each row, and one
+// more line end after the last.
 void Print(double** table, unsigned rows, unsigned columns);
 
 // Whether `value` occurs in `list`.

@@ -1,0 +1,160 @@
+#include "tests/data.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+#include "driver/run_state.h"
+#include "tree/starting_tree.h"
+
+namespace zorvek::test {
+
+Workspace::Workspace(int taxa_count, const std::function<double(int, int)>& distance,
+                     std::uint32_t seed) {
+  const auto count = static_cast<std::size_t>(taxa_count);
+  distances_.resize(count * count);
+  candidates_.resize(count * (count - 1));
+  for (std::size_t i = 0; i < count; ++i) {
+    distance_rows_.push_back(&distances_[i * count]);
+    candidate_rows_.push_back(&candidates_[i * (count - 1)]);
+  }
+  for (int i = 0; i < taxa_count; ++i) {
+    int* candidate = candidate_rows_[static_cast<std::size_t>(i)];
+    for (int j = 0; j < taxa_count; ++j) {
+      if (j != i) *candidate++ = j;
+      if (j <= i) continue;
+      distance_rows_[static_cast<std::size_t>(i)][j] = distance(i, j);
+      distance_rows_[static_cast<std::size_t>(j)][i] =
+          distance_rows_[static_cast<std::size_t>(i)][j];
+    }
+  }
+  n = taxa_count;
+  DM1 = distance_rows_.data();
+  CL = candidate_rows_.data();
+  r = new MTRand;
+  r->seedWithValue(seed);
+  t = new Timer;
+  Init();
+  DJT();
+}
+
+Workspace::~Workspace() {
+  Finalize();
+  delete r;
+  delete t;
+  r = nullptr;
+  t = nullptr;
+  DM1 = nullptr;
+  CL = nullptr;
+  n = MAX_TIME = horizon = n_ants = time_val = 0;
+  alpha = t2_val = 0;
+  opt_val = t1_val = 1e8;
+}
+
+std::function<double(int, int)> DyadicDistances(std::uint32_t seed) {
+  return [generator = std::mt19937(seed)](int, int) mutable {
+    return std::ldexp(static_cast<double>(generator() % (1u << 20) + 1), -20);
+  };
+}
+
+std::function<double(int, int)> RandomDistances(std::uint32_t seed) {
+  return [generator = std::mt19937(seed)](int, int) mutable {
+    return std::uniform_real_distribution<double>(0.01, 1.0)(generator);
+  };
+}
+
+std::function<double(int, int)> TreeLikeDistances(int taxa_count, double noise,
+                                                  std::uint32_t seed) {
+  std::mt19937 generator(seed);
+  std::uniform_real_distribution<double> edge(0.01, 0.2);
+  const auto count = static_cast<std::size_t>(taxa_count);
+  std::vector<std::vector<double>> d(count, std::vector<double>(count));
+  std::vector<std::vector<std::size_t>> clusters(count);
+  for (std::size_t i = 0; i < count; ++i) clusters[i] = {i};
+  while (clusters.size() > 1) {
+    std::shuffle(clusters.begin(), clusters.end(), generator);
+    const std::vector<std::size_t> joined = std::move(clusters.back());
+    clusters.pop_back();
+    for (const std::vector<std::size_t>& side : {clusters.back(), joined}) {
+      const double length = edge(generator);
+      std::vector<char> within(count);
+      for (const std::size_t i : side) within[i] = true;
+      for (const std::size_t i : side) {
+        for (std::size_t j = 0; j < count; ++j) {
+          if (!within[j]) d[i][j] = d[j][i] = d[i][j] + length;
+        }
+      }
+    }
+    clusters.back().insert(clusters.back().end(), joined.begin(), joined.end());
+  }
+  return [d, generator, noise](int i, int j) mutable {
+    return d[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] *
+           (1 + noise * std::uniform_real_distribution<double>(-1, 1)(generator));
+  };
+}
+
+void Shuffle(TreeTable tree, std::mt19937& generator) {
+  std::vector<double> open(static_cast<std::size_t>(n));
+  std::iota(open.begin(), open.end(), 0.0);
+  for (int row = 0; row < n - 1; ++row) {
+    std::shuffle(open.begin(), open.end(), generator);
+    const auto take = [&](bool central) {
+      auto chosen = open.end() - 1;
+      while (!central && *chosen >= 2 * n - 4) --chosen;
+      const double id = *chosen;
+      open.erase(chosen);
+      return id;
+    };
+    tree[row][kParent] = -1;
+    tree[row][kSelf] = n + row;
+    tree[row][kLeft] = take(row == n - 2);
+    tree[row][kRight] = take(row == n - 2);
+    open.push_back(n + row);
+  }
+  FindAdj(tree);
+}
+
+void RandomInterchange(TreeTable tree, std::mt19937& generator) {
+  std::vector<std::pair<int, int>> edges;
+  for (int row = 0; row < n - 2; ++row) {
+    for (const Field side : {kLeft, kRight}) {
+      if (tree[row][side] >= n) edges.emplace_back(n + row, Id(tree[row], side));
+    }
+  }
+  if (edges.empty()) return;
+  const auto [node, child] = edges[generator() % edges.size()];
+  Interchange(tree, node, child);
+}
+
+std::vector<double> Ids(TreeTable tree) {
+  std::vector<double> ids;
+  for (int row = 0; row < n - 1; ++row) ids.insert(ids.end(), tree[row], tree[row] + kLeftLength);
+  return ids;
+}
+
+std::string CheckTree(TreeTable tree) {
+  std::vector<int> named(static_cast<std::size_t>(2 * n - 1));
+  for (int row = 0; row < n - 1; ++row) {
+    const std::string where = "row " + std::to_string(row) + ": ";
+    if (tree[row][kSelf] != n + row) return where + "self";
+    for (const Field side : {kLeft, kRight}) {
+      const double child = tree[row][side];
+      if (!(child >= 0 && child <= 2 * n - 3)) return where + "child out of range";
+      ++named[static_cast<std::size_t>(child)];
+      if (child >= n && row < n - 2 && tree[static_cast<int>(child) - n][kParent] != n + row) {
+        return where + "child with another parent";
+      }
+    }
+  }
+  if (std::count(named.begin(), named.end() - 1, 1) != 2 * n - 2) return "an id not named once";
+  const double* root = tree[n - 2];
+  if (std::min(root[kLeft], root[kRight]) != 2 * n - 4 || root[kParent] != -1) return "root row";
+  if (tree[n - 4][kParent] != 2 * n - 3 || tree[n - 3][kParent] != 2 * n - 4) return "central pair";
+  FC(2 * n - 4, 2 * n - 3, tree);
+  FC(2 * n - 3, 2 * n - 4, tree);
+  const std::size_t seen = temp1.size();
+  temp1.clear();
+  return seen == static_cast<std::size_t>(n) ? "" : "not connected";
+}
+
+}  // namespace zorvek::test

@@ -1,0 +1,57 @@
+// Data and state for the tests: distance matrices, trees, and the globals that go with them.
+#ifndef ZORVEK_TESTS_DATA_H
+#define ZORVEK_TESTS_DATA_H
+
+#include <cstdint>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tree/tree_table.h"
+
+namespace zorvek::test {
+
+// Sets n, DM1, CL (unsorted), the clock and a seeded random source, then calls Init and DJT;
+// releases all of it, and restores the run's initial values, when it goes out of scope.
+class Workspace {
+ public:
+  Workspace(int taxa_count, const std::function<double(int, int)>& distance,
+            std::uint32_t seed = 1);
+  ~Workspace();
+  Workspace(const Workspace&) = delete;
+  Workspace& operator=(const Workspace&) = delete;
+
+ private:
+  std::vector<double> distances_;
+  std::vector<double*> distance_rows_;
+  std::vector<int> candidates_;
+  std::vector<int*> candidate_rows_;
+};
+
+// Distances drawn anew for every pair i < j, uniform over the whole numbers 1..2^20 times 2^-20, so
+// that plain sums of them are exact.
+std::function<double(int, int)> DyadicDistances(std::uint32_t seed);
+
+// The same with all bits of a double, in 0.01..1.
+std::function<double(int, int)> RandomDistances(std::uint32_t seed);
+
+// Distances along a tree grown by random joins with random edge lengths, times a little noise: data
+// as the search meets them.
+std::function<double(int, int)> TreeLikeDistances(int taxa_count, double noise, std::uint32_t seed);
+
+// Gives the tree a random topology.
+void Shuffle(TreeTable tree, std::mt19937& generator);
+
+// Makes an interchange across a random candidate edge.
+void RandomInterchange(TreeTable tree, std::mt19937& generator);
+
+// The ids of all rows, for comparing topologies field by field.
+std::vector<double> Ids(TreeTable tree);
+
+// Empty if the table is well formed, else what is wrong with it.
+std::string CheckTree(TreeTable tree);
+
+}  // namespace zorvek::test
+
+#endif

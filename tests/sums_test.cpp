@@ -1,0 +1,211 @@
+// The exact sums and what stands on them: lengths, gains, fast local search, and the search as a
+// whole against the slow reference.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "driver/run_state.h"
+#include "search/iterated_local_search.h"
+#include "search/random_perturbation.h"
+#include "search/shift.h"
+#include "tests/data.h"
+#include "tests/reference.h"
+#include "tree/fast_local_search.h"
+#include "tree/ordered_sum.h"
+#include "tree/tournament.h"
+#include "tree/tree_follower.h"
+#include "tree/tree_length.h"
+
+namespace zorvek {
+namespace {
+
+using test::Workspace;
+
+std::function<double(int, int)> Listed(std::vector<double> upper_triangle) {
+  return [list = std::move(upper_triangle), next = std::size_t{0}](int, int) mutable {
+    return list.at(next++);
+  };
+}
+
+std::vector<double> Lengths(TreeTable tree) {
+  std::vector<double> lengths;
+  for (int row = 0; row < n - 1; ++row) {
+    lengths.insert(lengths.end(), tree[row] + kLeftLength, tree[row] + kSpare);
+  }
+  return lengths;
+}
+
+TEST(TreeLength, WorkedExamples) {
+  {
+    const Workspace four(4, Listed({3, 7, 8, 6, 7, 5}));
+    EXPECT_EQ(test::Ids(OPT), (std::vector<double>{5, 4, 0, 1, 4, 5, 2, 3, -1, 6, 4, 5}));
+    EXPECT_EQ(Evaluate(OPT), 11);
+    EXPECT_EQ(Lengths(OPT), (std::vector<double>{2, 1, 2, 3, 3, 0}));
+    EXPECT_EQ(Lengths(T1), std::vector<double>(6));  // copied before the evaluation
+    EXPECT_EQ(opt_val, 11);
+    EXPECT_EQ(t1_val, 11);
+    EXPECT_FALSE(FastLocalSearch(T1));
+  }
+  const Workspace five(5, Listed({4, 2, 4, 3, 4, 2, 3, 4, 3, 3}));
+  EXPECT_EQ(opt_val, 9.5);  // two edges of length -0.5 count as 0
+  EXPECT_EQ(Lengths(OPT), (std::vector<double>{2, 2, 2, 2, 1.5, -0.5, -0.5, 0}));
+  EXPECT_EQ(Delta(5, 7, T1), 0.25);
+  EXPECT_EQ(Delta(7, 5, T1), 0.25);
+  EXPECT_TRUE(FastLocalSearch(T1));
+  EXPECT_EQ(test::Ids(T1), (std::vector<double>{7, 5, 4, 1, 7, 6, 2, 3, 6, 7, 0, 5, -1, 8, 6, 7}));
+  EXPECT_EQ(Evaluate(T1), 9.0);
+  EXPECT_FALSE(FastLocalSearch(T1));
+}
+
+// Every length and gain of a table against the definition in long double.
+void ExpectAsDefined(TreeTable tree) {
+  const double total = Evaluate(tree);
+  const std::vector<double> lengths = Lengths(tree);
+  const double tolerance = 1e-12;
+  ASSERT_NEAR(total, static_cast<double>(reference::Evaluate<long double>(tree)),
+              tolerance * total);
+  const std::vector<double> defined = Lengths(tree);
+  for (std::size_t i = 0; i < lengths.size(); ++i) ASSERT_NEAR(lengths[i], defined[i], tolerance);
+  for (int row = 0; row < n - 2; ++row) {
+    for (const Field side : {kLeft, kRight}) {
+      const int child = Id(tree[row], side);
+      if (child < n) {
+        ASSERT_EQ(ComputeExternalLength(child, n + row, tree),
+                  lengths[static_cast<std::size_t>(2 * row + side - kLeft)]);
+        continue;
+      }
+      ASSERT_EQ(ComputeInternalLength(n + row, child, tree),
+                lengths[static_cast<std::size_t>(2 * row + side - kLeft)]);
+      const auto gain = static_cast<double>(reference::Delta<long double>(child, n + row, tree));
+      ASSERT_NEAR(Delta(child, n + row, tree), gain, tolerance);
+      ASSERT_EQ(Delta(child, n + row, tree), Delta(n + row, child, tree));
+    }
+  }
+}
+
+// Whatever happened before, a table gives the same bits as to an instance that sees it first.
+void ExpectAsRebuilt(TreeTable tree) {
+  const double kept = Evaluate(tree);
+  const std::vector<double> lengths = Lengths(tree);
+  TreeFollower fresh(n, DM1);
+  fresh.Follow(tree);
+  ASSERT_EQ(fresh.Length(), kept);
+  fresh.WriteLengths(tree);
+  ASSERT_EQ(Lengths(tree), lengths);
+  const TreeFollower::Candidate best = SharedFollower().Best();
+  ASSERT_EQ(fresh.Best().gain, best.gain);
+  ASSERT_EQ(fresh.Best().child, best.child);
+}
+
+class ManyChanges : public testing::TestWithParam<int> {};
+
+TEST_P(ManyChanges, FastIsAsDefinedAndAsRebuilt) {
+  const int taxa_count = GetParam();
+  const Workspace workspace(taxa_count, test::RandomDistances(7));
+  std::mt19937 generator(11);
+  test::Shuffle(T1, generator);
+  CopyTree(T1, T2);
+  for (int change = 0; change < 300; ++change) {
+    switch (generator() % 8) {
+      case 0:
+        Shift(T1, 0.0);
+        break;
+      case 1:
+        CopyTree(T2, T1);
+        break;
+      case 2:
+        CopyTree(T1, T2);
+        break;
+      case 3:
+        RandomPerturbation(T1);
+        break;
+      case 4:
+        FastLocalSearch(T1);
+        break;
+      case 5:
+        Evaluate(T2);
+        break;
+      default:
+        test::RandomInterchange(T1, generator);
+    }
+    ASSERT_EQ(test::CheckTree(T1), "");
+    ExpectAsRebuilt(T1);
+    if (change % (taxa_count > 30 ? 60 : 10) == 0) ExpectAsDefined(T1);
+    if (HasFatalFailure()) return;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Taxa, ManyChanges, testing::Values(4, 5, 6, 7, 16, 33, 70));
+
+// Distances that are multiples of 2^-20 have exact plain sums, so the whole search must take the
+// same course as the documented loops in plain double arithmetic, draw by draw and bit by bit.
+class Trace : public testing::TestWithParam<int> {};
+
+TEST_P(Trace, IsThatOfTheDocumentedLoops) {
+  const int taxa_count = GetParam();
+  for (std::uint32_t seed = 1; seed <= 3; ++seed) {
+    const Workspace workspace(taxa_count, test::DyadicDistances(seed), seed);
+    reference::Search slow(seed);
+    ASSERT_EQ(opt_val, slow.best_length);
+    int stalled = 0;
+    for (int step = 0; step < (taxa_count > 20 ? 40 : 400); ++step) {
+      slow.Step();
+      if (ILS(0) > 2 && ++stalled > 20) {
+        CopyTree(OPT, T1);
+        RandomPerturbation(T1);
+        stalled = 0;
+      }
+      ASSERT_EQ(t1_val, slow.current_length) << "step " << step;
+      ASSERT_EQ(opt_val, slow.best_length);
+      ASSERT_EQ(test::Ids(T1), test::Ids(slow.current.data()));
+      ASSERT_EQ(Lengths(T1), Lengths(slow.current.data()));
+      ASSERT_EQ(Lengths(OPT), Lengths(slow.best.data()));
+      ASSERT_EQ(stalled, slow.stalled);
+    }
+    ASSERT_EQ(r->nextWord(), slow.random.nextWord());
+    ASSERT_EQ(Evaluate(OPT), opt_val);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Taxa, Trace, testing::Values(4, 5, 7, 12, 20, 45));
+
+TEST(OrderedSum, IsThatOfThePlainLoopBitByBit) {
+  std::mt19937 generator(5);
+  for (const int terms : {1, 31, 32, 33, 400}) {
+    OrderedSum sum(terms);
+    std::vector<double> plain(static_cast<std::size_t>(terms));
+    for (int change = 0; change < 4000; ++change) {
+      const std::size_t term = generator() % plain.size();
+      // Few significant bits over many magnitudes: halfway cases and changes of binade at every
+      // turn.
+      plain[term] =
+          std::ldexp(static_cast<double>(generator() % 8), static_cast<int>(generator() % 60));
+      if (generator() % 3 == 0) plain[term] = 0;
+      sum.Set(static_cast<int>(term), plain[term]);
+      if (change % 3 == 0) continue;
+      double expected = 0;
+      for (const double value : plain) expected += value;
+      ASSERT_EQ(sum.Total(), expected);
+    }
+  }
+}
+
+TEST(Tournament, NamesTheEarliestOfTheLargest) {
+  std::mt19937 generator(6);
+  for (const int places : {1, 2, 7, 64}) {
+    Tournament tournament(places);
+    std::vector<double> plain(static_cast<std::size_t>(places), Tournament::kAbsent);
+    for (int change = 0; change < 500; ++change) {
+      const std::size_t place = generator() % plain.size();
+      plain[place] =
+          generator() % 4 == 0 ? Tournament::kAbsent : static_cast<double>(generator() % 5);
+      tournament.Set(static_cast<int>(place), plain[place]);
+      ASSERT_EQ(tournament.Winner(), std::max_element(plain.begin(), plain.end()) - plain.begin());
+    }
+  }
+}
+
+}  // namespace
+}  // namespace zorvek
