@@ -35,8 +35,13 @@ double Timer::wallSeconds() {
   return static_cast<double>(wallNow.tv_sec) + static_cast<double>(wallNow.tv_usec) * 1e-6;
 }
 
+double SecondsLeft() {
+  return kPatience - (t->elapsedTime(Timer::CPU) - time_val);
+}
+
+// A difference of doubles is 0 only between equals, so the comparison with 0 loses nothing.
 bool StopCondition() {
-  return t->elapsedTime(Timer::CPU) - time_val <= kPatience;
+  return SecondsLeft() >= 0;
 }
 
 bool WithinInnerLimit() {

@@ -32,8 +32,11 @@ class Timer {
   double wallStart = 0;  // seconds
 };
 
-// Whether the search may go on: at most 30 processor seconds since the second in which the best
-// tree last improved. Reads: t, time_val.
+// Processor seconds until the search gives up: 30 after the second in which the best tree last
+// improved. Negative when they are over. Reads: t, time_val.
+double SecondsLeft();
+
+// Whether the search may go on; at exactly 30 seconds it still may. Reads: t, time_val.
 bool StopCondition();
 
 // Whether a local search may repeat: the elapsed processor time is below MAX_TIME. With MAX_TIME at

@@ -4,8 +4,7 @@
 #include <vector>
 
 #include "driver/run_state.h"
-#include "tree/fast_local_search.h"
-#include "tree/tree_length.h"
+#include "tree/tree_follower.h"
 
 namespace zorvek {
 
@@ -38,19 +37,25 @@ void Redeal(TreeTable tree) {
 
 }  // namespace
 
+// Within the passes nobody but the follower changes the tree, so Evaluate's and FastLocalSearch's
+// look over the table is left out, and the lengths are written once, as the last evaluation found
+// them.
 double Shift(TreeTable tree, double bound) {
   DrawSubtree(tree);
   Redeal(tree);
   const std::size_t passes = temp1.size();
   temp1.clear();
-  for (std::size_t pass = 0; pass < passes; ++pass) {
-    const double length = Evaluate(tree);
+  TreeFollower& follower = SharedFollower();
+  follower.Follow(tree);
+  for (std::size_t pass = 1;; ++pass) {
+    const double length = follower.Length();
+    const bool last = length < bound || pass == passes || !follower.CanImprove();
+    if (last) follower.WriteLengths(tree);
     if (length < bound) return length;
-    if (!FastLocalSearch(tree)) break;
-    while (WithinInnerLimit() && FastLocalSearch(tree)) {
+    while (follower.Improve(tree) && WithinInnerLimit()) {
     }
+    if (last) return bound;
   }
-  return bound;
 }
 
 }  // namespace zorvek

@@ -160,6 +160,7 @@ TEST_P(Trace, IsThatOfTheDocumentedLoops) {
       ASSERT_EQ(t1_val, slow.current_length) << "step " << step;
       ASSERT_EQ(opt_val, slow.best_length);
       ASSERT_EQ(test::Ids(T1), test::Ids(slow.current.data()));
+      ASSERT_EQ(Lengths(T1), Lengths(slow.current.data()));
       ASSERT_EQ(Lengths(OPT), Lengths(slow.best.data()));
       ASSERT_EQ(stalled, slow.stalled);
     }

@@ -43,18 +43,6 @@ int ScaleExponent(int n, double largest) {
 
 }  // namespace
 
-double InternalLength(const Quartet& q) {
-  const double w = (q.a * q.d + q.b * q.c) / ((q.a + q.b) * (q.c + q.d));
-  return ((1 - w) * (q.ad + q.bc) + w * (q.ac + q.bd) - (q.ab + q.cd)) * 0.5;
-}
-
-double InterchangeGain(const Quartet& q) {
-  const double shared = q.a * q.d + q.b * q.c;
-  const double w = shared / ((q.a + q.b) * (q.c + q.d));
-  const double w2 = shared / ((q.a + q.c) * (q.b + q.d));
-  return (((w - 1) * (q.ac + q.bd) - (w2 - 1) * (q.ab + q.cd)) - (w - w2) * (q.ad + q.bc)) * 0.5;
-}
-
 SubtreeSums::SubtreeSums(int n, const double* const* distances)
     : n_(n),
       nodes_(2 * Columns() - 1),
@@ -161,7 +149,7 @@ void SubtreeSums::RemakeAcross(int node) {
 }
 
 void SubtreeSums::RemakeCentral() {
-  central_ = Gather(Left(2 * n_ - 4), Left(2 * n_ - 3));
+  central_ = Gather(Left(Left(Root())), Left(Right(Root())));
 }
 
 SubtreeSums::Sum SubtreeSums::Gather(int x, int y) const {
@@ -214,8 +202,8 @@ Quartet SubtreeSums::Around(int node) const {
 }
 
 Quartet SubtreeSums::AroundCentralEdge() const {
-  const Node& u = At(2 * n_ - 4);
-  const Node& v = At(2 * n_ - 3);
+  const Node& u = At(Left(Root()));
+  const Node& v = At(Right(Root()));
   Quartet q;
   q.a = At(u.left).leaves;
   q.b = At(u.right).leaves;

@@ -50,12 +50,20 @@ struct Quartet {
 // Least-squares length of the edge between AB and CD.
 // Formula: ((1-w) (D(A,D) + D(B,C)) + w (D(A,C) + D(B,D)) - (D(A,B) + D(C,D))) / 2
 //          with w = (|A||D| + |B||C|) / ((|A|+|B|) (|C|+|D|))   [Rzhetsky1993]
-double InternalLength(const Quartet& q);
+inline double InternalLength(const Quartet& q) {
+  const double w = (q.a * q.d + q.b * q.c) / ((q.a + q.b) * (q.c + q.d));
+  return ((1 - w) * (q.ad + q.bc) + w * (q.ac + q.bd) - (q.ab + q.cd)) * 0.5;
+}
 
 // Decrease of the least-squares tree length when AB|CD becomes AC|BD.
 // Formula: ((w-1) (D(A,C) + D(B,D)) - (w'-1) (D(A,B) + D(C,D)) - (w-w') (D(A,D) + D(B,C))) / 2
 //          with w' = (|A||D| + |B||C|) / ((|A|+|C|) (|B|+|D|))   [Desper2002]
-double InterchangeGain(const Quartet& q);
+inline double InterchangeGain(const Quartet& q) {
+  const double shared = q.a * q.d + q.b * q.c;
+  const double w = shared / ((q.a + q.b) * (q.c + q.d));
+  const double w2 = shared / ((q.a + q.c) * (q.b + q.d));
+  return (((w - 1) * (q.ac + q.bd) - (w2 - 1) * (q.ab + q.cd)) - (w - w2) * (q.ad + q.bc)) * 0.5;
+}
 
 // One instance serves one thread. Memory: 16 n^2 bytes and O(n).
 class SubtreeSums {
@@ -98,6 +106,15 @@ class SubtreeSums {
   // the children of 2n-4, C and D those of 2n-3.  Requires: `node` internal.  Cost: constant.
   Quartet Around(int node) const;
 
+  // Sums as plain numbers, for searches that only rank: S(below node, all else) and
+  // S(left(node), right(node)).
+  double Outward(int node) const { return ToDouble(Outward(At(node))) * unit_; }
+  double Between(int node) const { return ToDouble(At(node).between) * unit_; }
+
+  // Sums of the distances from a leaf to all leaves below `node`, and to all leaves.
+  double ToLeaf(int node, int leaf) const { return static_cast<double>(Row(node)[leaf]) * unit_; }
+  double LeafTotal(int leaf) const { return ToDouble(At(leaf).total) * unit_; }
+
   // Least-squares length of the edge above a leaf, with A all that is not below its parent and B
   // its sibling: (D(i,A) + D(i,B) - D(A,B)) / 2.  Cost: constant.
   double ExternalLength(int leaf) const;
@@ -133,7 +150,7 @@ class SubtreeSums {
   double unit_;                    // value of one fixed-point unit, a power of two
   std::vector<Node> nodes_;        // by id 0..2n-2
   std::unique_ptr<Fixed[]> rows_;  // 2n-2 rows of n; the first n are the distances
-  Sum central_ = 0;                // S(left(2n-4), left(2n-3))
+  Sum central_ = 0;                // S(left(left(root)), left(right(root)))
   void (*add_rows_)(const Fixed*, const Fixed*, Fixed*, std::size_t);
   std::vector<int> pending_;  // nodes given children since the last Update
   std::vector<char> dirty_;   // by id: on the way from a pending node to the root

@@ -1,6 +1,8 @@
 #include "tree/tree_follower.h"
 
 #include <algorithm>
+#include <cassert>
+#include <cmath>
 #include <cstring>
 #include <memory>
 
@@ -132,7 +134,18 @@ void TreeFollower::WriteLengths(TreeTable tree) const {
 TreeFollower::Candidate TreeFollower::Best() const {
   const int slot = gains_.Winner();
   const int node = sums_.Taxa() + slot / 2;
-  return {node, slot % 2 == 0 ? sums_.Left(node) : sums_.Right(node), gains_.Value(slot)};
+  return {slot % 2 == 0 ? sums_.Left(node) : sums_.Right(node), gains_.Value(slot)};
+}
+
+bool TreeFollower::Improve(TreeTable tree) {
+  if (!CanImprove()) return false;
+  const Candidate best = Best();
+#ifndef NDEBUG
+  const double before = RawLength();
+#endif
+  Interchange(best.child, tree);
+  assert(std::fabs(before - RawLength() - best.gain) <= 1e-9 * (1 + std::fabs(before)));
+  return true;
 }
 
 void TreeFollower::Interchange(int child, TreeTable tree) {

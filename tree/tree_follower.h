@@ -36,15 +36,17 @@ class TreeFollower {
   // The interchange of largest gain over all internal edges but the central one, the earlier row
   // and left before right where gains are equal.  Requires: n >= 5.  Cost: constant.
   struct Candidate {
-    int node;     // upper end of the edge
-    int child;    // lower end, whose left child trades places with its sibling
+    int child;    // lower end of the edge, whose left child trades places with its sibling
     double gain;  // decrease of the raw least-squares length
   };
   Candidate Best() const;
 
-  // Makes the interchange across the edge above `child`, here and in the table.
-  // Requires: the table is the one last followed.  Cost: n.
-  void Interchange(int child, TreeTable tree);
+  // Whether the best interchange shortens the raw least-squares length.  Cost: constant.
+  bool CanImprove() const { return gains_.Value(gains_.Winner()) > 0; }
+
+  // Makes the best interchange, here and in the table, if it shortens the raw least-squares length.
+  // Returns whether it did.  Requires: the table is the one last followed.  Cost: n.
+  bool Improve(TreeTable tree);
 
   // Sum of all edge lengths, the negative ones included.  Cost: n.
   double RawLength() const;
@@ -53,6 +55,7 @@ class TreeFollower {
 
  private:
   bool FollowInterchange();
+  void Interchange(int child, TreeTable tree);
   int Slot(int node) const;  // place of the edge above a node: 2 row + side
   void RefreshEdges();
 

@@ -13,16 +13,16 @@ namespace zorvek::wide {
 // What the search tells while it runs, on the thread that called it.
 struct Progress {
   enum Phase { kStart, kDescent, kRounds } phase;
-  double fraction;    // of the phase, 0..1
-  double length;      // positive length of the best tree so far
-  bool improved;      // whether that length is new since the last report
+  double fraction;  // of the phase, 0..1
+  double length;    // positive length of the best tree so far
+  bool improved;    // whether that length is new since the last report
 };
 
 struct SearchSettings {
   std::uint64_t seed = 1;
-  int starts = 1;       // starting trees: neighbour joining, then randomised joinings
-  double alpha = 0.5;   // randomised joinings: share of greedy joins, 0..1
-  long rounds = 0;      // perturbations tried after the descents
+  int starts = 1;      // starting trees: neighbour joining, then randomised joinings
+  double alpha = 0.5;  // randomised joinings: share of greedy joins, 0..1
+  long rounds = 0;     // perturbations tried after the descents
   int threads = 1;
   double seconds = 0;   // wall-clock limit, 0 for none
   double patience = 0;  // wall-clock seconds without an improvement that end the search, 0 for none
@@ -34,9 +34,9 @@ struct SearchSettings {
 // Requires: n >= 4, a symmetric matrix of finite numbers.  Cost: n^3, with a small constant.
 Tree NeighbourJoining(int n, const double* const* distances);
 
-// The shortest tree found. The result depends on the distances, seed, starts, alpha and rounds alone, not
-// on the number of threads, unless a time limit or `stop` ends it early.
-// Requires: as NeighbourJoining.  Memory: 24 n^2 bytes a thread.
+// The shortest tree found. The result depends on the distances, seed, starts, alpha and rounds
+// alone, not on the number of threads, unless a time limit or `stop` ends it early. Requires: as
+// NeighbourJoining.  Memory: 24 n^2 bytes a thread.
 Tree FindShortestTree(int n, const double* const* distances, const SearchSettings& settings);
 
 }  // namespace zorvek::wide

@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# Runs the search benchmark and prints the README's table: evaluations, passes and steps per second, each
+# with its ratio to the plain loops in the same run, and how the time of a pass grows with the taxa.
+# Usage: bench/search_table.sh  (Google Benchmark and the build's packages installed)
+set -euo pipefail
+cd "$(dirname "$0")/.."
+cmake --preset release -DZORVEK_BENCH=ON >&2
+cmake --build --preset release --target search_bench >&2
+results=$(mktemp)
+trap 'rm -f "$results"' EXIT
+build/release/bench/search_bench --benchmark_format=csv >"$results"
+
+echo "One core of: $(sed -n 's/^model name[[:space:]]*: //p' /proc/cpuinfo | head -n 1)," \
+  "$(awk '/^cpu MHz/ { printf "%.1f GHz", $4 / 1000; exit }' /proc/cpuinfo)," \
+  "$(c++ --version | head -n 1)"
+echo
+awk -F, '
+  # "Steps/fast/100",iterations,real,cpu,unit,bytes,items per second,...
+  $1 ~ /^"[A-Z]/ {
+    gsub(/"/, "", $1); split($1, name, "/")
+    rate[name[1], name[2], name[3]] = $7; time[name[1], name[2], name[3]] = $4 + 0
+    if (!(name[3] in seen)) { seen[name[3]] = 1; size[++sizes] = name[3] }
+  }
+  function cell(what, taxa) {
+    return sprintf("%.3g | %s", rate[what, "fast", taxa], (what, "slow", taxa) in rate ? \
+      sprintf("%.0fx", rate[what, "fast", taxa] / rate[what, "slow", taxa]) : "-")
+  }
+  END {
+    print "| taxa | evaluations of new trees per second | ratio | passes per second | ratio | search steps per second | ratio |"
+    print "|---|---|---|---|---|---|---|"
+    for (i = 1; i <= sizes; ++i)
+      print "| " size[i] " | " cell("Evaluation", size[i]) " | " cell("Passes", size[i]) " | " cell("Steps", size[i]) " |"
+    printf "\nFrom 100 to 1,000 taxa the time of a pass grows as n^%.2f.\n", \
+      log(time["Passes", "fast", 1000] / time["Passes", "fast", 100]) / log(10)
+  }' "$results"

@@ -1,0 +1,10 @@
+# cmake -DVERSION=X -DSOURCE_DIR=D -P check_version.cmake: fails unless the documents name version X.
+function(check file pattern)
+  file(READ ${SOURCE_DIR}/${file} text)
+  if(NOT text MATCHES "${pattern}" OR NOT CMAKE_MATCH_1 STREQUAL VERSION)
+    message(SEND_ERROR "${file} names the version '${CMAKE_MATCH_1}', not ${VERSION}")
+  endif()
+endfunction()
+check(man/zorvek.1 "[.]TH [^\n]*\"zorvek ([0-9.]+)\"")
+check(CHANGELOG.md "\n## ([0-9.]+)")
+check(CITATION.cff "\nversion: ([0-9.]+)")

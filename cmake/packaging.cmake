@@ -1,0 +1,52 @@
+# What an install puts where, the CMake package for users of the library, and the Debian packages that
+# cpack makes: zorvek with the program, libzorvek-dev with library and headers.
+include(CMakePackageConfigHelpers)
+
+# Debian wants manual pages and changelogs compressed; every man reads them so.
+function(install_compressed file name destination)
+  set(compressed ${PROJECT_BINARY_DIR}/${name}.gz)
+  execute_process(COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/${file} OUTPUT_FILE ${compressed}
+                  COMMAND_ERROR_IS_FATAL ANY)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${file})
+  install(FILES ${compressed} DESTINATION ${destination} COMPONENT program)
+endfunction()
+
+install(TARGETS zorvek COMPONENT program)
+install_compressed(man/zorvek.1 zorvek.1 ${CMAKE_INSTALL_MANDIR}/man1)
+install_compressed(CHANGELOG.md changelog ${CMAKE_INSTALL_DATADIR}/doc/zorvek)
+install(FILES packaging/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/zorvek
+        COMPONENT program)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zorvek)
+install(TARGETS zorvek_lib EXPORT zorvek COMPONENT development)
+install(DIRECTORY driver input tree search output
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zorvek COMPONENT development
+        FILES_MATCHING PATTERN *.h)
+install(EXPORT zorvek NAMESPACE zorvek:: FILE zorvek-targets.cmake DESTINATION ${package_dir}
+        COMPONENT development)
+write_basic_package_version_file(zorvek-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES cmake/zorvek-config.cmake cmake/FindNCL.cmake
+              ${PROJECT_BINARY_DIR}/zorvek-config-version.cmake
+        DESTINATION ${package_dir} COMPONENT development)
+install(FILES packaging/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libzorvek-dev
+        COMPONENT development)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_CONTACT "zorvek maintainers <maintainers@zorvek.example>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_COMPONENTS_ALL program development)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
+    "Reads one NEXUS alignment, estimates the distance of every two taxa, and searches for the
+ unrooted binary tree of least minimum-evolution length, which it writes beside the input.")
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME zorvek)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
+    "The library behind the program zorvek: static library, headers and CMake package.")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzorvek-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS libncl-dev)
+include(CPack)

@@ -1,0 +1,138 @@
+// The distance of two taxa is -ln(lambda)/4, lambda being the largest eigenvalue below 1 of their
+// symmetrised table of nucleotide pairings, scaled to rows (pair_table.h). DM1 and CL are each one
+// piece of memory behind row pointers.
+#include "input/distances.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <iostream>
+#include <numeric>
+#include <vector>
+
+#include "driver/run_state.h"
+#include "input/nexus_reading.h"
+#include "input/pair_table.h"
+
+namespace zorvek {
+
+namespace {
+
+// A table of zeros in one piece of memory behind row pointers, also with no rows or columns.
+template <class Value>
+Value** NewRows(std::size_t rows, std::size_t columns) {
+  auto** table = new Value*[rows + 1];
+  auto* cells = new Value[rows * columns + 1]();
+  for (std::size_t row = 0; row <= rows; ++row) table[row] = cells + row * columns;
+  return table;
+}
+
+template <class Value>
+void DeleteRows(Value**& table) {
+  if (table != nullptr) delete[] table[0];
+  delete[] table;
+  table = nullptr;
+}
+
+// What NCL tells about the cells. All that a cell holds is its state code, so NCL is asked for the
+// first state of each code once, and a cell costs one look at its row.
+class CellSymbols {
+ public:
+  static constexpr char kNone = '\0';  // gap, missing, or no state of the data type
+
+  explicit CellSymbols(const NxsDataBlock& data) : data_(data) {}
+
+  char At(unsigned taxon, unsigned site, NxsDiscreteStateCell code) {
+    if (code < 0) return kNone;
+    const auto index = static_cast<std::size_t>(code);
+    for (std::size_t known = symbols_.size(); known <= index; ++known) symbols_.push_back(kUnknown);
+    if (symbols_[index] == kUnknown) symbols_[index] = Ask(taxon, site);
+    return symbols_[index];
+  }
+
+ private:
+  static constexpr char kUnknown = '\1';
+
+  char Ask(unsigned taxon, unsigned site) const {
+    return data_.GetInternalRepresentation(taxon, site, 0) < 0 ? kNone
+                                                               : data_.GetState(taxon, site, 0);
+  }
+
+  const NxsDataBlock& data_;
+  std::vector<char> symbols_;
+};
+
+NucleotidePlanes ReadPlanes(const NxsDataBlock& data) {
+  const auto taxaCount = static_cast<unsigned>(n);
+  NucleotidePlanes planes(taxaCount, data.GetNChar());
+  if (data.GetDataType() == NxsCharactersBlock::continuous) return planes;
+  CellSymbols symbols(data);
+  for (unsigned taxon = 0; taxon < taxaCount; ++taxon) {
+    const NxsDiscreteStateRow& row = data.GetDiscreteMatrixRow(taxon);
+    for (unsigned site = 0; site < data.GetNChar(); ++site) {
+      const char symbol = symbols.At(taxon, site, row[site]);
+      if (symbol != CellSymbols::kNone) planes.Set(taxon, site, symbol);
+    }
+  }
+  return planes;
+}
+
+[[noreturn]] void StopAtUnstablePair(unsigned first, unsigned second) {
+  NxsString firstLabel = taxa->GetTaxonLabel(first);
+  NxsString secondLabel = taxa->GetTaxonLabel(second);
+  std::cout << "Warning taxa " << firstLabel.BlanksToUnderscores() << " and "
+            << secondLabel.BlanksToUnderscores()
+            << " have unstable spectrum. Remove them and relaunch the analysis." << std::endl;
+  std::exit(0);
+}
+
+void FillDistances(const NucleotidePlanes& planes) {
+  for (int i = 0; i < n - 1; ++i) {
+    const std::vector<NucleotidePlanes::Word> first =
+        planes.NucleotidesOnly(static_cast<std::size_t>(i));
+    for (int j = i + 1; j < n; ++j) {
+      PairTable table;
+      CountPairs(first.data(), planes.Planes(static_cast<std::size_t>(j)), planes.Words(), table);
+      const double distance = PairDistance(table);
+      if (distance == 0 && n >= 4) {
+        StopAtUnstablePair(static_cast<unsigned>(i), static_cast<unsigned>(j));
+      }
+      DM1[i][j] = DM1[j][i] = distance;
+    }
+  }
+}
+
+void FillCandidates() {
+  for (int i = 0; i < n; ++i) {
+    std::iota(CL[i], CL[i] + i, 0);
+    std::iota(CL[i] + i, CL[i] + n - 1, i + 1);
+  }
+}
+
+}  // namespace
+
+void BuildLeavesMatrix(const char* inputPath) {
+  NexusBlocks blocks = ReadNexus(inputPath);
+  n = static_cast<int>(TaxaRead(blocks));
+  taxa = blocks.taxa.release();
+  const NucleotidePlanes planes = ReadPlanes(*blocks.data);
+  blocks.data.reset();
+  blocks.trees.reset();
+  blocks.assumptions.reset();
+
+  const auto taxaCount = static_cast<std::size_t>(n);
+  DM1 = NewRows<double>(taxaCount, taxaCount);
+  CL = NewRows<int>(taxaCount, taxaCount - std::min<std::size_t>(taxaCount, 1));
+  FillDistances(planes);
+  FillCandidates();
+}
+
+void ReleaseLeavesMatrix() {
+  DeleteRows(DM1);
+  DeleteRows(CL);
+  delete taxa;
+  taxa = nullptr;
+  n = 0;
+}
+
+}  // namespace zorvek

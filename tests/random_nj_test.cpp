@@ -1,0 +1,234 @@
+// Trees by neighbour joining and by random pairs.
+#include "search/random_nj.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <random>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "driver/run_state.h"
+#include "tests/data.h"
+#include "tree/tree_length.h"
+
+namespace zorvek {
+namespace {
+
+// Per taxon: whether it is beyond `node` as seen from `from`.
+std::vector<bool> Beyond(int node, int from, TreeTable tree) {
+  std::vector<bool> beyond(static_cast<std::size_t>(n));
+  FC(node, from, tree);
+  for (const int leaf : std::exchange(temp1, {})) beyond[static_cast<std::size_t>(leaf)] = true;
+  return beyond;
+}
+
+// The splits of all internal edges, each by the side without taxon 0.
+std::set<std::vector<bool>> Splits(TreeTable tree) {
+  std::set<std::vector<bool>> splits;
+  for (int row = 0; row < n - 2; ++row) {
+    std::vector<bool> split = Beyond(n + row, Id(tree[row], kParent), tree);
+    if (split[0]) split.flip();
+    splits.insert(split);
+  }
+  return splits;
+}
+
+// Makes DM1 and EM the path lengths along the tree with random edge lengths. Returns their sum.
+double SetAdditiveDistances(TreeTable tree, std::mt19937& generator) {
+  double total = 0;
+  for (int i = 0; i < n; ++i) std::fill_n(DM1[i], n, 0.0);
+  const auto add_edge = [&](int node, int from) {
+    const std::vector<bool> beyond = Beyond(node, from, tree);
+    const double length = std::uniform_real_distribution<double>(0.001, 1)(generator);
+    total += length;
+    for (int i = 0; i < n; ++i) {
+      for (int j = 0; j < n; ++j) {
+        if (beyond[static_cast<std::size_t>(i)] != beyond[static_cast<std::size_t>(j)]) {
+          DM1[i][j] += length;
+        }
+      }
+    }
+  };
+  for (int row = 0; row < n - 2; ++row) {
+    for (const Field side : {kLeft, kRight}) add_edge(Id(tree[row], side), n + row);
+  }
+  add_edge(2 * n - 4, 2 * n - 3);
+  for (int i = 0; i < n; ++i) std::copy_n(DM1[i], n, EM[i]);
+  ForgetDistances();
+  return total;
+}
+
+TEST(RandomNJ, NeighbourJoiningFindsTheTreeOfAnAdditiveMatrix) {
+  std::mt19937 generator(3);
+  for (const int taxa_count : {4, 5, 6, 11, 30, 80}) {
+    const test::Workspace workspace(taxa_count, test::RandomDistances(1));
+    alpha = 1;
+    n_ants = 1;
+    for (int trial = 0; trial < 5; ++trial) {
+      test::Shuffle(T1, generator);
+      const std::set<std::vector<bool>> splits = Splits(T1);
+      const double total = SetAdditiveDistances(T1, generator);
+      opt_val = 1e8;
+      testing::internal::CaptureStdout();
+      RandomNJ();
+      EXPECT_EQ(testing::internal::GetCapturedStdout().rfind("RandomNJ improved primal bound:", 0),
+                0u);
+      EXPECT_EQ(Splits(OPT), splits);
+      EXPECT_NEAR(opt_val, total, 1e-9 * total);
+    }
+  }
+}
+
+using Joins = std::vector<std::pair<int, int>>;  // children of the node rows of T2
+
+Joins JoinsOfT2() {
+  Joins joins;
+  for (int row = 0; row < n - 2; ++row) joins.emplace_back(Id(T2[row], kLeft), Id(T2[row], kRight));
+  return joins;
+}
+
+// Joins the pairs of positions that `choose` gives for an active list, down to three nodes.
+template <typename Choose>
+Joins Agglomerate(const Choose& choose) {
+  std::vector<int> active;
+  for (int leaf = 0; leaf < n; ++leaf) active.push_back(leaf);
+  Joins joins;
+  while (active.size() > 3) {
+    const auto [i, j] = choose(active);
+    joins.emplace_back(active[i], active[j]);
+    active.erase(active.begin() + static_cast<std::ptrdiff_t>(j));
+    active.erase(active.begin() + static_cast<std::ptrdiff_t>(i));
+    active.push_back(n + static_cast<int>(joins.size()) - 1);
+  }
+  joins.emplace_back(active[0], active[1]);
+  return joins;
+}
+
+// Small whole distances tie often, so the order in which pairs are met and sums are added shows.
+TEST(RandomNJ, NeighbourJoiningTakesTheFirstOfEqualPairs) {
+  std::mt19937 generator(4);
+  for (int taxa_count = 4; taxa_count <= 14; ++taxa_count) {
+    const test::Workspace workspace(
+        taxa_count, [&generator](int, int) { return static_cast<double>(generator() % 4 + 1); });
+    std::vector<std::vector<double>> d(static_cast<std::size_t>(2 * n));
+    for (int i = 0; i < n; ++i) d[static_cast<std::size_t>(i)].assign(DM1[i], DM1[i] + n);
+    for (auto& row : d) row.resize(static_cast<std::size_t>(2 * n));
+    std::size_t next = static_cast<std::size_t>(n);
+    const auto choose = [&](const std::vector<int>& active) {
+      const std::vector<std::size_t> nodes(active.begin(), active.end());
+      const auto divergence = [&](std::size_t x) {
+        double sum = 0;
+        for (const std::size_t y : nodes) sum += d[x][y];
+        return sum / static_cast<double>(nodes.size() - 2);
+      };
+      std::pair<std::size_t, std::size_t> pair;
+      double least = 1e8;
+      for (std::size_t a = 0; a < nodes.size(); ++a) {
+        for (std::size_t b = a + 1; b < nodes.size(); ++b) {
+          const double q = d[nodes[a]][nodes[b]] - divergence(nodes[a]) - divergence(nodes[b]);
+          if (q < least) {
+            least = q;
+            pair = {a, b};
+          }
+        }
+      }
+      const std::size_t x = nodes[pair.first];
+      const std::size_t y = nodes[pair.second];
+      for (const std::size_t w : nodes)
+        d[next][w] = d[w][next] = (d[x][w] + d[y][w] - d[x][y]) * 0.5;
+      d[next][next] = 0;
+      ++next;
+      return pair;
+    };
+    alpha = 1;
+    n_ants = 1;
+    RandomNJ();
+    EXPECT_EQ(JoinsOfT2(), Agglomerate(choose)) << n << " taxa";
+  }
+}
+
+TEST(RandomNJ, JoinsTheFirstPairWhenNoneHasACriterion) {
+  const test::Workspace workspace(6, test::RandomDistances(1));
+  for (int i = 0; i < n; ++i) std::fill_n(EM[i], n, -1e9);
+  alpha = 1;
+  n_ants = 1;
+  RandomNJ();
+  EXPECT_EQ(JoinsOfT2()[0], std::make_pair(0, 1));
+}
+
+TEST(RandomNJ, RandomPairsAreUniformAndLeaveOutTheLastNode) {
+  const test::Workspace workspace(7, test::RandomDistances(1), 9);
+  alpha = 0.999;
+  n_ants = 1;
+  MTRand replay;
+  replay.seedWithValue(9);
+  const auto choose = [&replay](const std::vector<int>& active) {
+    const auto bound = static_cast<std::uint32_t>(active.size() - 2);
+    for (;;) {
+      const std::uint32_t i = replay.nextAtMost(bound);
+      const std::uint32_t j = replay.nextAtMost(bound);
+      if (i < j) return std::make_pair(std::size_t{i}, std::size_t{j});
+    }
+  };
+  constexpr int kTrees = 15000;
+  std::map<std::pair<int, int>, int> first_joins;
+  for (int tree = 0; tree < kTrees; ++tree) {
+    RandomNJ();
+    ASSERT_EQ(JoinsOfT2(), Agglomerate(choose));
+    ++first_joins[JoinsOfT2()[0]];
+  }
+  ASSERT_EQ(first_joins.size(), 15u);  // of the 6 first taxa
+  double chi_square = 0;
+  for (const auto& [pair, count] : first_joins) {
+    EXPECT_LT(pair.second, n - 1);
+    chi_square += std::pow(count - kTrees / 15.0, 2) / (kTrees / 15.0);
+  }
+  EXPECT_LT(chi_square, 36.1);  // 14 degrees of freedom, one in a thousand above
+}
+
+TEST(RandomNJ, KeepsTheLastTreeAndTheBestAndLeavesTheNodeMatrixAsInitDid) {
+  for (const double rule : {0.0, 1.0}) {
+    const test::Workspace workspace(9, test::RandomDistances(2));
+    alpha = rule;
+    RandomNJ();
+    EXPECT_EQ(t2_val, 0) << "no construction was asked for";
+
+    opt_val = 1e8;
+    n_ants = 1;
+    long improvements = 0;
+    double best = 1e8;
+    testing::internal::CaptureStdout();
+    for (int call = 0; call < 6; ++call) {
+      RandomNJ();
+      EXPECT_EQ(test::CheckTree(T1), "");
+      EXPECT_EQ(test::Ids(T1), test::Ids(T2));
+      EXPECT_EQ(T1[n - 2][kLeftLength], T2[n - 2][kLeftLength]);
+      EXPECT_EQ(t1_val, Evaluate(T1));
+      EXPECT_EQ(t2_val, t1_val);
+      improvements += t1_val < best;
+      best = std::min(best, t1_val);
+      EXPECT_EQ(opt_val, best);
+      EXPECT_EQ(Evaluate(OPT), best);
+    }
+    const std::string lines = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), improvements);
+
+    const double last = t1_val;
+    r->seedWithValue(1);
+    n_ants = 6;
+    t1_val = 1e8;
+    RandomNJ();
+    EXPECT_EQ(t1_val, last) << "six constructions in one call are those of six calls";
+    for (int i = 0; i < 2 * n - 2; ++i) {
+      for (int j = 0; j < 2 * n - 2; ++j) EXPECT_EQ(EM[i][j], i < n && j < n ? DM1[i][j] : 0);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace zorvek
