@@ -52,8 +52,8 @@ class LibraryReader {
   }
 
   // All matrices that were read.
-  std::vector<const NxsCharactersBlock*> Matrices() const {
-    std::vector<const NxsCharactersBlock*> found;
+  std::vector<NxsCharactersBlock*> Matrices() const {
+    std::vector<NxsCharactersBlock*> found;
     for (unsigned t = 0; t < reader_.GetNumTaxaBlocks(); ++t) {
       const NxsTaxaBlock* taxa = reader_.GetTaxaBlock(t);
       for (unsigned b = 0; b < reader_.GetNumCharactersBlocks(taxa); ++b) {
@@ -74,10 +74,10 @@ bool HoldsNucleotides(const NxsCharactersBlock& matrix) {
 }
 
 // The one matrix of nucleotides.
-const NxsCharactersBlock& NucleotideMatrix(const std::string& path, const LibraryReader& reader) {
-  const NxsCharactersBlock* found = nullptr;
-  const std::vector<const NxsCharactersBlock*> matrices = reader.Matrices();
-  for (const NxsCharactersBlock* matrix : matrices) {
+NxsCharactersBlock& NucleotideMatrix(const std::string& path, const LibraryReader& reader) {
+  NxsCharactersBlock* found = nullptr;
+  const std::vector<NxsCharactersBlock*> matrices = reader.Matrices();
+  for (NxsCharactersBlock* matrix : matrices) {
     if (!HoldsNucleotides(*matrix)) continue;
     if (found != nullptr) {
       throw Error(At(path) + ": more than one matrix of nucleotides; keep one");
@@ -114,7 +114,7 @@ class CellSymbols {
   std::vector<char> symbols_;
 };
 
-Alignment Copy(const NxsCharactersBlock& matrix) {
+Alignment Copy(NxsCharactersBlock& matrix) {
   Alignment alignment;
   alignment.rna = matrix.GetDataType() == NxsCharactersBlock::rna;
   CellSymbols symbols(matrix);

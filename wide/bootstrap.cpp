@@ -35,6 +35,7 @@ class Replicates {
           PairDistances(alignment_, DrawSites(alignment_.Sites(), generator), 1);
       if (distances.Undefined().empty()) return Count(distances, draw);
     }
+    if (Stopped()) return;
     const std::lock_guard<std::mutex> lock(mutex_);
     result_.redrawn += kMostDraws - 1;
     ++result_.given_up;

@@ -2,11 +2,11 @@
 // top a node of three branches and the order of everything independent of how the search held it.
 //
 //   search: rooted on an internal edge        view: rooted beside taxon 0
-//          r                                         t
-//         / \                                      / | \
-//        a   b                                    0  1  b
-//       / \ / \                                        / \
-//      0  1 2  3                                      2   3
+//            r                                         t
+//          |   |                                     | | |
+//          a   b                                     0 1 b
+//         | | | |                                       | |
+//         0 1 2 3                                       2 3
 #ifndef ZORVEK_WIDE_TREE_VIEW_H
 #define ZORVEK_WIDE_TREE_VIEW_H
 
