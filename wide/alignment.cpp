@@ -1,5 +1,5 @@
-// The NEXUS Class Library [Lewis2003] reads all formats. FASTA and PHYLIP files are looked over first
-// (sequence_scan.h) and handed to it as plain FASTA, a line for each sequence.
+// The NEXUS Class Library [Lewis2003] reads all formats. FASTA and PHYLIP files are looked over
+// first (sequence_scan.h) and handed to it as plain FASTA, a line for each sequence.
 #include "wide/alignment.h"
 
 #include <ncl/nxsmultiformat.h>
@@ -21,8 +21,7 @@ namespace {
 
 constexpr int kBlocks =
     PublicNexusReader::NEXUS_TAXA_BLOCK_BIT | PublicNexusReader::NEXUS_CHARACTERS_BLOCK_BIT;
-const char kMendNexus[] =
-    "; mend it, and put single quotes around labels that hold punctuation";
+const char kMendNexus[] = "; mend it, and put single quotes around labels that hold punctuation";
 
 std::string OneLine(std::string text) {
   std::replace(text.begin(), text.end(), '\n', ' ');
@@ -91,8 +90,8 @@ NxsCharactersBlock& NucleotideMatrix(const std::string& path, const LibraryReade
                                 "FORMAT command if it does"));
 }
 
-// The symbol of a cell's first state. All that a cell holds is its state code, so the library is asked
-// once for each code.
+// The symbol of a cell's first state. All that a cell holds is its state code, so the library is
+// asked once for each code.
 class CellSymbols {
  public:
   explicit CellSymbols(const NxsCharactersBlock& matrix) : matrix_(matrix) {}
@@ -150,9 +149,9 @@ Alignment FromSequences(const std::string& path, const std::vector<ScannedSequen
   }
   if (sequences.empty() || sequences[0].symbols.empty()) return {};
   LibraryReader reader;
-  reader.Read(path, plain,
-              IsRna(sequences) ? MultiFormatReader::FASTA_RNA_FORMAT
-                               : MultiFormatReader::FASTA_DNA_FORMAT);
+  reader.Read(
+      path, plain,
+      IsRna(sequences) ? MultiFormatReader::FASTA_RNA_FORMAT : MultiFormatReader::FASTA_DNA_FORMAT);
   Alignment alignment = Copy(NucleotideMatrix(path, reader));
   for (std::size_t i = 0; i < sequences.size(); ++i) alignment.labels[i] = sequences[i].label;
   return alignment;
@@ -160,8 +159,9 @@ Alignment FromSequences(const std::string& path, const std::vector<ScannedSequen
 
 Format ByContent(const std::string& path, const std::string& text) {
   std::string word(Words(text).Next().text.substr(0, 6));
-  std::transform(word.begin(), word.end(), word.begin(),
-                 [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+  std::transform(word.begin(), word.end(), word.begin(), [](char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  });
   if (word == "#NEXUS") return Format::kNexus;
   if (!word.empty() && word[0] == '>') return Format::kFasta;
   if (!word.empty() && word[0] >= '0' && word[0] <= '9') return Format::kPhylip;
@@ -178,7 +178,8 @@ std::string ReadFile(const std::string& path) {
   std::ostringstream text;
   if (stream) text << stream.rdbuf();
   if (errno != 0) {
-    throw Error(At(path) + ": cannot be read: " + std::strerror(errno) + "; name a file that can be");
+    throw Error(At(path) + ": cannot be read: " + std::strerror(errno) +
+                "; name a file that can be");
   }
   const std::string mark = "\xEF\xBB\xBF";  // which some editors put before UTF-8
   std::string content = text.str();

@@ -23,8 +23,8 @@ struct Alignment {
 // The content of a file. Throws Error if it cannot be read.
 std::string ReadFile(const std::string& path);
 
-// Reads `text`, the content of the file at `path`: NEXUS with a DATA or a CHARACTERS block, FASTA, or
-// relaxed PHYLIP. Throws Error.
+// Reads `text`, the content of the file at `path`: NEXUS with a DATA or a CHARACTERS block, FASTA,
+// or relaxed PHYLIP. Throws Error.
 Alignment ParseAlignment(const std::string& path, const std::string& text, Format format);
 
 }  // namespace zorvek::wide

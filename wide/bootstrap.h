@@ -25,10 +25,10 @@ struct BootstrapResult {
   int given_up = 0;  // replicates in which that happened every time
 };
 
-// Sets the support of each inner edge of `tree` to the share of replicates that have it. In a replicate
-// as many sites as there are are drawn with replacement, the distances estimated again, and a tree
-// found by neighbour joining and a descent. What replicate k draws depends on the seed and k alone, so
-// the result is the same for any number of threads.
+// Sets the support of each inner edge of `tree` to the share of replicates that have it. In a
+// replicate as many sites as there are are drawn with replacement, the distances estimated again,
+// and a tree found by neighbour joining and a descent. What replicate k draws depends on the seed
+// and k alone, so the result is the same for any number of threads.
 BootstrapResult Bootstrap(const Alignment& alignment, const BootstrapSettings& settings,
                           TreeView& tree);
 

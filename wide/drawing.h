@@ -14,8 +14,8 @@ enum class Layout {
   kPhylogram,  // edges from left to right, taxa one below the other
 };
 
-// The tree as an SVG document with the labels of the taxa, a scale bar, and the supports where there
-// are any. The size of the picture follows from the number of taxa.
+// The tree as an SVG document with the labels of the taxa, a scale bar, and the supports of half
+// and more where there are any. The size of the picture follows from the number of taxa.
 std::string DrawSvg(const TreeView& tree, const std::vector<std::string>& labels, Layout layout);
 
 }  // namespace zorvek::wide

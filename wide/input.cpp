@@ -95,7 +95,7 @@ std::vector<std::string> LabelsOf(const std::vector<int>& taxa, const Input& inp
   std::vector<std::string> lines;
   for (const auto& [a, b] : pairs) {
     const std::vector<std::string> labels = LabelsOf({a, b}, input);
-    lines.push_back("  " + labels[0] + " and " + labels[1]);
+    lines.push_back(labels[0] + " and " + labels[1]);
   }
   std::string names;
   for (const std::string& label : LabelsOf(cover.vertices, input)) {
@@ -103,9 +103,10 @@ std::vector<std::string> LabelsOf(const std::vector<int>& taxa, const Input& inp
   }
   throw Error(At(options.file) + ": " + std::to_string(pairs.size()) +
               " pairs of taxa share no site, or differ too much, and have no distance; give "
-              "--drop-undefined or --leave-out '" + names + "', which leaves out " +
+              "--drop-undefined or --leave-out '" +
+              names + "', which leaves out " +
               (cover.smallest ? "no more taxa than must be" : "the fewest taxa that were found") +
-              "\n" + Listed(lines, "\n"));
+              "\n  " + Listed(lines, "\n  "));
 }
 
 void SettleUndefined(const Options& options, Input& input) {
@@ -126,9 +127,10 @@ void ReadSequences(const Options& options, const std::string& text, Input& input
     throw Error(At(options.file) + ": no sites; give aligned sequences");
   }
   if (input.alignment.rna) {
-    std::cerr << "zorvek-wide: " << At(options.file)
-              << ": warning: only A, C, G and T are told apart; write T for U, unless U is to count "
-                 "as an unknown nucleotide\n";
+    std::cerr
+        << "zorvek-wide: " << At(options.file)
+        << ": warning: only A, C, G and T are told apart; write T for U, unless U is to count "
+           "as an unknown nucleotide\n";
   }
 }
 

@@ -19,9 +19,9 @@ struct Input {
   std::vector<std::string> left_out;  // labels of the taxa that were
 };
 
-// Reads the file, leaves out the taxa that are to be left out, and estimates the distances. Tells on
-// standard error what the user should know though it is no error. Throws Error, also when there are
-// fewer than 4 taxa or a pair without a distance is left.
+// Reads the file, leaves out the taxa that are to be left out, and estimates the distances. Tells
+// on standard error what the user should know though it is no error. Throws Error, also when there
+// are fewer than 4 taxa or a pair without a distance is left.
 Input ReadInput(const Options& options);
 
 }  // namespace zorvek::wide

@@ -2,16 +2,15 @@
 #ifndef ZORVEK_WIDE_INTERRUPTION_H
 #define ZORVEK_WIDE_INTERRUPTION_H
 
-#include <csignal>
-
 #include <atomic>
+#include <csignal>
 #include <thread>
 
 namespace zorvek::wide {
 
-// While one of these lives, the first of the two signals only makes Stop() true, and a second one ends
-// the process. A thread waits for the signals, so no handler has to reach for a global. To be made
-// before any other thread: it blocks the signals in its own thread and in those begun from it.
+// While one of these lives, the first of the two signals only makes Stop() true, and a second one
+// ends the process. A thread waits for the signals, so no handler has to reach for a global. To be
+// made before any other thread: it blocks the signals in its own thread and in those begun from it.
 class Interruption {
  public:
   Interruption();

@@ -7,8 +7,8 @@
 
 namespace zorvek::wide {
 
-// The form in which labels are compared: NEXUS tells neither upper from lower case nor a blank from an
-// underscore.
+// The form in which labels are compared: NEXUS tells neither upper from lower case nor a blank from
+// an underscore.
 std::string Folded(const std::string& label);
 
 // The groups of labels that are the same, by index, in order of the first.  Cost: n log n.

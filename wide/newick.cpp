@@ -23,7 +23,9 @@ void Append(const TreeView& tree, int node, const std::vector<std::string>& labe
 
 }  // namespace
 
-std::string Percent(double support) { return Rounded(100 * support, 0); }
+std::string Percent(double support) {
+  return Rounded(100 * support, 0);
+}
 
 std::string Newick(const TreeView& tree, const std::vector<std::string>& labels) {
   std::string text;

@@ -9,9 +9,9 @@
 
 namespace zorvek::wide {
 
-// The tree in Newick's format, with its semicolon: labels quoted where they must be, edge lengths with
-// the digits that read back as the same double, the supports of inner edges as whole percents in
-// front of them.
+// The tree in Newick's format, with its semicolon: labels quoted where they must be, edge lengths
+// with the digits that read back as the same double, the supports of inner edges as whole percents
+// in front of them.
 std::string Newick(const TreeView& tree, const std::vector<std::string>& labels);
 
 // A NEXUS file with one TREES block [Maddison1997] that holds one tree, marked as unrooted.

@@ -75,8 +75,8 @@ void AddOutput(CLI::App& app, Options& options) {
   app.add_option("--newick", options.newick, "the tree in Newick's format")->type_name("PATH");
   app.add_option("--distances", options.distances, "the distances, a PHYLIP square matrix")
       ->type_name("PATH");
-  auto* draw = app.add_option("--draw", options.draw, "a picture of the tree, SVG")
-                   ->type_name("PATH");
+  auto* draw =
+      app.add_option("--draw", options.draw, "a picture of the tree, SVG")->type_name("PATH");
   app.add_option("--layout", options.layout, "unrooted or phylogram; unrooted unless given")
       ->transform(CLI::CheckedTransformer(layouts, CLI::ignore_case).description(""))
       ->type_name("NAME")
@@ -112,7 +112,8 @@ void CheckPaths(const Options& options) {
 }  // namespace
 
 bool ParseOptions(int argc, char** argv, Options& options, int& status) {
-  CLI::App app("Finds the shortest minimum-evolution tree of aligned DNA sequences.", "zorvek-wide");
+  CLI::App app("Finds the shortest minimum-evolution tree of aligned DNA sequences.",
+               "zorvek-wide");
   app.set_version_flag("--version", "zorvek-wide " ZORVEK_VERSION);
   app.set_help_flag("--help", "this text");
   AddInput(app, options);

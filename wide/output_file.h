@@ -6,10 +6,10 @@
 
 namespace zorvek::wide {
 
-// One file to be written. It is made at once, under a temporary name in the folder of `path`, so that
-// a folder that cannot be written is found out before the work and not after it; what stood at `path`
-// stays until Commit. A path that is no regular file (a terminal, a pipe, /dev/null) is written
-// directly. All functions but the destructor throw Error.
+// One file to be written. It is made at once, under a temporary name in the folder of `path`, so
+// that a folder that cannot be written is found out before the work and not after it; what stood at
+// `path` stays until Commit. A path that is no regular file (a terminal, a pipe, /dev/null) is
+// written directly. All functions but the destructor throw Error.
 class OutputFile {
  public:
   explicit OutputFile(const std::string& path);

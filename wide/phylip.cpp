@@ -39,8 +39,9 @@ class MatrixParser {
     for (std::size_t i = 0; i < values_.size(); ++i) ReadRow(i);
     const Word rest = words_.Next();
     if (!rest.text.empty()) {
-      Stop(rest, "\"" + std::string(rest.text) + "\" after the last distance; the first line says " +
-                     std::to_string(n) + " taxa, mend it or the rows");
+      Stop(rest, "\"" + std::string(rest.text) +
+                     "\" after the last distance; the first line says " + std::to_string(n) +
+                     " taxa, mend it or the rows");
     }
     CheckSymmetry();
     faults_.ThrowIfAny();
@@ -73,7 +74,8 @@ class MatrixParser {
     const Word label = words_.Next();
     if (label.text.empty()) {
       Stop(label, "the file ends after " + std::to_string(i) + " of " +
-                      std::to_string(values_.size()) + " taxa; mend the first line or add the rest");
+                      std::to_string(values_.size()) +
+                      " taxa; mend the first line or add the rest");
     }
     labels_.emplace_back(label.text);
     for (std::size_t j = 0; j < values_.size(); ++j) ReadDistance(i, j);

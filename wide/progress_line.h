@@ -7,8 +7,8 @@
 
 namespace zorvek::wide {
 
-// Holds one line on standard error, if that is a terminal, and otherwise nothing. The line is gone when
-// the object is. For one thread at a time.
+// Holds one line on standard error, if that is a terminal, and otherwise nothing. The line is gone
+// when the object is. For one thread at a time.
 class ProgressLine {
  public:
   explicit ProgressLine(bool wanted);
@@ -16,8 +16,9 @@ class ProgressLine {
   ProgressLine(const ProgressLine&) = delete;
   ProgressLine& operator=(const ProgressLine&) = delete;
 
-  // Rewrites the line, at most four times a second: the phase, its share done (0..1), `more`, and the
-  // time left, reckoned from the phase's beginning, but no more than `limit` seconds if that is not 0.
+  // Rewrites the line, at most four times a second: the phase, its share done (0..1), `more`, and
+  // the time left, reckoned from the phase's beginning, but no more than `limit` seconds if that is
+  // not 0.
   void Show(const std::string& phase, double fraction, const std::string& more, double limit = 0);
 
  private:

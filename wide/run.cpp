@@ -59,16 +59,15 @@ class Outputs {
   std::list<Entry> entries_;
 };
 
-Tree Search(const Options& options, const DistanceMatrix& distances,
-            const std::atomic<bool>& stop, ProgressLine& line,
-            std::vector<Improvement>& improvements) {
+Tree Search(const Options& options, const DistanceMatrix& distances, const std::atomic<bool>& stop,
+            ProgressLine& line, std::vector<Improvement>& improvements) {
   const Clock::time_point began = Clock::now();
   SearchSettings settings;
   settings.seed = options.seed;
   settings.starts = options.starts;
   settings.alpha = options.alpha;
-  settings.rounds = options.rounds == Options::kByClock ? std::numeric_limits<long>::max() / 2
-                                                        : options.rounds;
+  settings.rounds =
+      options.rounds == Options::kByClock ? std::numeric_limits<long>::max() / 2 : options.rounds;
   settings.threads = options.threads;
   settings.seconds = options.time;
   settings.patience = options.patience;
@@ -113,7 +112,8 @@ void Run(const Options& options) {
   outputs.Add(options.draw, [&] { return DrawSvg(view, input.labels, options.layout); });
   {
     ProgressLine line(!options.quiet);
-    outcome.tree = Search(options, input.distances, interruption.Stop(), line, outcome.improvements);
+    outcome.tree =
+        Search(options, input.distances, interruption.Stop(), line, outcome.improvements);
     view = View(outcome.tree);
     outcome.support = AddSupport(options, input.alignment, interruption.Stop(), line, view);
   }

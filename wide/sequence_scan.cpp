@@ -38,8 +38,8 @@ class SiteReader {
     }
     const char other = c == 'U' || c == 'u' ? 'T' : c == 'T' || c == 't' ? 'U' : '\0';
     if (other == kind_ && other != '\0') {
-      Add(line, column, std::string("'") + c + "' after " + other +
-                            "; write one of T and U in the whole file");
+      Add(line, column,
+          std::string("'") + c + "' after " + other + "; write one of T and U in the whole file");
     } else if (other != '\0') {
       kind_ = other == 'U' ? 'T' : 'U';
     }
@@ -99,7 +99,8 @@ std::vector<Line> LinesWithText(std::string_view text) {
 // Starts a sequence with the line's first word as its label, then the sites of the rest.
 ScannedSequence BeginSequence(const Line& line, SiteReader& sites) {
   const Word label = Words(line.text).Next();
-  const auto end = static_cast<std::size_t>(label.text.data() - line.text.data()) + label.text.size();
+  const auto end =
+      static_cast<std::size_t>(label.text.data() - line.text.data()) + label.text.size();
   ScannedSequence sequence{std::string(label.text), line.number, {}};
   sites.Append(line.text.substr(end), line.number, static_cast<long>(end) + 1, sequence.symbols);
   return sequence;
@@ -119,19 +120,25 @@ bool LooksInterleaved(const PhylipFile& file) {
   SiteReader ignored(file.path);
   const std::size_t first = BeginSequence(file.lines[0], ignored).symbols.size();
   if (first == 0 || first >= file.sites) return false;
-  return std::all_of(file.lines.begin(), file.lines.begin() + static_cast<long>(file.taxa),
-                     [&](const Line& line) {
-                       return BeginSequence(line, ignored).symbols.size() == first;
-                     });
+  return std::all_of(
+      file.lines.begin(), file.lines.begin() + static_cast<long>(file.taxa),
+      [&](const Line& line) { return BeginSequence(line, ignored).symbols.size() == first; });
 }
 
+// The later blocks may have the labels too, or not.
 std::vector<ScannedSequence> InBlocks(const PhylipFile& file, SiteReader& sites) {
   std::vector<ScannedSequence> sequences;
   for (std::size_t k = 0; k < file.lines.size(); ++k) {
+    const Line& line = file.lines[k];
     if (k < file.taxa) {
-      sequences.push_back(BeginSequence(file.lines[k], sites));
+      sequences.push_back(BeginSequence(line, sites));
+      continue;
+    }
+    ScannedSequence& sequence = sequences[k % file.taxa];
+    if (Words(line.text).Next().text == sequence.label) {
+      sequence.symbols += BeginSequence(line, sites).symbols;
     } else {
-      sites.Append(file.lines[k].text, file.lines[k].number, 1, sequences[k % file.taxa].symbols);
+      sites.Append(line.text, line.number, 1, sequence.symbols);
     }
   }
   return sequences;
@@ -160,9 +167,10 @@ PhylipFile ReadHeader(const std::string& path, std::string_view text) {
     const std::string_view word = words.Next().text;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), *number);
     if (error == std::errc() && end == word.data() + word.size() && *number > 0) continue;
-    throw Error(At(path, header.number, 1) +
-                ": no numbers of taxa and sites; begin a PHYLIP file with them, and give --matrix for "
-                "a distance matrix");
+    throw Error(
+        At(path, header.number, 1) +
+        ": no numbers of taxa and sites; begin a PHYLIP file with them, and give --matrix for "
+        "a distance matrix");
   }
   file.lines.erase(file.lines.begin());
   return file;

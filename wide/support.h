@@ -10,9 +10,9 @@
 
 namespace zorvek::wide {
 
-// Splits by [Day1985]: number the taxa in the order in which the reference tree meets them; its splits
-// are then runs of numbers without a gap, told by their ends, and so is a split of another tree if
-// and only if it is one of the reference's.
+// Splits by [Day1985]: number the taxa in the order in which the reference tree meets them; its
+// splits are then runs of numbers without a gap, told by their ends, and so is a split of another
+// tree if and only if it is one of the reference's.
 class SplitCounter {
  public:
   explicit SplitCounter(const TreeView& reference);

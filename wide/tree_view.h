@@ -20,8 +20,8 @@ struct TreeView {
   static constexpr double kNoSupport = -1;
 
   struct Node {
-    std::vector<int> children;  // by their smallest taxon; none for a taxon, three for the top
-    double length = 0;          // of the edge above, a negative one as 0
+    std::vector<int> children;    // by their smallest taxon; none for a taxon, three for the top
+    double length = 0;            // of the edge above, a negative one as 0
     double support = kNoSupport;  // of that edge, 0..1
   };
 

@@ -1,5 +1,5 @@
-// Branch and bound on a vertex of the highest degree: either it is in the cover, or all its neighbours
-// are. The first branch taken all the way down is the greedy cover.
+// Branch and bound on a vertex of the highest degree: either it is in the cover, or all its
+// neighbours are. The first branch taken all the way down is the greedy cover.
 #include "wide/vertex_cover.h"
 
 #include <algorithm>

@@ -12,8 +12,8 @@ struct VertexCover {
   bool smallest = true;       // proved to be so
 };
 
-// A set of vertices, out of 0..n-1, that every edge has an end in: the smallest one, unless the search
-// for it gets too long; then the smallest one found.
+// A set of vertices, out of 0..n-1, that every edge has an end in: the smallest one, unless the
+// search for it gets too long; then the smallest one found.
 VertexCover FindVertexCover(int n, const std::vector<std::pair<int, int>>& edges);
 
 }  // namespace zorvek::wide

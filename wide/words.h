@@ -40,7 +40,8 @@ class Lines {
  public:
   explicit Lines(std::string_view text) : text_(text) {}
 
-  // Whether there was another line; it is then in `line`, without its end, and Number() is its number.
+  // Whether there was another line; it is then in `line`, without its end, and Number() is its
+  // number.
   bool Next(std::string_view& line);
   long Number() const { return number_; }
 
