@@ -62,21 +62,6 @@ class CellSymbols {
   std::vector<char> symbols_;
 };
 
-NucleotidePlanes ReadPlanes(const NxsDataBlock& data) {
-  const auto taxaCount = static_cast<unsigned>(n);
-  NucleotidePlanes planes(taxaCount, data.GetNChar());
-  if (data.GetDataType() == NxsCharactersBlock::continuous) return planes;
-  CellSymbols symbols(data);
-  for (unsigned taxon = 0; taxon < taxaCount; ++taxon) {
-    const NxsDiscreteStateRow& row = data.GetDiscreteMatrixRow(taxon);
-    for (unsigned site = 0; site < data.GetNChar(); ++site) {
-      const char symbol = symbols.At(taxon, site, row[site]);
-      if (symbol != CellSymbols::kNone) planes.Set(taxon, site, symbol);
-    }
-  }
-  return planes;
-}
-
 [[noreturn]] void StopAtUnstablePair(unsigned first, unsigned second) {
   NxsString firstLabel = taxa->GetTaxonLabel(first);
   NxsString secondLabel = taxa->GetTaxonLabel(second);
@@ -111,16 +96,31 @@ void FillCandidates() {
 
 }  // namespace
 
+NucleotidePlanes ReadPlanes(const NxsDataBlock& data, std::size_t rows) {
+  const unsigned sites = data.GetNChar();
+  NucleotidePlanes planes(rows, sites);
+  if (data.GetDataType() == NxsCharactersBlock::continuous) return planes;
+  CellSymbols symbols(data);
+  for (unsigned taxon = 0; taxon < rows; ++taxon) {
+    const NxsDiscreteStateRow& row = data.GetDiscreteMatrixRow(taxon);
+    for (unsigned site = 0; site < sites; ++site) {
+      const char symbol = symbols.At(taxon, site, row[site]);
+      if (symbol != CellSymbols::kNone) planes.Set(taxon, site, symbol);
+    }
+  }
+  return planes;
+}
+
 void BuildLeavesMatrix(const char* inputPath) {
   NexusBlocks blocks = ReadNexus(inputPath);
   n = static_cast<int>(TaxaRead(blocks));
   taxa = blocks.taxa.release();
-  const NucleotidePlanes planes = ReadPlanes(*blocks.data);
+  const auto taxaCount = static_cast<std::size_t>(n);
+  const NucleotidePlanes planes = ReadPlanes(*blocks.data, taxaCount);
   blocks.data.reset();
   blocks.trees.reset();
   blocks.assumptions.reset();
 
-  const auto taxaCount = static_cast<std::size_t>(n);
   DM1 = NewRows<double>(taxaCount, taxaCount);
   CL = NewRows<int>(taxaCount, taxaCount - std::min<std::size_t>(taxaCount, 1));
   FillDistances(planes);

@@ -2,7 +2,18 @@
 #ifndef ZORVEK_INPUT_DISTANCES_H
 #define ZORVEK_INPUT_DISTANCES_H
 
+#include <cstddef>
+
+#include "input/pair_table.h"
+
+class NxsDataBlock;
+
 namespace zorvek {
+
+// The planes of the first `rows` taxa of the matrix. A cell counts as its first state, so an
+// ambiguity code as the first of its states; a matrix of continuous data has no states. Cost: one
+// look at each cell.
+NucleotidePlanes ReadPlanes(const NxsDataBlock& data, std::size_t rows);
 
 // Reads the file and computes the distance of every pair of taxa. CL lists for each taxon the
 // others in id order, DM1 has a zero diagonal. When the spectrum of a pair is unstable, the pair is

@@ -1,13 +1,13 @@
 // The dense eigenvalue path of EISPACK [Smith1976] in plain steps:
 //
-//   Balance         rows and columns that isolate an eigenvalue go to the borders, the block
-//   between
-//                   them is scaled by powers of 2         [Parlett1969]
-//   ReduceToHessenberg   stabilised elementary transformations    [Martin1968]
-//   Accumulate      their product, into z
-//   IterateQR       double-shift QR steps until every eigenvalue has split off    [Martin1970]
-//   SolveVectors    back-substitution in the quasi-triangular form, times z       [Peters1970]
-//   UndoBalance     the vectors of the matrix as it was given
+//   Balance             rows and columns that isolate an eigenvalue go to the borders, the block
+//                       between them is scaled by powers of 2 [Parlett1969]
+//   ReduceToHessenberg  stabilised elementary transformations [Martin1968]
+//   Accumulate          their product, into z
+//   QRIteration         double-shift steps until every eigenvalue has split off [Martin1970]
+//   BackSubstitution    the vectors of the quasi-triangular form [Peters1970]
+//   MultiplyVectors     z times these
+//   UndoBalance         the vectors of the matrix as it was given
 //
 //        low      high                     x  isolated eigenvalues on the diagonal
 //     x  *  *  *  *  *                     h  the balanced block [low, high], which the

@@ -1,14 +1,12 @@
-// The reading sequence and what stands between it and NCL. NCL is the classic 2.0 interface of
-// Debian's 2.1 library, with the habits that this file answers to:
-//  - it sends messages to standard error unless its warning level is set;
-//  - its assumptions block also claims SETS and CODONS blocks;
-//  - it allocates what DIMENSIONS announces before it has seen a character, and lists as many taxa
-//  in
-//    its report;
-//  - a failed block may throw from its report;
-//  - a failed assertion ends the process: one of its own kind, or one of the C library's at an
-//  empty
-//    comment within parentheses.
+// The reading sequence, and what stands between it and NCL: the classic 2.0 interface of
+// Debian's 2.1 library, with the habits that this file answers to.
+//  - It sends messages to standard error unless its warning level is set.
+//  - Its assumptions block also claims SETS and CODONS blocks.
+//  - It allocates what DIMENSIONS announces before it has seen a character, and reports on as many
+//    taxa.
+//  - The report of a block that failed may throw.
+//  - A failed assertion ends the process: one of its own kind, or one of the C library's when a
+//    comment within parentheses is empty.
 #include "input/nexus_reading.h"
 
 #include <sys/stat.h>
@@ -18,9 +16,8 @@
 #include <new>
 #include <string>
 
-// NCL calls this when one of its assertions fails; its own version prints to standard error and
-// exits. Defined here, it is the one that the library finds, and the failure is an error like any
-// other.
+// NCL calls this when one of its assertions fails. Its own version prints to standard error and
+// exits; this one is found before it, and makes the failure an error like any other.
 void ncl_assertion_failed(const char* expression, const char*, const char*, long) {
   throw NxsNCLAPIException((std::string("internal assertion failed: ") + expression).c_str());
 }
@@ -38,6 +35,12 @@ double SizeLimit(const char* path) {
   return static_cast<double>(status.st_size);
 }
 
+// The last number that a set of taxa or characters may name. Sets are stored number by number, and
+// before DIMENSIONS NCL would take any number.
+unsigned Bounded(unsigned maxIndex, double limit) {
+  return maxIndex <= limit ? maxIndex : static_cast<unsigned>(limit);
+}
+
 class AssumptionsBlock : public NxsAssumptionsBlock {
  public:
   using NxsAssumptionsBlock::NxsAssumptionsBlock;
@@ -52,6 +55,8 @@ class TaxaBlock : public NxsTaxaBlock {
     Check(ntax);
     NxsTaxaBlock::SetNtax(ntax);
   }
+
+  unsigned GetMaxIndex() const override { return Bounded(NxsTaxaBlock::GetMaxIndex(), limit); }
 
  protected:
   void Read(NxsToken& token) override {
@@ -76,20 +81,15 @@ class TaxaBlock : public NxsTaxaBlock {
 class DataBlock : public NxsDataBlock {
  public:
   DataBlock(NxsTaxaBlock* taxaBlock, NxsAssumptionsBlock* assumptions, double sizeLimit)
-      : NxsDataBlock(taxaBlock, assumptions), limit(std::max(sizeLimit, kAlwaysHeld)) {}
+      : NxsDataBlock(taxaBlock, assumptions), limit(sizeLimit) {}
 
-  // The last character that a set may name; sets are stored number by number.
-  unsigned GetMaxIndex() const override {
-    if (TooLarge()) throw NxsException(SizeComplaint());
-    return NxsDataBlock::GetMaxIndex();
-  }
+  unsigned GetMaxIndex() const override { return Bounded(NxsDataBlock::GetMaxIndex(), limit); }
 
  protected:
   void Read(NxsToken& token) override {
     NxsDataBlock::Read(token);
     for (unsigned taxon = 0; taxon < nTaxWithData; ++taxon) {
-      if (!RowFits(taxon))
-        throw NxsException("the matrix does not fit the DIMENSIONS command", token);
+      if (!RowFits(taxon)) throw NxsException("matrix does not fit DIMENSIONS", token);
     }
   }
 
@@ -99,20 +99,17 @@ class DataBlock : public NxsDataBlock {
   }
 
   void HandleMatrix(NxsToken& token) override {
-    if (TooLarge()) throw NxsException(SizeComplaint(), token);
+    if (static_cast<double>(nTaxWithData) * nChar > std::max(limit, kAlwaysHeld)) {
+      throw NxsException("DIMENSIONS announces " + std::to_string(nTaxWithData) + " taxa x " +
+                             std::to_string(nChar) + " characters, more than the file can hold",
+                         token);
+    }
     NxsDataBlock::HandleMatrix(token);
   }
 
  private:
   // Cells that are let pass in a file of any size, so that NCL can say where a matrix falls short.
   static constexpr double kAlwaysHeld = 1 << 24;
-
-  bool TooLarge() const { return static_cast<double>(nTaxWithData) * nChar > limit; }
-
-  std::string SizeComplaint() const {
-    return "DIMENSIONS announces " + std::to_string(nTaxWithData) + " taxa x " +
-           std::to_string(nChar) + " characters, more than the file can hold";
-  }
 
   bool RowFits(unsigned taxon) const {
     if (GetDataType() == continuous) return TaxonIndHasData(taxon);

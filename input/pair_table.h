@@ -15,9 +15,12 @@ constexpr int kNucleotides = 4;  // A, C, G, T in this order
 // four bits, a site with any other symbol has all four (it counts as each of them in the second
 // taxon of a pair), and a site without a state (gap, missing) has none.
 //
-//   site      0 1 2 3 4           words of 64 sites, plane by plane; bits beyond the last site are
-//   0 symbol    A G - U T plane A   1 0 0 1 0 plane C   0 0 0 1 0 plane G   0 1 0 1 0 plane T   0 0
-//   0 1 1
+//   site      0 1 2 3 4
+//   symbol    A G - U T
+//   plane A   1 0 0 1 0      A plane is words of 64 sites, the first site in the lowest bit;
+//   plane C   0 0 0 1 0      bits beyond the last site are 0.
+//   plane G   0 1 0 1 0
+//   plane T   0 0 0 1 1
 class NucleotidePlanes {
  public:
   using Word = std::uint64_t;

@@ -211,6 +211,7 @@ TEST_F(ProgramTest, TurnsTheExampleIntoATreeAndThreeFiles) {
     seconds = std::stod(match[2]);
   }
   EXPECT_EQ(last, best);
+  EXPECT_GE(bound, 0.21405);  // the shortest that any sequence of the search's moves can reach
 
   string rest = Newick(input);
   double length = 0;
@@ -370,7 +371,9 @@ string Screen(const string& text) {
 TEST_F(ProgramTest, ATerminalShowsAProgressLineUntilTheEnd) {
   int terminal = -1;
   int program_side = -1;
-  ASSERT_EQ(openpty(&terminal, &program_side, nullptr, nullptr, nullptr), 0);
+  if (openpty(&terminal, &program_side, nullptr, nullptr, nullptr) != 0) {
+    GTEST_SKIP() << "the machine lends no terminal";
+  }
   fcntl(terminal, F_SETFL, O_NONBLOCK);
   string shown;
   const auto frames = [&] {

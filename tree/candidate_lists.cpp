@@ -9,8 +9,9 @@
 // end. What the queue holds after the walk is the order in which the sort leaves the entries of
 // distance v.
 //
-//   before   2a 1 2b 2c 1        walk   2a | 2a | 2a 2b | 2a 2b 2c | 2b 2c 2a        after   1 1 2b
-//   2c 2a
+//   before  2a 1 2b 2c 1
+//   queue   2a | 2a | 2a 2b | 2a 2b 2c | 2b 2c 2a
+//   after   1 1 2b 2c 2a
 //
 // For the walk only the number of smaller entries between neighbouring equals matters, and a
 // Fenwick tree [Fenwick1994] over the places gives it.

@@ -154,7 +154,15 @@ void SubtreeSums::RemakeCentral() {
 
 SubtreeSums::Sum SubtreeSums::Gather(int x, int y) const {
   if (Leaves(x) > Leaves(y)) std::swap(x, y);
-  const Fixed* row = Row(y);
+  return SumOfRow(Row(y), x);
+}
+
+double SubtreeSums::Beyond(int x, int y) const {
+  return ToDouble(At(x).total - SumOfRow(Row(y), x)) * unit_;
+}
+
+// Sum of a row's entries at the leaves below x.
+SubtreeSums::Sum SubtreeSums::SumOfRow(const Fixed* row, int x) const {
   Sum sum = 0;
   stack_.clear();
   for (;;) {

@@ -106,10 +106,20 @@ class SubtreeSums {
   // the children of 2n-4, C and D those of 2n-3.  Requires: `node` internal.  Cost: constant.
   Quartet Around(int node) const;
 
-  // Sums as plain numbers, for searches that only rank: S(below node, all else) and
-  // S(left(node), right(node)).
+  // Sums as plain numbers, for searches that rank: S(below node, all else), S(left(node), right(node))
+  // and S(left(node), sibling(node)); the latter for internal nodes only.
   double Outward(int node) const { return ToDouble(Outward(At(node))) * unit_; }
   double Between(int node) const { return ToDouble(At(node).between) * unit_; }
+  double Across(int node) const { return ToDouble(At(node).across) * unit_; }
+
+  // S(left(u), left(v)) of the root's children u and v.
+  double Central() const { return ToDouble(central_) * unit_; }
+
+  // S(below x, below y) of disjoint subtrees.  Cost: the leaves of the smaller one.
+  double Between(int x, int y) const { return ToDouble(Gather(x, y)) * unit_; }
+
+  // S(below x, all that is not below y), with x below y.  Cost: the leaves below x.
+  double Beyond(int x, int y) const;
 
   // Sums of the distances from a leaf to all leaves below `node`, and to all leaves.
   double ToLeaf(int node, int leaf) const { return static_cast<double>(Row(node)[leaf]) * unit_; }
@@ -140,6 +150,7 @@ class SubtreeSums {
   // S(x, everything that is not below x).
   Sum Outward(const Node& x) const { return x.total - 2 * x.within; }
   Sum Gather(int x, int y) const;  // S(x, y) from the rows
+  Sum SumOfRow(const Fixed* row, int x) const;
   void RemakeLeafSet(int node);    // row, leaves, total and within, from the children and `between`
   void RemakeAcross(int node);
   void RemakeCentral();

@@ -19,11 +19,13 @@ Regrafter::Regrafter(const Links& links, const double* const* distances)
       leaves_(place_.size()),
       outward_(place_.size()),
       between_(place_.size()),
+      across_(place_.size()),
       inverse_(Index(links.taxa + 1)),
       lengths_(place_.size()),
       positive_(2 * links.taxa - 2),
       negative_(2 * links.taxa - 2),
-      to_moved_(place_.size()) {
+      to_moved_(place_.size()),
+      behind_(place_.size()) {
   for (std::size_t k = 1; k < inverse_.size(); ++k) inverse_[k] = 1 / static_cast<double>(k);
   for (int leaf = 0; leaf < links.taxa; ++leaf) {
     leaves_[Index(leaf)] = 1;
@@ -81,6 +83,7 @@ void Regrafter::RefreshLengths() {
     leaves_[Index(node)] = sums_.Leaves(node);
     outward_[Index(node)] = sums_.Outward(node);
     between_[Index(node)] = sums_.Between(node);
+    across_[Index(node)] = sums_.Across(node);
   }
 }
 
@@ -130,6 +133,7 @@ void Regrafter::Walk(const Regraft& from_here, double least, std::vector<Regraft
     const Step step = stack_.back();
     stack_.pop_back();
     const std::size_t v = Index(step.node);
+    behind_[v] = step.behind;
     const auto [f, g] = links_.Others(step.node, step.behind);
     const int up = Up(step.node);
     const auto look = [&](int ahead) -> Ahead {

@@ -54,6 +54,10 @@ class Regrafter {
   // walk. Cost: constant for each edge outside the subtree.
   void Regrafts(int node, int subtree, double least, std::vector<Regraft>& found);
 
+  // What Length() would be after a regraft among those last found.
+  // Cost: the number of edges on the way, and the smaller of two subtrees for two pairs.
+  double LengthAfter(const Regraft& regraft);
+
   // Makes a regraft.  Cost: as Set.
   void Apply(const Regraft& regraft);
 
@@ -66,6 +70,12 @@ class Regrafter {
     double gain;
   };
 
+  // A subtree as seen from a node outside it: what is below `node`, or all that is not.
+  struct Side {
+    int node;
+    bool beyond;
+  };
+
   int Up(int node) const {
     const int parent = sums_.Parent(node);
     return parent == sums_.Root() ? sums_.Sibling(node) : parent;
@@ -75,16 +85,36 @@ class Regrafter {
   void SumsTo(int node, int subtree);
   void Walk(const Regraft& from_here, double least, std::vector<Regraft>& found);
 
+
+  // For LengthAfter, in regraft_length.cpp.
+  struct Parts;
+  Side Seen(int from, int node) const;
+  double Leaves(Side side) const;
+  double Outward(Side side) const { return outward_[static_cast<std::size_t>(side.node)]; }
+  double Moved(Side side) const;
+  double AtNode(int node, int f, int g) const;
+  double AcrossEdge(int u, int v, int a, int b) const;
+  double Between(Side x, Side y) const;
+  void Describe(Parts& parts, int place, Side side) const;
+  Parts AroundEdge(int u, int v, int a, int c) const;
+  Parts AroundNode(int node, int behind, int hanging, int ahead) const;
+  double PositiveLength(int u, int v) const;
+  double PathLength(int node, int behind, int next, int ahead) const;
+  double HangingLength(int node, int behind, int hanging, int ahead) const;
+  double ClosedLength(int held_by, int other, int node, int ahead) const;
+  double TargetLengths(const Regraft& regraft) const;
+
   Links links_;
   SubtreeSums sums_;
   std::vector<int> order_, place_;  // nodes in preorder, and where each stands there
-  std::vector<double> leaves_, outward_, between_;  // per node, as SubtreeSums has them
+  std::vector<double> leaves_, outward_, between_, across_;  // per node, as SubtreeSums has them
   std::vector<double> inverse_;                     // 1 / k
   std::vector<double> lengths_;                     // of the edge above each node
   OrderedSum positive_, negative_;
   std::vector<double> to_moved_;  // S(X, below y) without X itself, per node y
   double moved_outward_ = 0;      // S(X, all else)
   double moved_leaves_ = 0;
+  std::vector<int> behind_;  // per node of the last walk: where it was entered from
   std::vector<Step> stack_;
 };
 

@@ -23,7 +23,7 @@ namespace {
 
 constexpr double kShorter = 1e-12;  // a tree is shorter when it is by this share of its length
 constexpr int kBatch = 8;           // rounds that begin at the same tree
-constexpr std::size_t kTrials = 3;  // regrafts of one subtree that are judged, by decreasing gain
+constexpr std::size_t kJudged = 16;  // regrafts of one subtree that are judged, by decreasing gain
 
 using Clock = std::chrono::steady_clock;
 
@@ -64,13 +64,6 @@ class Climber {
     queue_.push_back(node);
   }
 
-  // The nodes whose subtrees may have found a better place by a regraft: those at its two ends.
-  void EnqueueAround(const Regraft& regraft) {
-    const auto [a, b] = tree_.Tree().Others(regraft.node, regraft.subtree);
-    for (const int node : {regraft.node, regraft.subtree, a, b, regraft.from, regraft.to})
-      Enqueue(node);
-  }
-
   template <typename Stop>
   void Descend(const Stop& stop) {
     while (!queue_.empty()) {
@@ -87,31 +80,39 @@ class Climber {
                        [&](int subtree) { return Improve(node, subtree); });
   }
 
-  // Judges the most promising regrafts of a subtree by the length they give. One whose raw gain is
-  // a loss of more than all negative lengths together cannot shorten the tree.
+  // Judges the most promising regrafts of a subtree by the length they give, and makes the best one if
+  // that is shorter. One whose raw gain is a loss of more than all negative lengths together cannot be.
   bool Improve(int node, int subtree) {
     const double before = tree_.Length();
     const double margin = before * kShorter;
     found_.clear();
     tree_.Regrafts(node, subtree, margin - tree_.Negative(), found_);
-    const std::size_t trials = std::min(kTrials, found_.size());
-    std::partial_sort(found_.begin(), found_.begin() + static_cast<std::ptrdiff_t>(trials),
+    const std::size_t judged = std::min(kJudged, found_.size());
+    std::partial_sort(found_.begin(), found_.begin() + static_cast<std::ptrdiff_t>(judged),
                       found_.end(),
                       [](const Regraft& x, const Regraft& y) { return x.gain > y.gain; });
-    if (trials == 0) return false;
-    const Links kept = tree_.Tree();
-    for (std::size_t trial = 0; trial < trials; ++trial) {
-      const auto [a, b] = kept.Others(node, subtree);
-      tree_.Apply(found_[trial]);
-      if (tree_.Length() < before - margin) {
-        EnqueueAround(found_[trial]);
-        Enqueue(a);
-        Enqueue(b);
-        return true;
+    const Regraft* best = nullptr;
+    double shortest = before - margin;
+    for (std::size_t i = 0; i < judged; ++i) {
+      const double length = tree_.LengthAfter(found_[i]);
+      if (length < shortest) {
+        shortest = length;
+        best = &found_[i];
       }
-      tree_.Set(kept);
     }
-    return false;
+    if (best == nullptr) return false;
+    Make(*best);
+    return true;
+  }
+
+  // Makes a regraft and queues the nodes whose subtrees may have found a better place by it: those at
+  // the place it leaves and at the one it takes.
+  void Make(const Regraft& regraft) {
+    const auto [a, b] = tree_.Tree().Others(regraft.node, regraft.subtree);
+    tree_.Apply(regraft);
+    for (const int node : {regraft.node, regraft.subtree, a, b, regraft.from, regraft.to}) {
+      Enqueue(node);
+    }
   }
 
   // A node a few random steps away.
@@ -143,10 +144,7 @@ class Climber {
     if (behind == node) return;  // both neighbours are leaves: nowhere to go
     regraft.from = behind;
     regraft.to = at;
-    Enqueue(a);
-    Enqueue(b);
-    tree_.Apply(regraft);
-    EnqueueAround(regraft);
+    Make(regraft);
   }
 
   Regrafter tree_;
