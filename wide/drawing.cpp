@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstddef>
 
-#include "wide/newick.h"
 #include "wide/numbers.h"
 #include "wide/tree_layout.h"
 
@@ -162,7 +161,7 @@ std::string DrawPhylogram(const TreeView& tree, const std::vector<std::string>& 
       canvas.Line({here.x, end.y}, end);
     }
     if (tree.At(node).support >= kShown) {
-      canvas.Text({here.x - 2, here.y - 2}, 0, Percent(tree.At(node).support),
+      canvas.Text({here.x - 2, here.y - 2}, 0, Rounded(100 * tree.At(node).support, 0),
                   "class=\"support\" text-anchor=\"end\"");
     }
   }
@@ -208,7 +207,7 @@ void UnrootedSupports(const TreeView& tree, const std::vector<Point>& places, Ca
   for (const int node : tree.preorder) {
     for (const int child : tree.At(node).children) {
       if (tree.At(child).support < kShown) continue;
-      const std::string text = Percent(tree.At(child).support);
+      const std::string text = Rounded(100 * tree.At(child).support, 0);
       const Point a = places[Index(node)];
       const Point b = places[Index(child)];
       if (std::hypot(b.x - a.x, b.y - a.y) < TextWidth(text, kSmallFont)) continue;

@@ -17,15 +17,11 @@ void Append(const TreeView& tree, int node, const std::vector<std::string>& labe
   }
   if (!here.children.empty()) text += ")";
   if (node == tree.top) return;
-  if (here.support >= 0) text += Percent(here.support);
+  if (here.support >= 0) text += Rounded(100 * here.support, 1);
   text += ":" + Shortest(here.length);
 }
 
 }  // namespace
-
-std::string Percent(double support) {
-  return Rounded(100 * support, 0);
-}
 
 std::string Newick(const TreeView& tree, const std::vector<std::string>& labels) {
   std::string text;
@@ -33,8 +29,15 @@ std::string Newick(const TreeView& tree, const std::vector<std::string>& labels)
   return text + ";";
 }
 
-std::string NexusTrees(const std::string& newick) {
-  return "#NEXUS\n\nBEGIN TREES;\n  TREE zorvek_wide = [&U] " + newick + "\nEND;\n";
+std::string NexusTrees(const TreeView& tree, const std::vector<std::string>& labels) {
+  std::vector<std::string> numbers;
+  std::string table;
+  for (const std::string& label : labels) {
+    numbers.push_back(std::to_string(numbers.size() + 1));
+    table += (table.empty() ? "    " : ",\n    ") + numbers.back() + " " + Quoted(label);
+  }
+  return "#NEXUS\n\nBEGIN TREES;\n  TRANSLATE\n" + table + "\n  ;\n  TREE zorvek_wide = [&U] " +
+         Newick(tree, numbers) + "\nEND;\n";
 }
 
 }  // namespace zorvek::wide

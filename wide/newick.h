@@ -9,16 +9,15 @@
 
 namespace zorvek::wide {
 
-// The tree in Newick's format, with its semicolon: labels quoted where they must be, edge lengths
-// with the digits that read back as the same double, the supports of inner edges as whole percents
-// in front of them.
+// The tree in Newick's format, with its semicolon: labels quoted where they must be, edge lengths with
+// the digits that read back as the same double, the supports of inner edges in front of them, in
+// percent. A support has a decimal ("93.0"), because a whole number in a NEXUS tree is the number of
+// a taxon.
 std::string Newick(const TreeView& tree, const std::vector<std::string>& labels);
 
-// A NEXUS file with one TREES block [Maddison1997] that holds one tree, marked as unrooted.
-std::string NexusTrees(const std::string& newick);
-
-// A support of 0..1 as it is written, in percent.
-std::string Percent(double support);
+// A NEXUS file with one TREES block [Maddison1997] that holds the tree, marked as unrooted. A table
+// translates numbers into labels, so that a label may be a number too.
+std::string NexusTrees(const TreeView& tree, const std::vector<std::string>& labels);
 
 }  // namespace zorvek::wide
 

@@ -106,7 +106,7 @@ void Run(const Options& options) {
   TreeView view;
   Outputs outputs;
   outputs.Add(options.distances, [&] { return FormatSquareMatrix(input.labels, input.distances); });
-  outputs.Add(options.output, [&] { return NexusTrees(Newick(view, input.labels)); });
+  outputs.Add(options.output, [&] { return NexusTrees(view, input.labels); });
   outputs.Add(options.newick, [&] { return Newick(view, input.labels) + "\n"; });
   outputs.Add(options.log, [&] { return RunLog(outcome); });
   outputs.Add(options.draw, [&] { return DrawSvg(view, input.labels, options.layout); });
