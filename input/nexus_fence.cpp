@@ -34,6 +34,12 @@ double SizeLimit(const char* path) {
   return static_cast<double>(status.st_size);
 }
 
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kLimitsMemory = false;
+#else
+constexpr bool kLimitsMemory = true;
+#endif
+
 // The last number that a set of taxa or characters may name.
 unsigned Bounded(unsigned maxIndex, double limit) {
   return maxIndex <= limit ? maxIndex : static_cast<unsigned>(limit);
@@ -153,18 +159,17 @@ FencedInput::FencedInput(std::streambuf* source, const char* inputPath)
     : std::istream(nullptr), filter_(source) {
   rdbuf(&filter_);
   getrlimit(RLIMIT_DATA, &outside_);
-#if !defined(__SANITIZE_ADDRESS__)
+  if (!kLimitsMemory) return;
   // NCL takes 4 bytes for a cell and some 100 for a token that it keeps.
   constexpr double kAlways = 1 << 30;
   constexpr double kPerByte = 128;
   rusage used;
   getrusage(RUSAGE_SELF, &used);
-  const double limit =
-      kAlways + 1024.0 * static_cast<double>(used.ru_maxrss) + kPerByte * SizeLimit(inputPath);
+  const double inUse = 1024 * static_cast<double>(used.ru_maxrss);
+  const double limit = inUse + kAlways + kPerByte * SizeLimit(inputPath);
   rlimit inside = outside_;
   if (limit < static_cast<double>(inside.rlim_cur)) inside.rlim_cur = static_cast<rlim_t>(limit);
   setrlimit(RLIMIT_DATA, &inside);
-#endif
 }
 
 FencedInput::~FencedInput() {
