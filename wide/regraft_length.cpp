@@ -15,7 +15,9 @@ namespace zorvek::wide {
 
 namespace {
 
-std::size_t Index(int node) { return static_cast<std::size_t>(node); }
+std::size_t Index(int node) {
+  return static_cast<std::size_t>(node);
+}
 
 // An edge and the edges next to it: a leaf (part 0) and the two subtrees at its other end, or the four
 // subtrees around an internal edge, 0 and 1 at one end, 2 and 3 at the other.
@@ -44,12 +46,11 @@ struct Regrafter::Parts {
 
   // What the edge adds to the length of the tree.
   double Length() const {
-    const double length =
-        count == kExternal
-            ? (Average(0, 1) + Average(0, 2) - Average(1, 2)) * 0.5
-            : InternalLength({leaves[0], leaves[1], leaves[2], leaves[3], Average(0, 1),
-                              Average(0, 2), Average(0, 3), Average(1, 2), Average(1, 3),
-                              Average(2, 3)});
+    const double length = count == kExternal
+                              ? (Average(0, 1) + Average(0, 2) - Average(1, 2)) * 0.5
+                              : InternalLength({leaves[0], leaves[1], leaves[2], leaves[3],
+                                                Average(0, 1), Average(0, 2), Average(0, 3),
+                                                Average(1, 2), Average(1, 3), Average(2, 3)});
     return std::max(length, 0.0);
   }
 };
@@ -265,7 +266,8 @@ double Regrafter::LengthAfter(const Regraft& regraft) {
     const int hanging = f == ahead ? g : f;
     change += HangingLength(node, behind, hanging, ahead) - PositiveLength(node, hanging);
     if (behind == held_by) break;
-    change += PathLength(behind, behind_[Index(behind)], node, ahead) - PositiveLength(behind, node);
+    change +=
+        PathLength(behind, behind_[Index(behind)], node, ahead) - PositiveLength(behind, node);
     ahead = node;
     node = behind;
   }

@@ -85,7 +85,6 @@ class Regrafter {
   void SumsTo(int node, int subtree);
   void Walk(const Regraft& from_here, double least, std::vector<Regraft>& found);
 
-
   // For LengthAfter, in regraft_length.cpp.
   struct Parts;
   Side Seen(int from, int node) const;
@@ -108,8 +107,8 @@ class Regrafter {
   SubtreeSums sums_;
   std::vector<int> order_, place_;  // nodes in preorder, and where each stands there
   std::vector<double> leaves_, outward_, between_, across_;  // per node, as SubtreeSums has them
-  std::vector<double> inverse_;                     // 1 / k
-  std::vector<double> lengths_;                     // of the edge above each node
+  std::vector<double> inverse_;                              // 1 / k
+  std::vector<double> lengths_;                              // of the edge above each node
   OrderedSum positive_, negative_;
   std::vector<double> to_moved_;  // S(X, below y) without X itself, per node y
   double moved_outward_ = 0;      // S(X, all else)

@@ -21,8 +21,8 @@ namespace zorvek::wide {
 
 namespace {
 
-constexpr double kShorter = 1e-12;  // a tree is shorter when it is by this share of its length
-constexpr int kBatch = 8;           // rounds that begin at the same tree
+constexpr double kShorter = 1e-12;   // a tree is shorter when it is by this share of its length
+constexpr int kBatch = 8;            // rounds that begin at the same tree
 constexpr std::size_t kJudged = 16;  // regrafts of one subtree that are judged, by decreasing gain
 
 using Clock = std::chrono::steady_clock;
@@ -49,7 +49,7 @@ class Climber {
   void PerturbAndDescend(std::mt19937_64& generator, const Stop& stop) {
     const int taxa = tree_.Tree().taxa;
     int centre = taxa + static_cast<int>(generator() % static_cast<unsigned>(taxa - 2));
-    const int moves = 2 + static_cast<int>(generator() % 3);
+    const int moves = 3 + static_cast<int>(generator() % 4);
     for (int move = 0; move < moves; ++move) {
       centre = Wander(centre, generator);
       PerturbAt(centre, generator);
@@ -135,7 +135,7 @@ class Climber {
     int behind = node;
     int at = generator() % 2 == 0 ? a : b;
     if (links.IsLeaf(at)) at = at == a ? b : a;
-    for (int steps = 1 + static_cast<int>(generator() % 3); steps > 0 && !links.IsLeaf(at);
+    for (int steps = 1 + static_cast<int>(generator() % 8); steps > 0 && !links.IsLeaf(at);
          --steps) {
       const auto [f, g] = links.Others(at, behind);
       behind = at;
