@@ -21,9 +21,17 @@ awk -F, '
     rate[name[1], name[2], name[3]] = $7; time[name[1], name[2], name[3]] = $4 + 0
     if (!(name[3] in seen)) { seen[name[3]] = 1; size[++sizes] = name[3] }
   }
+  # three significant digits, with commas between the thousands
+  function grouped(value,   unit, digits, text) {
+    for (unit = 1; value / unit >= 1000; unit *= 10) continue
+    digits = sprintf("%d", int(value / unit + 0.5) * unit)
+    for (text = ""; length(digits) > 3; digits = substr(digits, 1, length(digits) - 3))
+      text = "," substr(digits, length(digits) - 2) text
+    return digits text
+  }
   function cell(what, taxa) {
-    return sprintf("%.3g | %s", rate[what, "fast", taxa], (what, "slow", taxa) in rate ? \
-      sprintf("%.0fx", rate[what, "fast", taxa] / rate[what, "slow", taxa]) : "-")
+    return grouped(rate[what, "fast", taxa]) " | " ((what, "slow", taxa) in rate ? \
+      grouped(rate[what, "fast", taxa] / rate[what, "slow", taxa]) "x" : "-")
   }
   END {
     print "| taxa | evaluations of new trees per second | ratio | passes per second | ratio | search steps per second | ratio |"

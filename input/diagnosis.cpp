@@ -13,7 +13,7 @@
 #include <fstream>
 #include <new>
 
-#include "input/nexus_reading.h"
+#include "input/nexus_fence.h"
 
 namespace zorvek {
 
@@ -86,8 +86,7 @@ void Listen(const char* path, NexusBlocks& blocks, DiagnosingReader& reader) {
   std::ifstream file(path, std::ios::in | std::ios::binary);
   blocks.Register(reader);
   try {
-    CommentFilter filter(file.rdbuf());
-    std::istream input(&filter);
+    FencedInput input(file.rdbuf(), path);
     NxsToken token(input);
     reader.Execute(token);
   } catch (const NxsException& exception) {

@@ -6,11 +6,10 @@
 
 #include <fstream>
 #include <istream>
-#include <memory>
 #include <ostream>
-#include <streambuf>
 #include <string>
-#include <vector>
+
+#include "input/nexus_fence.h"
 
 namespace zorvek {
 
@@ -49,50 +48,12 @@ class MyToken : public NxsToken {
   std::ostream& echoStream;
 };
 
-// The text of a NEXUS file with a blank put into each empty comment ("[]" outside quotes and
-// comments), since NCL aborts the process at one that stands within parentheses.
-class CommentFilter : public std::streambuf {
- public:
-  explicit CommentFilter(std::streambuf* source);
-
- protected:
-  int_type underflow() override;
-
- private:
-  std::streambuf* source_;
-  std::vector<char> buffer_;
-  int depth_ = 0;        // of the comment it is in
-  bool quoted_ = false;  // whether it is within single quotes
-};
-
-// The blocks that are read: TAXA, ASSUMPTIONS, DATA and TREES, and no block of another name. They
-// stop the reading (by an exception that NCL catches and reports) at what NCL itself would follow
-// into the exhaustion of memory or beyond its arrays: DIMENSIONS that the file cannot hold, and
-// DIMENSIONS or FORMAT commands that stand after the matrix.
-struct NexusBlocks {
-  // For the file at `inputPath`, whose size sets the limits.
-  explicit NexusBlocks(const char* inputPath);
-
-  // Adds the blocks to the reader, and keeps NCL's messages away from standard error.
-  void Register(NxsReader& reader);
-
-  // Released in reverse: the others refer to the taxa.
-  std::unique_ptr<NxsTaxaBlock> taxa;
-  std::unique_ptr<NxsAssumptionsBlock> assumptions;
-  std::unique_ptr<NxsTreesBlock> trees;
-  std::unique_ptr<NxsDataBlock> data;
-};
-
 // Reads the file. An exception that leaves NCL counts as its having stopped reading: the blocks
 // hold what they hold, and a block that failed is empty. Writes the reading log (the input path
 // with ".log" appended): what MyReader and MyToken tell, then NCL's reports of the blocks taxa,
 // trees, assumptions and data. The log is closed and complete on return, whatever stops the run
 // later.
 NexusBlocks ReadNexus(const char* inputPath);
-
-// The number of taxa that were read: rows of the matrix, each with a label. 0 without a DATA block,
-// or after a failure in it.
-unsigned TaxaRead(const NexusBlocks& blocks);
 
 }  // namespace zorvek
 

@@ -13,4 +13,4 @@ grown=$(mktemp -d)
 trap 'rm -rf "$grown"' EXIT
 cp fuzz/corpus/* "$grown"
 build/fuzz/fuzz/reading_fuzz "$grown" -runs="$runs" -dict=fuzz/nexus.dict -max_len=2000 -timeout=10 \
-  -rss_limit_mb=2048 -artifact_prefix=build/fuzz/ -close_fd_mask=1 -print_final_stats=1
+  -rss_limit_mb=2048 -artifact_prefix=build/fuzz/ -close_fd_mask=1 -verbosity=0 -print_final_stats=1

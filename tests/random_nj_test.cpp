@@ -109,56 +109,48 @@ Joins Agglomerate(const Choose& choose) {
   return joins;
 }
 
-// Small whole distances tie often, so the order in which pairs are met and sums are added shows.
+// The documented arithmetic, on small whole distances: they tie often.
 TEST(RandomNJ, NeighbourJoiningTakesTheFirstOfEqualPairs) {
   std::mt19937 generator(4);
   for (int taxa_count = 4; taxa_count <= 14; ++taxa_count) {
     const test::Workspace workspace(
         taxa_count, [&generator](int, int) { return static_cast<double>(generator() % 4 + 1); });
-    std::vector<std::vector<double>> d(static_cast<std::size_t>(2 * n));
-    for (int i = 0; i < n; ++i) d[static_cast<std::size_t>(i)].assign(DM1[i], DM1[i] + n);
-    for (auto& row : d) row.resize(static_cast<std::size_t>(2 * n));
-    std::size_t next = static_cast<std::size_t>(n);
+    std::map<std::pair<int, int>, double> d;
+    for (int i = 0; i < n; ++i) {
+      for (int j = 0; j < n; ++j) d[{i, j}] = DM1[i][j];
+    }
+    int node = n;
     const auto choose = [&](const std::vector<int>& active) {
-      const std::vector<std::size_t> nodes(active.begin(), active.end());
-      const auto divergence = [&](std::size_t x) {
-        double sum = 0;
-        for (const std::size_t y : nodes) sum += d[x][y];
-        return sum / static_cast<double>(nodes.size() - 2);
-      };
+      std::vector<double> divergence(active.size());
+      for (std::size_t a = 0; a < active.size(); ++a) {
+        for (const int other : active) divergence[a] += d[{active[a], other}];
+        divergence[a] /= static_cast<double>(active.size() - 2);
+      }
       std::pair<std::size_t, std::size_t> pair;
       double least = 1e8;
-      for (std::size_t a = 0; a < nodes.size(); ++a) {
-        for (std::size_t b = a + 1; b < nodes.size(); ++b) {
-          const double q = d[nodes[a]][nodes[b]] - divergence(nodes[a]) - divergence(nodes[b]);
-          if (q < least) {
-            least = q;
-            pair = {a, b};
-          }
+      for (std::size_t a = 0; a < active.size(); ++a) {
+        for (std::size_t b = a + 1; b < active.size(); ++b) {
+          const double q = d[{active[a], active[b]}] - divergence[a] - divergence[b];
+          if (q < least) pair = {a, b};
+          least = std::min(least, q);
         }
       }
-      const std::size_t x = nodes[pair.first];
-      const std::size_t y = nodes[pair.second];
-      for (const std::size_t w : nodes)
-        d[next][w] = d[w][next] = (d[x][w] + d[y][w] - d[x][y]) * 0.5;
-      d[next][next] = 0;
-      ++next;
+      const int x = active[pair.first];
+      const int y = active[pair.second];
+      for (const int w : active) {
+        d[{node, w}] = d[{w, node}] = (d[{x, w}] + d[{y, w}] - d[{x, y}]) * 0.5;
+      }
+      ++node;
       return pair;
     };
-    alpha = 1;
-    n_ants = 1;
+    alpha = n_ants = 1;
     RandomNJ();
     EXPECT_EQ(JoinsOfT2(), Agglomerate(choose)) << n << " taxa";
-  }
-}
 
-TEST(RandomNJ, JoinsTheFirstPairWhenNoneHasACriterion) {
-  const test::Workspace workspace(6, test::RandomDistances(1));
-  for (int i = 0; i < n; ++i) std::fill_n(EM[i], n, -1e9);
-  alpha = 1;
-  n_ants = 1;
-  RandomNJ();
-  EXPECT_EQ(JoinsOfT2()[0], std::make_pair(0, 1));
+    for (int i = 0; i < n; ++i) std::fill_n(EM[i], n, -1e9);
+    RandomNJ();
+    EXPECT_EQ(JoinsOfT2()[0], std::make_pair(0, 1)) << "where no criterion is below 1e8";
+  }
 }
 
 TEST(RandomNJ, RandomPairsAreUniformAndLeaveOutTheLastNode) {
@@ -170,24 +162,21 @@ TEST(RandomNJ, RandomPairsAreUniformAndLeaveOutTheLastNode) {
   const auto choose = [&replay](const std::vector<int>& active) {
     const auto bound = static_cast<std::uint32_t>(active.size() - 2);
     for (;;) {
-      const std::uint32_t i = replay.nextAtMost(bound);
-      const std::uint32_t j = replay.nextAtMost(bound);
-      if (i < j) return std::make_pair(std::size_t{i}, std::size_t{j});
+      const std::size_t i = replay.nextAtMost(bound);
+      const std::size_t j = replay.nextAtMost(bound);
+      if (i < j) return std::make_pair(i, j);
     }
   };
-  constexpr int kTrees = 15000;
-  std::map<std::pair<int, int>, int> first_joins;
-  for (int tree = 0; tree < kTrees; ++tree) {
+  constexpr double kEach = 1000;  // expected of each pair of the first 6 taxa
+  std::map<std::pair<int, int>, double> first_joins;
+  for (int tree = 0; tree < 15 * kEach; ++tree) {
     RandomNJ();
     ASSERT_EQ(JoinsOfT2(), Agglomerate(choose));
     ++first_joins[JoinsOfT2()[0]];
   }
-  ASSERT_EQ(first_joins.size(), 15u);  // of the 6 first taxa
+  ASSERT_EQ(first_joins.size(), 15u);
   double chi_square = 0;
-  for (const auto& [pair, count] : first_joins) {
-    EXPECT_LT(pair.second, n - 1);
-    chi_square += std::pow(count - kTrees / 15.0, 2) / (kTrees / 15.0);
-  }
+  for (const auto& join : first_joins) chi_square += std::pow(join.second - kEach, 2) / kEach;
   EXPECT_LT(chi_square, 36.1);  // 14 degrees of freedom, one in a thousand above
 }
 
@@ -207,7 +196,6 @@ TEST(RandomNJ, KeepsTheLastTreeAndTheBestAndLeavesTheNodeMatrixAsInitDid) {
       RandomNJ();
       EXPECT_EQ(test::CheckTree(T1), "");
       EXPECT_EQ(test::Ids(T1), test::Ids(T2));
-      EXPECT_EQ(T1[n - 2][kLeftLength], T2[n - 2][kLeftLength]);
       EXPECT_EQ(t1_val, Evaluate(T1));
       EXPECT_EQ(t2_val, t1_val);
       improvements += t1_val < best;
@@ -218,10 +206,9 @@ TEST(RandomNJ, KeepsTheLastTreeAndTheBestAndLeavesTheNodeMatrixAsInitDid) {
     const std::string lines = testing::internal::GetCapturedStdout();
     EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), improvements);
 
-    const double last = t1_val;
+    const double last = std::exchange(t1_val, 1e8);
     r->seedWithValue(1);
     n_ants = 6;
-    t1_val = 1e8;
     RandomNJ();
     EXPECT_EQ(t1_val, last) << "six constructions in one call are those of six calls";
     for (int i = 0; i < 2 * n - 2; ++i) {

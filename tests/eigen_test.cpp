@@ -1,0 +1,163 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <random>
+#include <vector>
+
+#include "input/eigen_rg.h"
+
+namespace zorvek {
+namespace {
+
+using Root = std::complex<double>;
+
+// A matrix with its eigensystem, computed on construction from a copy.
+struct Eigensystem {
+  explicit Eigensystem(std::vector<std::vector<double>> m)
+      : matrix(std::move(m)), a(matrix), z(matrix), wr(matrix.size(), 7), wi(matrix.size(), 7) {
+    std::vector<double*> aRows;
+    std::vector<double*> zRows;
+    for (auto& row : a) aRows.push_back(row.data());
+    for (auto& row : z) zRows.push_back(row.data());
+    std::vector<int> iv(matrix.size());
+    std::vector<double> fv(matrix.size());
+    const int order = static_cast<int>(matrix.size());
+    EXPECT_EQ(EigenRealGeneral(order, aRows.data(), wr.data(), wi.data(), zRows.data(), iv.data(),
+                               fv.data()),
+              0);
+
+    auto b = matrix;
+    std::vector<double*> bRows;
+    for (auto& row : b) bRows.push_back(row.data());
+    std::vector<double> real(matrix.size(), 7);
+    std::vector<double> imaginary(matrix.size(), 7);
+    Eigenvalues(order, bRows.data(), real.data(), imaginary.data(), iv.data(), fv.data());
+    EXPECT_EQ(real, wr);
+    EXPECT_EQ(imaginary, wi);
+  }
+
+  // The largest |A v - lambda v| over all eigenvectors, relative to |A| |v|.
+  double WorstResidual() const {
+    double scale = 1e-300;
+    for (const auto& row : matrix) {
+      for (const double x : row) scale = std::max(scale, std::fabs(x));
+    }
+    double worst = 0;
+    for (std::size_t j = 0; j < matrix.size(); ++j) {
+      if (wi[j] < 0) continue;  // the conjugate of the one before
+      double residual = 0;
+      double size = 0;
+      for (std::size_t i = 0; i < matrix.size(); ++i) {
+        Root sum = -Root(wr[j], wi[j]) * Component(i, j);
+        for (std::size_t k = 0; k < matrix.size(); ++k) sum += matrix[i][k] * Component(k, j);
+        residual = std::max(residual, std::abs(sum));
+        size = std::max(size, std::abs(Component(i, j)));
+      }
+      EXPECT_GT(size, 0);
+      worst = std::max(worst, residual / size / scale);
+    }
+    return worst;
+  }
+
+  Root Component(std::size_t i, std::size_t j) const {
+    return {z[i][j], wi[j] > 0 ? z[i][j + 1] : 0};
+  }
+
+  std::vector<std::vector<double>> matrix, a, z;
+  std::vector<double> wr, wi;
+};
+
+// Whether the roots are these, in any order.
+void ExpectRoots(const Eigensystem& system, std::vector<Root> expected, double tolerance) {
+  for (std::size_t j = 0; j < system.wr.size(); ++j) {
+    const Root root(system.wr[j], system.wi[j]);
+    const auto closest = std::min_element(
+        expected.begin(), expected.end(),
+        [&](const Root& x, const Root& y) { return std::abs(x - root) < std::abs(y - root); });
+    ASSERT_NE(closest, expected.end());
+    EXPECT_LE(std::abs(*closest - root), tolerance);
+    expected.erase(closest);
+  }
+}
+
+TEST(Eigen, KnownSpectra) {
+  ExpectRoots(Eigensystem(std::vector<std::vector<double>>(1, {5})), {5}, 0);
+  // The companion matrix of (x-1)(x-2)(x-3)(x-4).
+  ExpectRoots(Eigensystem({{10, -35, 50, -24}, {1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}),
+              {1, 2, 3, 4}, 1e-12);
+  // A cyclic permutation has the roots of unity, and the QR step alone never gets off it: it takes
+  // the exceptional shift.
+  ExpectRoots(Eigensystem({{0, 0, 0, 1}, {1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}),
+              {{1, 0}, {-1, 0}, {0, 1}, {0, -1}}, 1e-14);
+  const Eigensystem jordan({{2, 1, 0, 0}, {0, 2, 1, 0}, {0, 0, 2, 0}, {0, 0, 0, -1}});
+  ExpectRoots(jordan, {2, 2, 2, -1}, 1e-15);
+  EXPECT_LT(jordan.WorstResidual(), 1e-14);
+}
+
+TEST(Eigen, IsolatedEigenvaluesStandInTheirRows) {
+  const Eigensystem diagonal({{3, 0, 0}, {0, -1, 0}, {0, 0, 2}});
+  EXPECT_EQ(diagonal.wr, (std::vector<double>{3, -1, 2}));
+  EXPECT_EQ(diagonal.wi, (std::vector<double>{0, 0, 0}));
+  EXPECT_EQ(diagonal.z, (std::vector<std::vector<double>>{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}));
+  const Eigensystem zero({{0, 0}, {0, 0}});
+  EXPECT_EQ(zero.wr, (std::vector<double>{0, 0}));
+  // Row 2 and column 0 isolate; the exchanges must be undone in the vectors.
+  const Eigensystem bordered({{1, 2, 3, 4}, {0, 5, 1, 2}, {0, 0, 7, 0}, {0, 3, 4, 6}});
+  ExpectRoots(bordered, {1, 7, 5.5 + std::sqrt(6.25), 5.5 - std::sqrt(6.25)}, 1e-13);
+  EXPECT_LT(bordered.WorstResidual(), 1e-14);
+}
+
+TEST(Eigen, PairsByTheDiscriminant) {
+  // 2 x 2 blocks (c, -e; 1, c) with discriminant -e. Each is tried in a matrix that nothing scales.
+  const auto block = [](double e) { return Eigensystem({{0.5, -e}, {1, 0.5}}); };
+  const Eigensystem complexPair = block(4e-4);
+  EXPECT_EQ(complexPair.wr, (std::vector<double>{0.5, 0.5}));
+  EXPECT_NEAR(complexPair.wi[0], 0.02, 1e-15);
+  EXPECT_EQ(complexPair.wi[1], -complexPair.wi[0]);
+  const Eigensystem almostDouble = block(1e-13);
+  EXPECT_EQ(almostDouble.wi, (std::vector<double>{0, 0}));
+  EXPECT_NEAR(almostDouble.wr[0], 0.5 + std::sqrt(1e-13), 1e-15);
+}
+
+// Random matrices of every kind: dense, sparse, badly scaled, of small whole numbers (defective
+// ones and complex pairs among them). Every eigenvector is checked, and the sum of the roots
+// against the trace.
+TEST(Eigen, VectorsSolveTheirEquation) {
+  std::mt19937 random(1);
+  std::normal_distribution<double> normal;
+  int pairs = 0;
+  for (int trial = 0; trial < 3000; ++trial) {
+    const std::size_t order = 1 + trial % 9;
+    std::vector<std::vector<double>> m(order, std::vector<double>(order));
+    for (auto& row : m) {
+      for (double& x : row) {
+        x = trial % 4 == 0 ? static_cast<double>(random() % 5) - 2 : normal(random);
+        if (trial % 4 == 1 && random() % 2 == 0) x = 0;
+      }
+    }
+    if (trial % 4 == 2) {
+      for (std::size_t i = 0; i < order; ++i) {
+        for (std::size_t j = 0; j < order; ++j) {
+          m[i][j] *= std::pow(10.0, static_cast<double>(i) - static_cast<double>(j));
+        }
+      }
+    }
+    const Eigensystem system(m);
+    EXPECT_LT(system.WorstResidual(), trial % 4 == 0 ? 1e-6 : 1e-11) << "trial " << trial;
+    double trace = 0;
+    for (std::size_t i = 0; i < order; ++i) {
+      trace += m[i][i] - system.wr[i];
+      if (system.wi[i] > 0) {
+        ++pairs;
+        EXPECT_EQ(system.wi[i + 1], -system.wi[i]);
+      }
+    }
+    EXPECT_NEAR(trace, 0, 1e-12) << "trial " << trial;
+  }
+  EXPECT_GT(pairs, 1000);
+}
+
+}  // namespace
+}  // namespace zorvek
