@@ -1,8 +1,8 @@
 // Taxa that cannot be told apart, kept together.
 //
-// The sum of the positive edge lengths need not be least with them side by side: where distances are
-// far from a tree's, an edge that is negative there, and counts nothing, can pay for setting them
-// apart.
+// The sum of the positive edge lengths need not be least with them side by side: where distances
+// are far from a tree's, an edge that is negative there, and counts nothing, can pay for setting
+// them apart.
 #ifndef ZORVEK_WIDE_IDENTICAL_H
 #define ZORVEK_WIDE_IDENTICAL_H
 
@@ -16,7 +16,7 @@ namespace zorvek::wide {
 
 using Groups = std::vector<std::vector<int>>;
 
-// The groups, of two taxa at least, that are at distance 0 and have the same distances to all others.
+// The groups, of two taxa at least, at distance 0 and with the same distances to all others.
 // Cost: n^2, and n for each pair at distance 0.
 Groups IdenticalTaxa(const DistanceMatrix& distances);
 
