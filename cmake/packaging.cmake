@@ -11,15 +11,16 @@ function(install_compressed file name destination)
   install(FILES ${compressed} DESTINATION ${destination} COMPONENT program)
 endfunction()
 
-install(TARGETS zorvek COMPONENT program)
+install(TARGETS zorvek zorvek-wide COMPONENT program)
 install_compressed(man/zorvek.1 zorvek.1 ${CMAKE_INSTALL_MANDIR}/man1)
+install_compressed(man/zorvek-wide.1 zorvek-wide.1 ${CMAKE_INSTALL_MANDIR}/man1)
 install_compressed(CHANGELOG.md changelog ${CMAKE_INSTALL_DATADIR}/doc/zorvek)
 install(FILES packaging/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/zorvek
         COMPONENT program)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zorvek)
 install(TARGETS zorvek_lib EXPORT zorvek COMPONENT development)
-install(DIRECTORY driver input tree search output
+install(DIRECTORY driver input tree search output wide
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zorvek COMPONENT development
         FILES_MATCHING PATTERN *.h)
 install(EXPORT zorvek NAMESPACE zorvek:: FILE zorvek-targets.cmake DESTINATION ${package_dir}

@@ -40,4 +40,4 @@ build() {
     quietly cmake --build --preset "$preset" --parallel "$(nproc)")
 }
 
-build_packages=(g++ cmake make libncl-dev)
+build_packages=(g++ cmake make libncl-dev libcli11-dev)

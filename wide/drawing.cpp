@@ -83,7 +83,7 @@ class Canvas {
   }
 
   void Text(Point at, double angle, const std::string& text, const std::string& attributes) {
-    const double degrees = angle * 180 / kPi;
+    const double degrees = std::remainder(angle, 2 * kPi) * 180 / kPi;
     body_ += "<text " + attributes + " transform=\"translate(" + Number(at.x) + " " + Number(at.y) +
              ")" + (std::abs(degrees) < 0.01 ? "" : " rotate(" + Number(degrees) + ")") + "\">" +
              Escaped(text) + "</text>\n";

@@ -55,7 +55,7 @@ void AddSearch(CLI::App& app, Options& options) {
   app.add_option("--rounds", options.rounds,
                  "perturbations to try; 1000, or no limit with --time or --patience")
       ->type_name("N")
-      ->check(CLI::Range(0L, std::numeric_limits<long>::max() / 2).description(""));
+      ->check(CLI::Range(0L, Options::kMostRounds).description(""));
   app.add_option("--threads", options.threads, "threads; all cores unless given")
       ->type_name("N")
       ->check(CLI::Range(1, 4096).description(""));
@@ -99,9 +99,11 @@ void CheckPaths(const Options& options) {
   std::vector<std::filesystem::path> taken;
   for (const std::string& path : {options.file, options.output, options.log, options.newick,
                                   options.distances, options.draw}) {
+    if (path.empty()) continue;
     std::error_code error;
-    const auto place = std::filesystem::weakly_canonical(path, error);
-    if (path.empty() || error || std::filesystem::is_character_file(place, error)) continue;
+    const auto place =
+        std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
+    if (error || std::filesystem::is_character_file(place, error)) continue;
     if (std::find(taken.begin(), taken.end(), place) != taken.end()) {
       throw CLI::ValidationError(path + " is named twice");
     }

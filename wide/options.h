@@ -13,6 +13,7 @@ namespace zorvek::wide {
 
 struct Options {
   static constexpr long kByClock = -1;
+  static constexpr long kMostRounds = 1000000000000;
 
   std::string file;
   bool matrix = false;  // the file is a PHYLIP square distance matrix

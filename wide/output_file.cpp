@@ -14,9 +14,24 @@ namespace zorvek::wide {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+constexpr int kMostLinks = 40;  // that lead to each other
+
+// Where a link leads, though nothing may be there yet.
+std::string Followed(fs::path path) {
+  std::error_code ignored;
+  for (int links = 0; links < kMostLinks && fs::is_symlink(path, ignored); ++links) {
+    path = path.parent_path() / fs::read_symlink(path, ignored);
+  }
+  return path.string();
+}
+
+}  // namespace
+
 OutputFile::OutputFile(const std::string& path) : path_(path), target_(path) {
   std::error_code ignored;
-  if (fs::is_symlink(path, ignored)) target_ = fs::weakly_canonical(path, ignored).string();
+  if (fs::is_symlink(path, ignored)) target_ = Followed(path);
   const bool direct = fs::exists(target_, ignored) && !fs::is_regular_file(target_, ignored);
   if (direct) {
     descriptor_ = open(target_.c_str(), O_WRONLY);

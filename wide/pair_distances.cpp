@@ -1,6 +1,7 @@
 #include "wide/pair_distances.h"
 
 #include <limits>
+#include <map>
 
 #include "input/pair_table.h"
 #include "wide/parallel.h"
@@ -32,21 +33,42 @@ double Distance(PairTable& table) {
   return distance == 0 ? std::numeric_limits<double>::quiet_NaN() : distance;
 }
 
+// For each taxon the first that has the same planes.
+std::vector<int> FirstOfSame(const NucleotidePlanes& planes, int n) {
+  const std::size_t words = kNucleotides * planes.Words();
+  std::map<std::vector<NucleotidePlanes::Word>, int> first;
+  std::vector<int> firsts;
+  for (int i = 0; i < n; ++i) {
+    const auto* const begin = planes.Planes(static_cast<std::size_t>(i));
+    firsts.push_back(first.emplace(std::vector(begin, begin + words), i).first->second);
+  }
+  return firsts;
+}
+
 }  // namespace
 
 DistanceMatrix PairDistances(const Alignment& alignment, const std::vector<std::size_t>& sites,
                              int threads) {
   const NucleotidePlanes planes = Planes(alignment, sites);
   const int n = static_cast<int>(alignment.Taxa());
+  const std::vector<int> first_of_same = FirstOfSame(planes, n);
+  const auto first = [&](int taxon) { return first_of_same[static_cast<std::size_t>(taxon)]; };
   DistanceMatrix distances(n);
   ForEach(n, threads, [&](int i) {
-    const auto first = planes.NucleotidesOnly(static_cast<std::size_t>(i));
-    for (int j = i + 1; j < n; ++j) {
+    if (first(i) != i) return;
+    const auto nucleotides = planes.NucleotidesOnly(static_cast<std::size_t>(i));
+    for (int j = i; j < n; ++j) {  // a sequence shares no site with itself if it has none
+      if (first(j) != j) continue;
       PairTable table;
-      CountPairs(first.data(), planes.Planes(static_cast<std::size_t>(j)), planes.Words(), table);
+      CountPairs(nucleotides.data(), planes.Planes(static_cast<std::size_t>(j)), planes.Words(),
+                 table);
       distances.Set(i, j, Distance(table));
     }
   });
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < i; ++j) distances.Set(i, j, distances(first(i), first(j)));
+  }
+  for (int i = 0; i < n; ++i) distances.Set(i, i, 0);
   return distances;
 }
 

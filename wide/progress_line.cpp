@@ -40,7 +40,9 @@ void ProgressLine::Show(const std::string& phase, double fraction, const std::st
     const double reckoned = spent.count() / fraction * (1 - fraction);
     left = limit > 0 ? std::min(limit, reckoned) : reckoned;
   }
-  std::string text = phase + ", " + Rounded(100 * fraction, 0) + " %" + more;
+  std::string text = phase;
+  if (fraction >= 0) text += ", " + Rounded(100 * fraction, 0) + " %";
+  text += more;
   if (left > 0) text += ", " + Rounded(left, 0) + " s left";
   width_ = std::max(width_, static_cast<int>(text.size()));
   std::fprintf(stderr, "\r%-*s", width_, text.c_str());

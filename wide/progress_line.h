@@ -11,6 +11,8 @@ namespace zorvek::wide {
 // when the object is. For one thread at a time.
 class ProgressLine {
  public:
+  static constexpr double kUnknown = -1;  // as a fraction
+
   explicit ProgressLine(bool wanted);
   ~ProgressLine();
   ProgressLine(const ProgressLine&) = delete;

@@ -11,6 +11,7 @@
 #include "wide/bootstrap.h"
 #include "wide/drawing.h"
 #include "wide/error.h"
+#include "wide/identical.h"
 #include "wide/input.h"
 #include "wide/interruption.h"
 #include "wide/newick.h"
@@ -59,6 +60,17 @@ class Outputs {
   std::list<Entry> entries_;
 };
 
+// What the progress line shows of a search: a run by the clock is done when its time is over.
+void Show(const Options& options, const Progress& progress, double seconds, ProgressLine& line) {
+  const bool by_clock = progress.phase == Progress::kRounds && options.rounds == Options::kByClock;
+  const double of_time =
+      options.time > 0 ? std::min(seconds / options.time, 1.0) : ProgressLine::kUnknown;
+  const bool known = progress.length < std::numeric_limits<double>::infinity();
+  line.Show(Name(progress.phase), by_clock ? of_time : progress.fraction,
+            known ? ", best length " + Rounded(progress.length, 6) : "",
+            options.time > 0 ? std::max(options.time - seconds, 0.0) : 0);
+}
+
 Tree Search(const Options& options, const DistanceMatrix& distances, const std::atomic<bool>& stop,
             ProgressLine& line, std::vector<Improvement>& improvements) {
   const Clock::time_point began = Clock::now();
@@ -66,8 +78,7 @@ Tree Search(const Options& options, const DistanceMatrix& distances, const std::
   settings.seed = options.seed;
   settings.starts = options.starts;
   settings.alpha = options.alpha;
-  settings.rounds =
-      options.rounds == Options::kByClock ? std::numeric_limits<long>::max() / 2 : options.rounds;
+  settings.rounds = options.rounds == Options::kByClock ? Options::kMostRounds : options.rounds;
   settings.threads = options.threads;
   settings.seconds = options.time;
   settings.patience = options.patience;
@@ -75,10 +86,7 @@ Tree Search(const Options& options, const DistanceMatrix& distances, const std::
   settings.on_progress = [&](const Progress& progress) {
     const double seconds = SecondsSince(began);
     if (progress.improved) improvements.push_back({seconds, progress.length});
-    const bool known = progress.length < std::numeric_limits<double>::infinity();
-    line.Show(Name(progress.phase), progress.fraction,
-              known ? ", best length " + Rounded(progress.length, 6) : "",
-              options.time > 0 ? std::max(options.time - seconds, 0.0) : 0);
+    Show(options, progress, seconds, line);
   };
   return FindShortestTree(distances.Size(), distances.Rows(), settings);
 }
@@ -114,7 +122,10 @@ void Run(const Options& options) {
     ProgressLine line(!options.quiet);
     outcome.tree =
         Search(options, input.distances, interruption.Stop(), line, outcome.improvements);
+    const Groups identical = IdenticalTaxa(input.distances);
+    KeepTogether(identical, input.distances, outcome.tree);
     view = View(outcome.tree);
+    ClearWithin(identical, view);
     outcome.support = AddSupport(options, input.alignment, interruption.Stop(), line, view);
   }
   outputs.WriteAll();

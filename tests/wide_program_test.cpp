@@ -1,0 +1,397 @@
+// Whole runs of zorvek-wide, seen as a user sees them.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using std::string;
+
+string Contents(const string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+bool Contains(const string& text, const string& part) {
+  return text.find(part) != text.npos;
+}
+
+string First(const string& text, const string& pattern) {
+  std::smatch match;
+  return std::regex_search(text, match, std::regex(pattern)) ? match.str(1) : "";
+}
+
+// A folder of its own for each test, in which the programs run.
+class WideProgramTest : public ::testing::Test {
+ protected:
+  struct Ended {
+    int status;
+    string out;
+    string err;
+  };
+
+  WideProgramTest() {
+    string name = ::testing::TempDir() + "wide_XXXXXX";
+    folder_ = mkdtemp(name.data());
+  }
+  ~WideProgramTest() override { fs::remove_all(folder_); }
+
+  string Path(const string& name) const { return folder_ + "/" + name; }
+  void Write(const string& name, const string& text) const {
+    std::ofstream(Path(name), std::ios::binary) << text;
+  }
+  string Read(const string& name) const { return Contents(Path(name)); }
+
+  // Runs a shell command in the folder.
+  Ended Shell(const string& command) const {
+    const int status =
+        std::system(("cd '" + folder_ + "' && { " + command + "; } >.out 2>.err").c_str());
+    return {WEXITSTATUS(status), Read(".out"), Read(".err")};
+  }
+  Ended Run(const string& arguments) const {
+    return Shell(string(ZORVEK_WIDE_PROGRAM) + " " + arguments);
+  }
+
+  // The Newick text for the file.
+  string Tree(const string& arguments) const {
+    const Ended ended = Run(arguments + " --quiet --newick tree");
+    EXPECT_EQ(ended.status, 0) << arguments;
+    EXPECT_EQ(ended.out + ended.err, "") << arguments;
+    return Read("tree");
+  }
+
+  std::vector<string> Files() const {
+    std::vector<string> names;
+    for (const auto& entry : fs::directory_iterator(folder_)) {
+      const string name = entry.path().filename().string();
+      if (name[0] != '.') names.push_back(name);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  string folder_;
+};
+
+// 48 sites, changed (A to C to G to T to A) at some.
+string Sites(const std::vector<std::size_t>& changed) {
+  string sites = "ACGTACGTAGGTACGATTGCACGGTCAATGCCGATTACAGCTTAGCAC";
+  const string next = "ACGTA";
+  for (const std::size_t k : changed) sites[k] = next[next.find(sites[k]) + 1];
+  return sites;
+}
+
+// Five taxa that fit one tree: ((a,b),c,(d,e)).
+const string kA = Sites({});
+const string kB = Sites({5});
+const string kC = Sites({10, 20, 30, 41}).replace(2, 1, "N");
+const string kD = Sites({10, 20, 30, 41, 3, 13}).replace(45, 1, "-");
+const string kE = Sites({10, 20, 30, 41, 3, 13, 23, 34}).replace(46, 1, "Y");
+
+string Fasta() {
+  return ">a more\n" + kA + "\n>b\n" + kB + "\n>c\n" + kC + "\n>d\n" + kD + "\n>e_f\n" + kE + "\n";
+}
+
+TEST_F(WideProgramTest, ReadsTheSameAlignmentFromEveryFormat) {
+  Write("plain.fa", Fasta());
+  const string tree = Tree("plain.fa");
+  EXPECT_TRUE(std::regex_search(tree, std::regex("^\\(a:[0-9.e-]+,b:[0-9.e-]+,\\("))) << tree;
+  const auto half = [](const string& sites, std::size_t k) { return sites.substr(24 * k, 24); };
+  const auto lines = [&](std::size_t k, bool labels) {
+    string text;
+    const std::vector<std::pair<string, string>> taxa{
+        {"a", kA}, {"b", kB}, {"c", kC}, {"d", kD}, {"e_f", kE}};
+    for (const auto& [label, sites] : taxa)
+      text += (labels ? label + " " : "") + half(sites, k) + "\n";
+    return text;
+  };
+  string wrapped;
+  for (const char c : Fasta()) wrapped += c == '\n' ? "\r\n" : c == 'G' ? "g\r\n" : string(1, c);
+  const string format = " FORMAT DATATYPE=DNA GAP=- INTERLEAVE; MATRIX\n";
+  const std::vector<std::pair<string, string>> files{
+      {"wrapped.fa", wrapped},
+      {"turn.phy", string("\xEF\xBB\xBF 5 48\n") + "a " + kA + "\nb\n" + half(kB, 0) + "\n" +
+                       half(kB, 1) + "\nc " + kC + "\nd  " + half(kD, 0) + " \t" + half(kD, 1) +
+                       "\ne_f " + kE},
+      {"blocks.phy", "5 48\n" + lines(0, true) + "\n" + lines(1, false)},
+      {"labels.phy", "5 48\n" + lines(0, true) + "\n" + lines(1, true)},
+      {"data.nex", "#nexus begin data; dimensions ntax=5 nchar=48;" + format + lines(0, true) +
+                       lines(1, true) + "; end; begin trees; tree broken; end;"},
+      {"characters.nex",
+       "#NEXUS\r\nBEGIN TAXA; DIMENSIONS NTAX=6; TAXLABELS a b unused c d 'e f'; END; BEGIN "
+       "CHARACTERS; DIMENSIONS NTAX=5 NCHAR=48;" +
+           format + lines(0, true) + lines(1, true) + "; END;"}};
+  for (const auto& [name, text] : files) {
+    Write(name, text);
+    EXPECT_EQ(Tree(name), tree) << name;
+  }
+  EXPECT_EQ(Tree("--format=phylip turn.phy --distances m --output o"), tree);
+  EXPECT_EQ(Tree("--matrix m"), tree);
+}
+
+TEST_F(WideProgramTest, FindsTheShortestTreeOfTheExampleAndTellsAboutIt) {
+  fs::copy(ZORVEK_SOURCE_DIR "/examples/primates.nex", Path("primates.nex"));
+  const Ended ended = Run("primates.nex --bootstrap 20 --newick n");
+  EXPECT_EQ(ended.status, 0);
+  EXPECT_EQ(ended.err, "");
+  const string length = First(ended.out, "\nlength +([0-9.]+) ");
+  EXPECT_NEAR(std::stod(length), 0.18903131430685, 1e-13);
+  EXPECT_TRUE(Contains(ended.out, "taxa        12\nsites       898\n"));
+  EXPECT_TRUE(Contains(ended.out, "\nnegative    1 (written as 0)\nsupport     20 replicates\n"));
+  EXPECT_TRUE(Contains(ended.out, "\ntree        primates.nex.wide.nex\n"));
+  EXPECT_TRUE(Contains(Read("primates.nex.wide.log"), "\t" + length + "\n"));
+
+  const string nexus = Read("primates.nex.wide.nex");
+  EXPECT_TRUE(Contains(nexus, "#NEXUS\n\nBEGIN TREES;\n  TRANSLATE\n    1 Tarsius_syrichta,\n"));
+  EXPECT_TRUE(Contains(nexus, "\n  TREE zorvek_wide = [&U] (1:0."));
+  double sum = 0;
+  string newick = Read("n");
+  const std::regex edge("(\\)\\d+\\.\\d|[,(][A-Za-z_]+):([0-9.e-]+)");
+  int edges = 0;
+  for (std::smatch match; std::regex_search(newick, match, edge); newick = match.suffix()) {
+    sum += std::stod(match.str(2));
+    ++edges;
+  }
+  EXPECT_EQ(edges, 21);
+  EXPECT_NEAR(sum, std::stod(length), 1e-14);
+}
+
+TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
+  const string data =
+      "#NEXUS\nBEGIN DATA;\nDIMENSIONS NTAX=4 NCHAR=4;\nFORMAT DATATYPE=DNA;\nMATRIX\n";
+  struct Case {
+    string name, text, expected;
+  };
+  const std::vector<Case> cases{
+      {"empty", "\n \n", "empty:1:1: nothing in the file; give one with aligned sequences\n"},
+      {"prose", "Call me",
+       "prose:1:1: neither NEXUS nor FASTA nor PHYLIP; give --format if it is one\n"},
+      {"few.fa", ">a\nAC\n>b\nAC\n>c\nAC\n", "few.fa: 3 taxa; a tree needs at least 4\n"},
+      {"twice.fa", ">a\nA\n>b\nA\n>A x\nA\n>b\nA\n",
+       "twice.fa:5:1: label A stands in line 1 already; give each taxon its own\n"
+       "twice.fa:7:1: label b stands in line 3 already; give each taxon its own\n"},
+      {"ragged.fa", ">a\nACGT\n>b\nAC\nG\n>c\n>d\nACGT\n",
+       "ragged.fa:3:1: b has 3 sites, not the 4 of a; align the sequences to one length\n"
+       "ragged.fa:6:1: c has 0 sites, not the 4 of a; align the sequences to one length\n"},
+      {"odd.fa", ">a\nAC!T\n>b\nA CJU\n",
+       "odd.fa:2:3: '!' stands for no nucleotide; write a code, ? or -\n"
+       "odd.fa:4:4: 'J' stands for no nucleotide; write a code, ? or -\n"
+       "odd.fa:4:5: 'U' after T; write one of T and U in the whole file\n"},
+      {"bare.fa", ">a\nA\n> \nA\n", "bare.fa:3:2: no label; write one after the >\n"},
+      {"long.phy", "4 3\na ACG\nb ACGT\nc AC\nd ACG\n",
+       "long.phy:3:1: b has 4 sites, not the 3 of the first line; align the sequences to one "
+       "length\n"
+       "long.phy:4:1: c has 2 sites, not the 3 of the first line; align the sequences to one "
+       "length\n"},
+      {"short.phy", "5 3\na ACG\nb ACG\nc ACG\n",
+       "short.phy:4:1: 3 sequences, not the 5 of the first line; mend that line, or sequences that "
+       "are "
+       "not 3 sites long\n"},
+      {"matrix.phy", "4\na 0 1 1 1\n",
+       "matrix.phy:1:1: no numbers of taxa and sites; begin a PHYLIP file with them, and give "
+       "--matrix "
+       "for a distance matrix\n"},
+      {"hyphen.nex", data + "a ACGT\nb-1 ACGT\nc ACGT\nd ACGT\n;\nEND;\n",
+       "hyphen.nex:7:3: Error reading character 1 for taxon 2 (name \"b\"): Invalid state "
+       "specified \"-\"; "
+       "mend it, and put single quotes around labels that hold punctuation\n"},
+      {"standard.nex",
+       "#NEXUS begin data; dimensions ntax=4 nchar=2; format datatype=standard; matrix a 00 b 01 c "
+       "01 "
+       "d 11; end;",
+       "standard.nex: the matrix does not hold nucleotides; say datatype=dna in its FORMAT command "
+       "if it "
+       "does\n"},
+      {"trees.nex", "#NEXUS\nBEGIN TREES;\nTREE x=(a,b,c);\nEND;\n",
+       "trees.nex: no DATA or CHARACTERS block; add one\n"},
+      {"--matrix m1", "4\na 0 1 2 x\nb 1 0 1 1\nc 1 1 0 1\n",
+       "m1:2:9: \"x\" where distance 4 of 4 of a should stand; write a square matrix, labels "
+       "without "
+       "blanks\n"},
+      {"--matrix m2", "4\na 0 1 1 1\nb 2 0 -1 1\nc 1 nan .5 1\nd 1 1\n 1 0",
+       "m2:3:7: distance -1; write a number that is 0 or more, or leave out the taxon\n"
+       "m2:4:5: distance nan; write a number that is 0 or more, or leave out the taxon\n"
+       "m2:4:9: distance .5 of c to itself; write 0\n"
+       "m2:3:3: distance 2 of b to a, but 1 the other way; make them the same\n"},
+      {"--matrix m3", "4\na 0 1 1 1\nb 1 0 1 1\nc 1 1 0 1\n",
+       "m3:5:1: the file ends after 3 of 4 taxa; mend the first line or add the rest\n"},
+      {"--matrix m4", "4\na 0 1 1 1\nb 1 0 1 1\nc 1 1 0 1\nd 1 1 1 0\ne",
+       "m4:6:1: \"e\" after the last distance; the first line says 4 taxa, mend it or the rows\n"},
+      {"--matrix m5", "2000000000 a 0",
+       "m5:1:1: too few distances for a square matrix of 2000000000 taxa; write all of both "
+       "halves\n"},
+      {"--matrix m6", "4\na 0 1 1 1\na 1 0 1 1\nc 1 1 0 1\nC 1 1 1 0\n",
+       "m6: label a belongs to 2 taxa; give each taxon its own\n"
+       "m6: label c belongs to 2 taxa; give each taxon its own\n"},
+  };
+  for (const Case& test : cases) {
+    Write(test.name.substr(test.name.find(' ') + 1), test.text);
+    const Ended ended = Run(test.name);
+    EXPECT_EQ(ended.status, 1) << test.name;
+    EXPECT_EQ(ended.out, "") << test.name;
+    const string expected =
+        std::regex_replace(test.expected, std::regex("(^|\n)(?=.)"), "$1zorvek-wide: ");
+    EXPECT_EQ(ended.err, expected);
+  }
+  EXPECT_EQ(Files().size(), cases.size());  // nothing was written
+  EXPECT_TRUE(Contains(Run("nowhere.fa").err, "nowhere.fa: cannot be read: No such file"));
+  EXPECT_TRUE(Contains(Run(".").err, ".: cannot be read: Is a directory"));
+}
+
+TEST_F(WideProgramTest, AnswersWrongUsageWithStatusTwo) {
+  Write("a.fa", Fasta());
+  for (const char* arguments :
+       {"", "a.fa b.fa", "a.fa --nonsense", "a.fa --rounds -1", "a.fa --alpha 2", "a.fa --time x",
+        "a.fa --matrix --bootstrap 3", "a.fa --format html", "a.fa --layout phylogram",
+        "a.fa --newick x --draw ./x", "a.fa --output a.fa", "a.fa --threads 0"}) {
+    const Ended ended = Run(arguments);
+    EXPECT_EQ(ended.status, 2) << arguments;
+    EXPECT_EQ(ended.out, "") << arguments;
+    EXPECT_TRUE(
+        std::regex_match(ended.err, std::regex("zorvek-wide: .*; see zorvek-wide --help\n")))
+        << ended.err;
+  }
+  EXPECT_EQ(Files(), std::vector<string>{"a.fa"});
+  EXPECT_TRUE(Contains(Run("--help").out, "--drop-undefined"));
+  EXPECT_EQ(Run("--version").status, 0);
+}
+
+// b and c share no site with f and g, and h has none at all.
+TEST_F(WideProgramTest, NamesPairsWithoutADistanceAndLeavesTaxaOut) {
+  const string left = ">a\nACGTACGTACCTACGA\n>b\nACGTACGT--------\n>c\nACGAACTT--------\n";
+  const string right = ">d\nACGTTCGTACGTATGA\n>e\nACCTACGTTCGTACTA\n>f\n--------ACGTTCGA\n";
+  Write("x.fa", left + right + ">g, y\n--------ACGTACTA\n>h\n????????????????\n");
+  const Ended ended = Run("x.fa");
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.err,
+            "zorvek-wide: x.fa: 11 pairs of taxa share no site, or differ too much, and have no "
+            "distance; give --drop-undefined or --leave-out 'b,c,h', which leaves out no more taxa "
+            "than must be\n"
+            "  a and h\n  b and f\n  b and g,\n  b and h\n  c and f\n  c and g,\n  c and h\n"
+            "  d and h\n  e and h\n  f and h\n  g, and h\n");
+  const string tree = Tree("x.fa --leave-out b,c,h");
+  EXPECT_EQ(Tree("x.fa --drop-undefined"), tree);
+  EXPECT_TRUE(Contains(tree, "'g,':"));
+  EXPECT_TRUE(Contains(Tree("x.fa --leave-out g, --leave-out f,h"), "(a:"));
+  EXPECT_TRUE(Contains(Run("x.fa --drop-undefined").out, "taxa        5\nleft out    b, c, h\n"));
+  EXPECT_EQ(Run("x.fa --leave-out b,i,c,j").err,
+            "zorvek-wide: x.fa: no taxon i to leave out; mend the label\n"
+            "zorvek-wide: x.fa: no taxon j to leave out; mend the label\n");
+  EXPECT_EQ(Run("x.fa --leave-out a,d,e --drop-undefined").err,
+            "zorvek-wide: x.fa: 2 taxa left; a tree needs at least 4\n");
+}
+
+TEST_F(WideProgramTest, KeepsIdenticalSequencesTogether) {
+  Write("same.fa", ">a\n" + kA + "\n>c\n" + kC + "\n>a2\n" + kA + "\n>d\n" + kD + "\n>e\n" + kE +
+                       "\n>a3\n" + kA + "\n>d2\n" + kD + "\n");
+  const string tree = Tree("same.fa");
+  EXPECT_TRUE(std::regex_search(
+      tree, std::regex("^\\(a:0,\\(.*,a3:0\\):0,a2:0|^\\(a:0,.*\\(a2:0,a3:0\\):0")))
+      << tree;
+  EXPECT_TRUE(Contains(tree, "(d:0,d2:0)")) << tree;
+  Write("all.fa", ">a\n" + kA + "\n>b\n" + kA + "\n>c\n" + kA + "\n>d\n" + kA + "\n");
+  for (const char* layout : {"unrooted", "phylogram"}) {
+    EXPECT_EQ(Run(string("all.fa --draw all.svg --bootstrap 2 --layout ") + layout).status, 0);
+    EXPECT_FALSE(Contains(Read("all.svg"), "nan"));
+  }
+}
+
+TEST_F(WideProgramTest, FindsTheSameSupportOnAnyNumberOfThreads) {
+  Write("x.fa", Fasta());
+  const string tree = Tree("x.fa --bootstrap 40 --threads 1 --seed 5");
+  EXPECT_EQ(Tree("x.fa --bootstrap 40 --threads 7 --seed 5"), tree);
+  EXPECT_NE(Tree("x.fa --bootstrap 40 --threads 7 --seed 6"), tree);
+  // Two taxa that share one site, which a sample may lack.
+  Write("y.fa", ">a\n" + kA.substr(0, 25) + string(23, '-') + "\n>b\n" + string(24, '?') +
+                    kA.substr(24) + "\n>c\n" + kC + "\n>d\n" + kD + "\n");
+  EXPECT_TRUE(std::regex_search(Run("y.fa --bootstrap 30").out,
+                                std::regex("support +30 replicates, \\d+ samples without all")));
+}
+
+// Tags that close in order, and no stray < or &.
+bool WellFormed(const string& xml) {
+  const std::regex part(
+      "<(/?)(\\w+)((?: [\\w-]+=\"[^\"<&]*\")*)(/?)>|<\\?[^<>]*\\?>|&(?:amp|lt|gt);|[^<&]");
+  std::vector<string> open;
+  auto at = xml.cbegin();
+  for (std::smatch match; at != xml.cend(); at = match[0].second) {
+    if (!std::regex_search(at, xml.cend(), match, part, std::regex_constants::match_continuous)) {
+      return false;
+    }
+    if (!match[2].matched || match.length(4) > 0) continue;
+    if (match.length(1) == 0) {
+      open.push_back(match.str(2));
+    } else if (open.empty() || open.back() != match.str(2)) {
+      return false;
+    } else {
+      open.pop_back();
+    }
+  }
+  return open.empty();
+}
+
+TEST_F(WideProgramTest, DrawsPicturesWithAllLabels) {
+  Write("x.fa", ">a<&>'\"\n" + kA + "\n>b\n" + kB + "\n>c\n" + kC + "\n>d\n" + kD +
+                    "\n>\xC3\xA9\n" + kE + "\n");
+  fs::copy(ZORVEK_SOURCE_DIR "/examples/primates.nex", Path("primates.nex"));
+  for (const char* layout : {"unrooted", "phylogram"}) {
+    EXPECT_EQ(Run(string("x.fa --draw x.svg --layout ") + layout).status, 0);
+    const string svg = Read("x.svg");
+    EXPECT_TRUE(WellFormed(svg)) << svg;
+    for (const char* label : {"a&lt;&amp;&gt;'\"", "b", "c", "d", "\xC3\xA9"}) {
+      EXPECT_TRUE(Contains(svg, string(">") + label + "</text>")) << label;
+    }
+    EXPECT_EQ(Run(string("primates.nex --bootstrap 9 --draw p.svg --layout ") + layout).status, 0);
+    EXPECT_TRUE(Contains(Read("p.svg"), ">100</text>"));
+  }
+}
+
+TEST_F(WideProgramTest, WritesFilesWholeOrNotAtAll) {
+  Write("x.fa", Fasta());
+  Write("x.fa.wide.nex", "old");
+  const Ended failed = Run("x.fa --draw nowhere/x.svg");
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_EQ(
+      failed.err,
+      "zorvek-wide: nowhere/x.svg: cannot be written: No such file or directory; name a file that "
+      "can be\n");
+  EXPECT_EQ(Read("x.fa.wide.nex"), "old");
+  EXPECT_EQ(Files(), (std::vector<string>{"x.fa", "x.fa.wide.nex"}));
+  // A pipe or a terminal is written to, and a link stays one.
+  fs::create_symlink("target", Path("link"));
+  const Ended ended = Run("x.fa --quiet --newick /dev/stdout --draw /dev/null --output link");
+  EXPECT_TRUE(std::regex_match(ended.out, std::regex("\\(a:.*\\);\n"))) << ended.out << ended.err;
+  EXPECT_TRUE(fs::is_symlink(Path("link")));
+  EXPECT_EQ(Read("target").rfind("#NEXUS", 0), 0u);
+  EXPECT_TRUE(fs::is_character_file("/dev/null"));
+  EXPECT_EQ(Files(),
+            (std::vector<string>{"link", "target", "x.fa", "x.fa.wide.log", "x.fa.wide.nex"}));
+}
+
+TEST_F(WideProgramTest, WritesTheBestTreeWhenInterrupted) {
+  Write("x.fa", Fasta());
+  for (const char* signal : {"INT", "TERM"}) {
+    // The files are made, under other names, as the search begins.
+    const Ended ended =
+        Shell(string(ZORVEK_WIDE_PROGRAM) +
+              " x.fa --patience 1000 & while [ ! -e x.fa.wide.log.tmp$! ]; do sleep "
+              ".01; done; kill -" +
+              signal + " $!; wait $!");
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.err, "");
+    EXPECT_TRUE(Contains(ended.out, ", interrupted\n")) << ended.out;
+    EXPECT_EQ(Files(), (std::vector<string>{"x.fa", "x.fa.wide.log", "x.fa.wide.nex"}));
+  }
+}
+
+}  // namespace
