@@ -16,8 +16,10 @@
 #include <string>
 
 // NCL calls this when one of its assertions fails. Its own version prints to standard error and
-// exits; this one is found before it, and makes the failure an error like any other.
-void ncl_assertion_failed(const char* expression, const char*, const char*, long) {
+// exits; this one is found before that of the shared library, and makes the failure an error like
+// any other. (Weak, so that the static library can be linked too.)
+__attribute__((weak)) void ncl_assertion_failed(const char* expression, const char*, const char*,
+                                                long) {
   throw NxsNCLAPIException((std::string("internal assertion failed: ") + expression).c_str());
 }
 
