@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <new>
 #include <sstream>
 #include <string_view>
 
@@ -45,6 +46,8 @@ class LibraryReader {
       reader_.ReadStream(stream, format, path.c_str());
     } catch (const NxsException& fault) {
       throw Error(At(path, fault.line, fault.col) + ": " + OneLine(fault.msg) + kMendNexus);
+    } catch (const std::bad_alloc&) {
+      throw Error(At(path) + ": asks for more memory than there is; mend NTAX and NCHAR");
     } catch (const std::exception& fault) {
       throw Error(At(path) + ": " + OneLine(fault.what()) + kMendNexus);
     }
