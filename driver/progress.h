@@ -16,8 +16,8 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
 
   // Rewrites the line, at most four times a second: processor seconds, `steps`, the best length,
-  // and the seconds left until the search gives up. Reads: t, time_val, opt_val.  Cost: a look at
-  // the wall clock; without a terminal none.
+  // and the seconds left until the search gives up.
+  // Reads: t, time_val, opt_val.  Cost: a look at the wall clock; without a terminal none.
   void Show(long steps);
 
  private:

@@ -33,14 +33,17 @@ class Timer {
 };
 
 // Processor seconds until the search gives up: 30 after the second in which the best tree last
-// improved. Negative when they are over. Reads: t, time_val.
+// improved. Negative when they are over.
+// Reads: t, time_val.
 double SecondsLeft();
 
-// Whether the search may go on; at exactly 30 seconds it still may. Reads: t, time_val.
+// Whether the search may go on; at exactly 30 seconds it still may.
+// Reads: t, time_val.
 bool StopCondition();
 
 // Whether a local search may repeat: the elapsed processor time is below MAX_TIME. With MAX_TIME at
-// 0 the answer is known without reading the clock. Reads: t, MAX_TIME.
+// 0 the answer is known without reading the clock.
+// Reads: t, MAX_TIME.
 bool WithinInnerLimit();
 
 }  // namespace zorvek

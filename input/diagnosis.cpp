@@ -13,6 +13,7 @@
 #include <fstream>
 #include <new>
 
+#include "driver/run_state.h"
 #include "input/nexus_fence.h"
 
 namespace zorvek {
@@ -110,7 +111,10 @@ std::string DiagnoseInput(const char* path) {
   const std::string systemError = SystemError(path);
   if (!systemError.empty()) return systemError;
   struct stat status {};
-  if (stat(path, &status) != 0 || !S_ISREG(status.st_mode)) return "it is not a regular file";
+  if (stat(path, &status) != 0 || !S_ISREG(status.st_mode)) {
+    if (n > 0) return OnlyTaxa(static_cast<unsigned>(n)) + " read from its DATA block";
+    return "it is not a regular file, so it cannot be read again for the cause";
+  }
   if (status.st_size == 0) return "it is empty";
 
   NexusBlocks blocks(path);

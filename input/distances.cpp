@@ -18,22 +18,6 @@ namespace zorvek {
 
 namespace {
 
-// A table of zeros in one piece of memory behind row pointers, also with no rows or columns.
-template <class Value>
-Value** NewRows(std::size_t rows, std::size_t columns) {
-  auto** table = new Value*[rows + 1];
-  auto* cells = new Value[rows * columns + 1]();
-  for (std::size_t row = 0; row <= rows; ++row) table[row] = cells + row * columns;
-  return table;
-}
-
-template <class Value>
-void DeleteRows(Value**& table) {
-  if (table != nullptr) delete[] table[0];
-  delete[] table;
-  table = nullptr;
-}
-
 // What NCL tells about the cells. All that a cell holds is its state code, so NCL is asked for the
 // first state of each code once, and a cell costs one look at its row.
 class CellSymbols {
@@ -115,10 +99,12 @@ void BuildLeavesMatrix(const char* inputPath) {
   NexusBlocks blocks = ReadNexus(inputPath);
   n = static_cast<int>(TaxaRead(blocks));
   taxa = blocks.taxa.release();
+  trees = blocks.trees.get();
   const auto taxaCount = static_cast<std::size_t>(n);
   const NucleotidePlanes planes = ReadPlanes(*blocks.data, taxaCount);
   blocks.data.reset();
   blocks.trees.reset();
+  trees = nullptr;
   blocks.assumptions.reset();
 
   DM1 = NewRows<double>(taxaCount, taxaCount);

@@ -10,9 +10,8 @@ namespace zorvek {
 // above it and on it U, both for the matrix with its rows exchanged.
 //   scale  `order` doubles of the caller; afterwards 1 / largest |entry| of each row, as exchanged
 //   indx   indx[j] is the row that was exchanged with row j in step j, j itself for none
-//   d      unless null, +1 or -1 for an even or odd number of exchanges; d times the diagonal
-//   product
-//          of U is the determinant
+//   d      unless null, +1 or -1 for an even or odd number of exchanges; d times the product of
+//          the diagonal of U is the determinant
 // Returns 0; or 1, with a message on standard output and `a` unchanged, when a row is all zero. A
 // pivot that turns out 0 becomes 1e-20. Cost: order^3 / 3 multiplications.
 int LUDecompose(double** a, int order, double* scale, int* indx, double* d);

@@ -28,9 +28,9 @@ namespace zorvek {
 namespace {
 
 // The size of the file in bytes, which limits what it can hold: a taxon takes a byte at least, and
-// so does a cell. The size of what is no regular file is not known.
+// so does a cell. What is no regular file has no size to go by; of that this much is read.
 double SizeLimit(const char* path) {
-  constexpr double kUnknownSize = 1 << 24;
+  constexpr double kUnknownSize = 1 << 28;
   struct stat status {};
   if (stat(path, &status) != 0 || !S_ISREG(status.st_mode)) return kUnknownSize;
   return static_cast<double>(status.st_size);
@@ -134,12 +134,13 @@ class DataBlock : public NxsDataBlock {
 
 }  // namespace
 
-CommentFilter::CommentFilter(std::streambuf* source) : source_(source), buffer_(1 << 16) {}
+CommentFilter::CommentFilter(std::streambuf* source, double bytes)
+    : source_(source), left_(static_cast<std::size_t>(bytes)), buffer_(1 << 16) {}
 
 CommentFilter::int_type CommentFilter::underflow() {
   std::size_t size = 0;
   // An empty comment takes three places.
-  while (size + 3 <= buffer_.size()) {
+  for (; size + 3 <= buffer_.size() && left_ > 0; --left_) {
     const int_type next = source_->sbumpc();
     if (next == traits_type::eof()) break;
     const char c = traits_type::to_char_type(next);
@@ -158,7 +159,7 @@ CommentFilter::int_type CommentFilter::underflow() {
 }
 
 FencedInput::FencedInput(std::streambuf* source, const char* inputPath)
-    : std::istream(nullptr), filter_(source) {
+    : std::istream(nullptr), filter_(source, SizeLimit(inputPath)) {
   rdbuf(&filter_);
   getrlimit(RLIMIT_DATA, &outside_);
   if (!kLimitsMemory) return;

@@ -14,17 +14,19 @@
 
 namespace zorvek {
 
-// The text of a NEXUS file with a blank put into each empty comment ("[]" outside quotes and
-// comments), since NCL aborts the process at one that stands within parentheses.
+// The text of a NEXUS file, up to a number of bytes (an endless one ends there), with a blank put into
+// each empty comment ("[]" outside quotes and comments), since NCL aborts the process at one that
+// stands within parentheses.
 class CommentFilter : public std::streambuf {
  public:
-  explicit CommentFilter(std::streambuf* source);
+  CommentFilter(std::streambuf* source, double bytes);
 
  protected:
   int_type underflow() override;
 
  private:
   std::streambuf* source_;
+  std::size_t left_;  // bytes that are still read
   std::vector<char> buffer_;
   int depth_ = 0;        // of the comment it is in
   bool quoted_ = false;  // whether it is within single quotes

@@ -15,7 +15,7 @@ bool IsEligible(TreeTable tree, int row, Field side) {
 }
 
 bool HasEligibleEdge(TreeTable tree) {
-  for (int row = 0; row < n - 4; ++row) {
+  for (int row = 0; row < n - 2; ++row) {
     if (IsEligible(tree, row, kLeft) || IsEligible(tree, row, kRight)) return true;
   }
   return false;

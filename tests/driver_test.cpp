@@ -55,8 +55,23 @@ TEST(MTRandTest, DrawsEveryValueUpToTheBoundEquallyOften) {
   }
 }
 
-TEST(MTRandTest, FallbackSeedsOfOneMomentDiffer) {
-  EXPECT_NE(MTRand::hash(1700000000, 42), MTRand::hash(1700000000, 42));
+TEST(MTRandTest, TakesTheFirstMaskedWordWithinTheBound) {
+  MTRand source;
+  source.seedWithValue(7);
+  std::mt19937 words(7);
+  for (const auto& [bound, mask] : {std::pair{5u, 7u}, {64u, 127u}, {1000u, 1023u}}) {
+    for (int draw = 0; draw < 300; ++draw) {
+      auto word = static_cast<std::uint32_t>(words()) & mask;
+      while (word > bound) word = static_cast<std::uint32_t>(words()) & mask;
+      ASSERT_EQ(source.nextAtMost(bound), word);
+    }
+  }
+}
+
+TEST(MTRandTest, FallbackSeedsFoldTheirBytesAndCountTheCalls) {
+  const std::uint32_t calls = MTRand::hash(0, 0);
+  EXPECT_EQ(MTRand::hash(1, 0), 257u * 257 * 257 + calls + 1);
+  EXPECT_EQ(MTRand::hash(0x05000000, 1), (5 + calls + 2) ^ (257u * 257 * 257));
 }
 
 TEST(RunTest, SearchStopsThirtySecondsAfterTheLastImprovement) {

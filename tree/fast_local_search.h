@@ -7,11 +7,9 @@
 namespace zorvek {
 
 // The decrease of the least-squares length (negative edges included) by the interchange across the
-// internal edge (u, v) that turns AB|CD into AC|BD; A and B are the other subtrees at u in the
-// order parent, left, right, and C and D those at v. Formula: ((w-1) (D(A,C) + D(B,D)) - (w'-1)
-// (D(A,B) + D(C,D)) - (w-w') (D(A,D) + D(B,C))) / 2
-//          with w = (|A||D| + |B||C|) / ((|A|+|B|) (|C|+|D|)), w' the same with B and C exchanged
-//          in the denominator: ((|A|+|C|) (|B|+|D|)).
+// internal edge (u, v) that turns AB|CD into AC|BD; A and B are the other subtrees at u in the order
+// parent, left, right, and C and D those at v.
+// Formula: InterchangeGain in subtree_sums.h.
 // Requires and cost: as Evaluate.
 double Delta(int u, int v, TreeTable tree);
 

@@ -7,8 +7,8 @@
 // thousand changes is the same as one made anew, and every S(X,Y) may be had by subtraction where
 // that is cheaper.
 //
-// The tree is rooted on its central edge, as the tree table is; the root is node 2n-2 with the
-// central pair as its children. Five taxa:
+// The tree is rooted on an internal edge; the root is node 2n-2 with that edge's ends as its children.
+// A tree table has its central pair there. Five taxa:
 //
 //              8               Per node u, over the leaves below it (leaves: their own row):
 //            /   \               row[u][y]  sum of the distances from leaf y to the leaves below u;
@@ -98,12 +98,14 @@ class SubtreeSums {
   void Interchange(int node);
 
   // The nodes above which the edge has other subtrees around it since the last Update or
-  // Interchange before that. Both central nodes stand for the central edge.
+  // Interchange before that. Both children of the root stand for the edge between
+  // them.
   const std::vector<int>& ChangedEdges() const { return changed_edges_; }
 
   // The subtrees around the internal edge above `node`: A left(node), B right(node), C all that is
-  // not below its parent, D its sibling. A central node stands for the central edge: A and B are
-  // the children of 2n-4, C and D those of 2n-3.  Requires: `node` internal.  Cost: constant.
+  // not below its parent, D its sibling. A child of the root stands for the edge between the two: A
+  // and B are the children of the root's left child, C and D those of its right child.
+  // Requires: `node` internal.  Cost: constant.
   Quartet Around(int node) const;
 
   // Sums as plain numbers, for searches that rank: S(below node, all else), S(left(node), right(node))

@@ -19,14 +19,12 @@ namespace zorvek {
 double Evaluate(TreeTable tree);
 
 // Length of the edge between `leaf` and the internal node `node` that holds it as a child.
-// Formula: (D(i,A) + D(i,B) - D(A,B)) / 2 with A the leaves beyond the node's parent, B the
-// sibling's.
+// Formula: (D(i,A) + D(i,B) - D(A,B)) / 2, A the leaves beyond the node's parent, B the sibling's.
 double ComputeExternalLength(int leaf, int node, TreeTable tree);
 
-// Length of the edge between the adjacent internal nodes u and v, A and B the other subtrees at u,
-// C and D those at v: Formula: ((1-w) (D(A,D) + D(B,C)) + w (D(A,C) + D(B,D)) - (D(A,B) + D(C,D)))
-// / 2
-//          with w = (|A||D| + |B||C|) / ((|A|+|B|) (|C|+|D|)).
+// Length of the edge between the adjacent internal nodes u and v, A and B the other subtrees at u, C
+// and D those at v.
+// Formula: InternalLength in subtree_sums.h.
 double ComputeInternalLength(int u, int v, TreeTable tree);
 
 // Makes the shared structure read DM1 anew at its next use. To be called after DM1 was changed

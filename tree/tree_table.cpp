@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
 #include <iostream>
-#include <new>
 #include <utility>
 
 #include "driver/run_state.h"
@@ -13,33 +11,10 @@
 
 namespace zorvek {
 
-namespace {
-
-// A zeroed table in one piece of memory behind row pointers. Pages that nobody writes are never
-// made: of EM a run touches only the leaf block.
-double** NewTable(std::size_t rows, std::size_t columns) {
-  auto** table = new double*[rows];
-  auto* cells = static_cast<double*>(std::calloc(rows * columns, sizeof(double)));
-  if (cells == nullptr) {
-    delete[] table;
-    throw std::bad_alloc();
-  }
-  for (std::size_t row = 0; row < rows; ++row) table[row] = cells + row * columns;
-  return table;
-}
-
-void DeleteTable(double**& table) {
-  if (table != nullptr) std::free(table[0]);
-  delete[] table;
-  table = nullptr;
-}
-
-}  // namespace
-
 void Init() {
   const auto taxa_count = static_cast<std::size_t>(n);
-  for (TreeTable* tree : {&OPT, &T1, &T2}) *tree = NewTable(taxa_count - 1, kFields);
-  EM = NewTable(2 * taxa_count - 2, 2 * taxa_count - 2);
+  for (TreeTable* tree : {&OPT, &T1, &T2}) *tree = NewRows<double>(taxa_count - 1, kFields);
+  EM = NewRows<double>(2 * taxa_count - 2, 2 * taxa_count - 2);
   for (int i = 0; i < n; ++i) {
     for (int j = 0; j < n; ++j) {
       if (i != j) EM[i][j] = DM1[i][j];
@@ -50,7 +25,7 @@ void Init() {
 }
 
 void Finalize() {
-  for (double*** table : {&OPT, &T1, &T2, &EM}) DeleteTable(*table);
+  for (double*** table : {&OPT, &T1, &T2, &EM}) DeleteRows(*table);
 }
 
 void FC(int node, int from, TreeTable tree) {

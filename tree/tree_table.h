@@ -19,9 +19,31 @@
 #ifndef ZORVEK_TREE_TREE_TABLE_H
 #define ZORVEK_TREE_TREE_TABLE_H
 
+#include <cstddef>
+#include <cstdlib>
+#include <new>
 #include <vector>
 
 namespace zorvek {
+
+// A table of zeros in one piece of memory behind row pointers, also with no rows or columns. Pages
+// that nobody writes are never made: of EM a run touches only the leaf block.
+template <typename Value>
+Value** NewRows(std::size_t rows, std::size_t columns) {
+  auto* cells = static_cast<Value*>(std::calloc(rows * columns + 1, sizeof(Value)));
+  if (cells == nullptr) throw std::bad_alloc();
+  auto** table = new Value*[rows + 1];
+  for (std::size_t row = 0; row <= rows; ++row) table[row] = cells + row * columns;
+  return table;
+}
+
+// Releases what NewRows made and sets the pointer to null.
+template <typename Value>
+void DeleteRows(Value**& table) {
+  if (table != nullptr) std::free(table[0]);
+  delete[] table;
+  table = nullptr;
+}
 
 using TreeTable = double**;       // n-1 row pointers to rows of kFields doubles
 using DistanceMatrix = double**;  // row pointers of a square matrix
@@ -56,16 +78,18 @@ void Finalize();
 // Reads: n.  Writes: temp1.  Cost: linear in the leaves found.
 void FC(int node, int from, TreeTable tree);
 
-// Copies all seven fields of all n-1 rows. Reads: n. Cost: n.
+// Copies all seven fields of all n-1 rows.
+// Reads: n.  Cost: n.
 void CopyTree(TreeTable from, TreeTable to);
 
-// Rebuilds every `parent` field from the child fields and joins the central pair. Reads: n. Cost:
-// n.
+// Rebuilds every `parent` field from the child fields and joins the central pair.
+// Reads: n.  Cost: n.
 void FindAdj(TreeTable tree);
 
 // The interchange across the edge (node, child): the child's left subtree y and its sibling x trade
-// places, so that the node's children become {child, y} and the child's {x, its right child}.
-// Only id fields change.  Requires: `child` internal, `node` its parent.  Reads: n.
+// places, so that the node's children become {child, y} and the child's {x, its right child}. Only
+// id fields change. Requires: `child` internal, `node` its parent.
+// Reads: n.
 void Interchange(TreeTable tree, int node, int child);
 
 // Sets the first `columns` values of each of the first `rows` rows to 0.
