@@ -38,6 +38,8 @@ double SizeLimit(const char* path) {
 
 #if defined(__SANITIZE_ADDRESS__)
 constexpr bool kLimitsMemory = false;
+#elif defined(__has_feature)  // Clang
+constexpr bool kLimitsMemory = !__has_feature(address_sanitizer);
 #else
 constexpr bool kLimitsMemory = true;
 #endif
