@@ -11,40 +11,13 @@
 #include <vector>
 
 #include "driver/run_state.h"
+#include "input/cell_symbols.h"
 #include "input/nexus_reading.h"
 #include "input/pair_table.h"
 
 namespace zorvek {
 
 namespace {
-
-// What NCL tells about the cells. All that a cell holds is its state code, so NCL is asked for the
-// first state of each code once, and a cell costs one look at its row.
-class CellSymbols {
- public:
-  static constexpr char kNone = '\0';  // gap, missing, or no state of the data type
-
-  explicit CellSymbols(const NxsDataBlock& data) : data_(data) {}
-
-  char At(unsigned taxon, unsigned site, NxsDiscreteStateCell code) {
-    if (code < 0) return kNone;
-    const auto index = static_cast<std::size_t>(code);
-    for (std::size_t known = symbols_.size(); known <= index; ++known) symbols_.push_back(kUnknown);
-    if (symbols_[index] == kUnknown) symbols_[index] = Ask(taxon, site);
-    return symbols_[index];
-  }
-
- private:
-  static constexpr char kUnknown = '\1';
-
-  char Ask(unsigned taxon, unsigned site) const {
-    return data_.GetInternalRepresentation(taxon, site, 0) < 0 ? kNone
-                                                               : data_.GetState(taxon, site, 0);
-  }
-
-  const NxsDataBlock& data_;
-  std::vector<char> symbols_;
-};
 
 [[noreturn]] void StopAtUnstablePair(unsigned first, unsigned second) {
   NxsString firstLabel = taxa->GetTaxonLabel(first);

@@ -12,6 +12,7 @@
 #include <sstream>
 #include <string_view>
 
+#include "input/cell_symbols.h"
 #include "wide/error.h"
 #include "wide/sequence_scan.h"
 #include "wide/words.h"
@@ -92,29 +93,6 @@ NxsCharactersBlock& NucleotideMatrix(const std::string& path, const LibraryReade
                               : ": the matrix does not hold nucleotides; say datatype=dna in its "
                                 "FORMAT command if it does"));
 }
-
-// The symbol of a cell's first state. All that a cell holds is its state code, so the library is
-// asked once for each code.
-class CellSymbols {
- public:
-  explicit CellSymbols(const NxsCharactersBlock& matrix) : matrix_(matrix) {}
-
-  char At(unsigned taxon, unsigned site, NxsDiscreteStateCell code) {
-    if (code < 0) return Alignment::kNone;
-    const auto index = static_cast<std::size_t>(code);
-    if (index >= symbols_.size()) symbols_.resize(index + 1, kUnknown);
-    if (symbols_[index] == kUnknown) {
-      const bool none = matrix_.GetInternalRepresentation(taxon, site, 0) < 0;
-      symbols_[index] = none ? Alignment::kNone : matrix_.GetState(taxon, site, 0);
-    }
-    return symbols_[index];
-  }
-
- private:
-  static constexpr char kUnknown = '\1';
-  const NxsCharactersBlock& matrix_;
-  std::vector<char> symbols_;
-};
 
 Alignment Copy(NxsCharactersBlock& matrix) {
   Alignment alignment;
