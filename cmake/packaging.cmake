@@ -1,5 +1,5 @@
 # What an install puts where, the CMake package for users of the library, and the Debian packages that
-# cpack makes: zorvek with the program, libzorvek-dev with library and headers.
+# cpack makes: zorvek with the programs, libzorvek-dev with library and headers.
 include(CMakePackageConfigHelpers)
 
 # Debian wants manual pages and changelogs compressed; every man reads them so.
@@ -40,8 +40,8 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
-    "Reads one NEXUS alignment, estimates the distance of every two taxa, and searches for the
- unrooted binary tree of least minimum-evolution length, which it writes beside the input.")
+    "The programs zorvek and zorvek-wide read one alignment, estimate the distance of every two taxa,
+ and search for the unrooted binary tree of least minimum-evolution length.")
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME zorvek)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
