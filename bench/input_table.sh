@@ -3,17 +3,8 @@
 # brackets how many times as long the documented loops take in the same run, where that is bearable.
 # Usage: bench/input_table.sh  (Google Benchmark and the build's packages installed)
 set -euo pipefail
-cd "$(dirname "$0")/.."
-cmake --preset release -DZORVEK_BENCH=ON >&2
-cmake --build --preset release --target input_bench >&2
-results=$(mktemp)
-trap 'rm -f "$results"' EXIT
-build/release/bench/input_bench --benchmark_format=csv >"$results"
-
-echo "One core of: $(sed -n 's/^model name[[:space:]]*: //p' /proc/cpuinfo | head -n 1)," \
-  "$(awk '/^cpu MHz/ { printf "%.1f GHz", $4 / 1000; exit }' /proc/cpuinfo)," \
-  "$(c++ --version | head -n 1)"
-echo
+source "$(dirname "$0")/measure.sh"
+measure input_bench
 awk -F, '
   # "Counting/fast/200/1000",iterations,real,cpu,ms,bytes,items per second,...
   $1 ~ /^"[A-Z]/ {

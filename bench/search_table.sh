@@ -3,17 +3,8 @@
 # with its ratio to the plain loops in the same run, and how the time of a pass grows with the taxa.
 # Usage: bench/search_table.sh  (Google Benchmark and the build's packages installed)
 set -euo pipefail
-cd "$(dirname "$0")/.."
-cmake --preset release -DZORVEK_BENCH=ON >&2
-cmake --build --preset release --target search_bench >&2
-results=$(mktemp)
-trap 'rm -f "$results"' EXIT
-build/release/bench/search_bench --benchmark_format=csv >"$results"
-
-echo "One core of: $(sed -n 's/^model name[[:space:]]*: //p' /proc/cpuinfo | head -n 1)," \
-  "$(awk '/^cpu MHz/ { printf "%.1f GHz", $4 / 1000; exit }' /proc/cpuinfo)," \
-  "$(c++ --version | head -n 1)"
-echo
+source "$(dirname "$0")/measure.sh"
+measure search_bench
 awk -F, '
   # "Steps/fast/100",iterations,real,cpu,unit,bytes,items per second,...
   $1 ~ /^"[A-Z]/ {
