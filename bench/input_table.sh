@@ -18,9 +18,10 @@ awk -F, '
     split(size, part, " [|] ")
     return part[1] * (part[1] - 1) / 2 / rate[phase, "fast", size]
   }
+  function ratio(value) { return sprintf(value < 10 ? " (%.1fx)" : " (%.0fx)", value) }
   function cell(phase, size) {
     return sprintf(" %.3g s%s |", seconds(phase, size), (phase, "slow", size) in rate ? \
-      sprintf(" (%.3gx)", rate[phase, "fast", size] / rate[phase, "slow", size]) : "")
+      ratio(rate[phase, "fast", size] / rate[phase, "slow", size]) : "")
   }
   END {
     phases = split("Reading Planes Counting Eigensystems CandidateLists StartingLength", phase, " ")
