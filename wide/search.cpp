@@ -36,17 +36,17 @@ class Climber {
 
   Regrafter& Tree() { return tree_; }
 
-  // Regrafts until no subtree at any node has a better place.
-  template <typename Stop>
-  void DescendEverywhere(const Stop& stop) {
+  // Regrafts until no subtree at any node has a better place, or poll(nodes in the queue) is true.
+  template <typename Poll>
+  void DescendEverywhere(const Poll& poll) {
     const int taxa = tree_.Tree().taxa;
     for (int node = taxa; node < 2 * taxa - 2; ++node) Enqueue(node);
-    Descend(stop);
+    Descend(poll);
   }
 
   // Makes a few random regrafts around a random node and descends from there.
-  template <typename Stop>
-  void PerturbAndDescend(std::mt19937_64& generator, const Stop& stop) {
+  template <typename Poll>
+  void PerturbAndDescend(std::mt19937_64& generator, const Poll& poll) {
     const int taxa = tree_.Tree().taxa;
     int centre = taxa + static_cast<int>(generator() % static_cast<unsigned>(taxa - 2));
     const int moves = 3 + static_cast<int>(generator() % 4);
@@ -54,7 +54,7 @@ class Climber {
       centre = Wander(centre, generator);
       PerturbAt(centre, generator);
     }
-    Descend(stop);
+    Descend(poll);
   }
 
  private:
@@ -64,13 +64,13 @@ class Climber {
     queue_.push_back(node);
   }
 
-  template <typename Stop>
-  void Descend(const Stop& stop) {
+  template <typename Poll>
+  void Descend(const Poll& poll) {
     while (!queue_.empty()) {
       const int node = queue_.front();
       queue_.pop_front();
       queued_[static_cast<std::size_t>(node)] = false;
-      if (!stop() && ImproveAt(node)) Enqueue(node);
+      if (!poll(queue_.size()) && ImproveAt(node)) Enqueue(node);
     }
   }
 
@@ -195,6 +195,12 @@ class Search {
     }
   }
 
+  void ReportDescent(std::size_t queued, double length) {
+    if (!settings_.on_progress) return;
+    const double left = static_cast<double>(queued) / (n_ - 2);
+    settings_.on_progress({Progress::kDescent, std::max(1 - left, 0.0), length, false});
+  }
+
   // Runs task(climber slot, number) for numbers 0..count-1 on all threads and hands the outcomes,
   // in the order of their numbers, to the caller.
   template <typename Task>
@@ -241,7 +247,11 @@ class Search {
       std::mt19937_64 generator = Generator(0, static_cast<std::uint64_t>(number));
       Place(climber, number == 0 ? JoinNeighbours(n_, distances_)
                                  : JoinNeighbours(n_, distances_, settings_.alpha, &generator));
-      climber->DescendEverywhere([this] { return Stopped(); });
+      const bool reports = &climber == &climbers_[0];  // on the thread that called
+      climber->DescendEverywhere([&](std::size_t queued) {
+        if (reports) ReportDescent(queued, climber->Tree().Length());
+        return Stopped();
+      });
       return Outcome{climber->Tree().Length(), climber->Tree().Tree()};
     };
     const double before = best_length_;
@@ -257,7 +267,7 @@ class Search {
       const auto round = [this, done](std::unique_ptr<Climber>& climber, int number) {
         std::mt19937_64 generator = Generator(1, static_cast<std::uint64_t>(done + number));
         Place(climber, *best_);
-        climber->PerturbAndDescend(generator, [this] { return Stopped(); });
+        climber->PerturbAndDescend(generator, [this](std::size_t) { return Stopped(); });
         const double length = climber->Tree().Length();
         if (!(length < best_length_ * (1 - kShorter))) return Outcome{};
         return Outcome{length, climber->Tree().Tree()};

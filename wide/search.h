@@ -14,7 +14,7 @@ namespace zorvek::wide {
 struct Progress {
   enum Phase { kStart, kDescent, kRounds } phase;
   double fraction;  // of the phase, 0..1
-  double length;    // positive length of the best tree so far
+  double length;    // positive length of the best tree so far, in a descent of the present one
   bool improved;    // whether that length is new since the last report
 };
 
