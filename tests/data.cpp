@@ -93,6 +93,14 @@ std::function<double(int, int)> TreeLikeDistances(int taxa_count, double noise,
   };
 }
 
+wide::DistanceMatrix Matrix(int taxa_count, const std::function<double(int, int)>& distance) {
+  wide::DistanceMatrix matrix(taxa_count);
+  for (int i = 0; i < taxa_count; ++i) {
+    for (int j = i + 1; j < taxa_count; ++j) matrix.Set(i, j, distance(i, j));
+  }
+  return matrix;
+}
+
 void Shuffle(TreeTable tree, std::mt19937& generator) {
   std::vector<double> open(static_cast<std::size_t>(n));
   std::iota(open.begin(), open.end(), 0.0);
@@ -130,6 +138,14 @@ std::vector<double> Ids(TreeTable tree) {
   std::vector<double> ids;
   for (int row = 0; row < n - 1; ++row) ids.insert(ids.end(), tree[row], tree[row] + kLeftLength);
   return ids;
+}
+
+std::vector<double> Lengths(TreeTable tree) {
+  std::vector<double> lengths;
+  for (int row = 0; row < n - 1; ++row) {
+    lengths.insert(lengths.end(), tree[row] + kLeftLength, tree[row] + kSpare);
+  }
+  return lengths;
 }
 
 std::string CheckTree(TreeTable tree) {

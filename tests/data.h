@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tree/tree_table.h"
+#include "wide/distance_matrix.h"
 
 namespace zorvek::test {
 
@@ -40,6 +41,9 @@ std::function<double(int, int)> RandomDistances(std::uint32_t seed);
 // as the search meets them.
 std::function<double(int, int)> TreeLikeDistances(int taxa_count, double noise, std::uint32_t seed);
 
+// The same distances as a matrix of the wide search.
+wide::DistanceMatrix Matrix(int taxa_count, const std::function<double(int, int)>& distance);
+
 // Gives the tree a random topology.
 void Shuffle(TreeTable tree, std::mt19937& generator);
 
@@ -48,6 +52,9 @@ void RandomInterchange(TreeTable tree, std::mt19937& generator);
 
 // The ids of all rows, for comparing topologies field by field.
 std::vector<double> Ids(TreeTable tree);
+
+// All lengths of the table, row by row.
+std::vector<double> Lengths(TreeTable tree);
 
 // Empty if the table is well formed, else what is wrong with it.
 std::string CheckTree(TreeTable tree);

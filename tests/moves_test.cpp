@@ -57,14 +57,6 @@ std::vector<double*> Slots(TreeTable tree) {
   return slots;
 }
 
-std::vector<double> Lengths(TreeTable tree) {
-  std::vector<double> lengths;
-  for (int row = 0; row < n - 1; ++row) {
-    lengths.insert(lengths.end(), tree[row] + kLeftLength, tree[row] + kSpare);
-  }
-  return lengths;
-}
-
 struct Trial {
   Tree tree;
   double length;
@@ -114,7 +106,7 @@ void ExpectFirstBelowEveryBound(const Move& move, const Tree& start, const Trial
     EXPECT_TRUE(result == bound || std::isnan(bound));
     EXPECT_EQ(test::Ids(tree), test::Ids(start));
     // The lengths tell that the last trial of the list was the last one made.
-    EXPECT_EQ(Lengths(tree), Lengths(trials.empty() ? start : trials.back().tree));
+    EXPECT_EQ(test::Lengths(tree), test::Lengths(trials.empty() ? start : trials.back().tree));
   }
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <random>
 #include <vector>
 
@@ -15,31 +14,10 @@
 namespace zorvek::wide {
 namespace {
 
-// A symmetric matrix behind row pointers.
-class Matrix {
- public:
-  Matrix(int taxa_count, std::function<double(int, int)> distance)
-      : cells_(static_cast<std::size_t>(taxa_count),
-               std::vector<double>(static_cast<std::size_t>(taxa_count))) {
-    for (std::size_t i = 0; i < cells_.size(); ++i) {
-      for (std::size_t j = i + 1; j < cells_.size(); ++j) {
-        cells_[i][j] = cells_[j][i] = distance(static_cast<int>(i), static_cast<int>(j));
-      }
-      rows_.push_back(cells_[i].data());
-    }
-  }
-  const double* const* Rows() const { return rows_.data(); }
-  double At(unsigned i, unsigned j) const { return cells_[i][j]; }
-
- private:
-  std::vector<std::vector<double>> cells_;
-  std::vector<const double*> rows_;
-};
-
 TEST(Regrafter, FindsEveryPlaceWithItsGainAndLength) {
   for (const int taxa_count : {4, 5, 6, 9, 16}) {
     std::mt19937_64 generator(static_cast<std::uint64_t>(taxa_count));
-    const Matrix matrix(taxa_count, test::RandomDistances(3));
+    const DistanceMatrix matrix = test::Matrix(taxa_count, test::RandomDistances(3));
     Regrafter tree(JoinNeighbours(taxa_count, matrix.Rows(), 0, &generator), matrix.Rows());
     std::vector<Regraft> found;
     for (int change = 0; change < 8; ++change) {
@@ -75,16 +53,16 @@ TEST(Regrafter, FindsEveryPlaceWithItsGainAndLength) {
 // because the length of the edge above A depends on the split of A, on its sibling and on all the rest.
 class Optimum {
  public:
-  Optimum(unsigned taxa_count, const Matrix& matrix)
-      : all_((1u << taxa_count) - 1), within_(all_ + 1), splits_(all_ + 1) {
+  explicit Optimum(const DistanceMatrix& matrix)
+      : all_((1u << matrix.Size()) - 1), within_(all_ + 1), splits_(all_ + 1) {
     for (unsigned set = 1; set <= all_; ++set) {
-      const unsigned first = Lowest(set);
+      const int first = Lowest(set);
       within_[set] = within_[set & (set - 1)];
-      for (unsigned j = first + 1; j < taxa_count; ++j) {
-        if ((set >> j & 1) != 0) within_[set] += matrix.At(first, j);
+      for (int j = first + 1; j < matrix.Size(); ++j) {
+        if ((set >> j & 1) != 0) within_[set] += matrix(first, j);
       }
     }
-    const unsigned root = 1u << (taxa_count - 1);
+    const unsigned root = 1u << (matrix.Size() - 1);
     for (unsigned set = 3; set < root; ++set) Split(set);
     for (const auto& [a, below] : splits_[root - 1]) {
       length_ = std::min(length_, below + External(root, a, (root - 1) ^ a));
@@ -98,7 +76,7 @@ class Optimum {
     double length;  // of all edges below, the two at the top included
   };
 
-  static unsigned Lowest(unsigned set) { return static_cast<unsigned>(__builtin_ctz(set)); }
+  static int Lowest(unsigned set) { return __builtin_ctz(set); }
   static double Size(unsigned set) { return __builtin_popcount(set); }
   double Average(unsigned x, unsigned y) const {
     return (within_[x | y] - within_[x] - within_[y]) / (Size(x) * Size(y));
@@ -138,22 +116,22 @@ class Optimum {
 };
 
 TEST(WideSearch, FindsTheOptimumOfSmallData) {
-  for (unsigned taxa_count = 4; taxa_count <= 10; ++taxa_count) {
+  for (int taxa_count = 4; taxa_count <= 10; ++taxa_count) {
     for (std::uint32_t seed = 1; seed <= 6; ++seed) {
-      const auto count = static_cast<int>(taxa_count);
-      const Matrix matrix(count, seed % 2 == 0 ? test::RandomDistances(seed)
-                                               : test::TreeLikeDistances(count, 0.5, seed));
+      const DistanceMatrix matrix =
+          test::Matrix(taxa_count, seed % 2 == 0 ? test::RandomDistances(seed)
+                                                 : test::TreeLikeDistances(taxa_count, 0.5, seed));
       SearchSettings settings;
       settings.seed = seed;
       settings.rounds = 1000;
-      const double found = FindShortestTree(count, matrix.Rows(), settings).positive;
-      EXPECT_NEAR(found, Optimum(taxa_count, matrix).Length(), 1e-12);
+      const double found = FindShortestTree(taxa_count, matrix.Rows(), settings).positive;
+      EXPECT_NEAR(found, Optimum(matrix).Length(), 1e-12);
     }
   }
 }
 
 TEST(WideSearch, DependsOnItsSeedAndNotOnTheThreads) {
-  const Matrix matrix(40, test::TreeLikeDistances(40, 0.5, 5));
+  const DistanceMatrix matrix = test::Matrix(40, test::TreeLikeDistances(40, 0.5, 5));
   SearchSettings settings;
   settings.starts = 3;
   settings.rounds = 100;
