@@ -3,13 +3,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <numeric>
+#include <cstdint>
 #include <random>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "tests/data.h"
+#include "tests/files.h"
 #include "wide/identical.h"
 #include "wide/labels.h"
 #include "wide/newick.h"
@@ -25,13 +26,8 @@ namespace {
 
 constexpr double kTurn = 2 * 3.14159265358979323846;
 
-DistanceMatrix RandomMatrix(int n, std::mt19937& generator, double least = 0.5) {
-  std::uniform_real_distribution<double> uniform(least, 1);
-  DistanceMatrix distances(n);
-  for (int i = 0; i < n; ++i) {
-    for (int j = 0; j < i; ++j) distances.Set(i, j, uniform(generator));
-  }
-  return distances;
+DistanceMatrix RandomMatrix(int n, std::mt19937& generator) {
+  return test::Matrix(n, test::RandomDistances(static_cast<std::uint32_t>(generator())));
 }
 
 Tree RandomTree(int n, std::mt19937& generator) {
@@ -42,6 +38,16 @@ std::vector<std::string> Numbered(int n) {
   std::vector<std::string> labels;
   for (int i = 0; i < n; ++i) labels.push_back("t" + std::to_string(i));
   return labels;
+}
+
+// The side of a split without taxon 0.
+std::set<int> WithoutFirst(const std::set<int>& side, int n) {
+  if (side.count(0) == 0) return side;
+  std::set<int> others;
+  for (int taxon = 0; taxon < n; ++taxon) {
+    if (side.count(taxon) == 0) others.insert(taxon);
+  }
+  return others;
 }
 
 // The taxa on the far side of each inner edge, from taxon 0; nothing for the other nodes.
@@ -56,7 +62,8 @@ std::vector<std::set<int>> Splits(const TreeView& view) {
     }
   }
   for (int node = 0; node < static_cast<int>(below.size()); ++node) {
-    if (view.IsTaxon(node) || node == view.top) below[static_cast<std::size_t>(node)].clear();
+    std::set<int>& taxa = below[static_cast<std::size_t>(node)];
+    taxa = view.IsTaxon(node) || node == view.top ? std::set<int>() : WithoutFirst(taxa, view.taxa);
   }
   return below;
 }
@@ -72,23 +79,17 @@ TEST(WideTreeView, HangsTheSameTreeAtTheFirstTaxon) {
     double sum = 0;
     for (const TreeView::Node& node : view.nodes) sum += node.length;
     EXPECT_NEAR(sum, tree.positive, 1e-12 * n);
-    // Both ways of holding the tree have the same taxa below each edge, or all the others.
-    const std::vector<std::set<int>> splits = Splits(view);
-    std::vector<std::set<int>> below(splits.size());
-    for (int node = 0; node < 2 * n - 2; ++node) {
-      std::set<int>& taxa = below[static_cast<std::size_t>(node)];
-      if (node < n) taxa = {node};
+    // The tree as it is held, whose nodes come after their children.
+    TreeView held{n, 2 * n - 2, std::vector<TreeView::Node>(view.nodes.size()), {}};
+    for (int node = 2 * n - 3; node >= 0; --node) {
+      held.preorder.push_back(node);
       if (node < n) continue;
-      for (const int child : tree.children[static_cast<std::size_t>(node - n)]) {
-        const std::set<int>& more = below[static_cast<std::size_t>(child)];
-        taxa.insert(more.begin(), more.end());
-      }
-      std::set<int> away;
-      for (int taxon = 0; taxon < n; ++taxon) {
-        if (taxa.count(taxon) != taxa.count(0)) away.insert(taxon);
-      }
-      EXPECT_EQ(std::count(splits.begin(), splits.end(), away), 1) << n << " " << node;
+      const auto& children = tree.children[static_cast<std::size_t>(node - n)];
+      held.nodes[static_cast<std::size_t>(node)].children.assign(children.begin(), children.end());
     }
+    const std::vector<std::set<int>> splits = Splits(view);
+    const std::vector<std::set<int>> expected = Splits(held);
+    EXPECT_EQ(std::set(splits.begin(), splits.end()), std::set(expected.begin(), expected.end()));
   }
 }
 
@@ -107,17 +108,17 @@ TEST(WideNewick, QuotesLabelsAndReadsBackTheSameLengths) {
   labels[7] = "it's (7)";
   const std::string text = Newick(view, labels);
   std::multiset<double> lengths;
-  for (std::size_t at = text.find(':'); at != text.npos; at = text.find(':', at + 1)) {
-    lengths.insert(std::strtod(text.c_str() + at + 1, nullptr));
+  for (const std::string& length : test::FindAll(text, ":([-+.e0-9]+)")) {
+    lengths.insert(std::stod(length));
   }
   std::multiset<double> expected;
-  for (int node = 0; node < 78; ++node) {
+  for (const int node : view.preorder) {
     if (node != view.top) expected.insert(view.At(node).length);
   }
   EXPECT_EQ(lengths, expected);
-  EXPECT_NE(text.find("'it''s (7)':"), text.npos);
-  EXPECT_NE(text.find(")12.5:"), text.npos);
-  EXPECT_NE(NexusTrees(view, labels).find("\n    8 'it''s (7)',\n"), text.npos);
+  EXPECT_TRUE(test::Contains(text, "'it''s (7)':"));
+  EXPECT_TRUE(test::Contains(text, ")12.5:"));
+  EXPECT_TRUE(test::Contains(NexusTrees(view, labels), "\n    8 'it''s (7)',\n"));
 }
 
 TEST(WideSupport, FindsTheSplitsThatTwoTreesShare) {
@@ -132,8 +133,8 @@ TEST(WideSupport, FindsTheSplitsThatTwoTreesShare) {
     std::set<int> expected;
     for (int node = n; node < 2 * n - 2; ++node) {
       const std::set<int>& split = splits[static_cast<std::size_t>(node)];
-      if (split.empty()) continue;
-      if (std::count(others.begin(), others.end(), split) > 0) expected.insert(node);
+      const bool both = std::count(others.begin(), others.end(), split) > 0;
+      if (both && !split.empty()) expected.insert(node);
     }
     const std::vector<int> shared = SplitCounter(one).Shared(two);
     EXPECT_EQ(std::set<int>(shared.begin(), shared.end()), expected);
@@ -154,14 +155,10 @@ TEST(WideIdentical, TaxaThatAreTheSameStayTogether) {
     while (kind.size() < 4) kind.push_back(0);
     std::shuffle(kind.begin(), kind.end(), generator);
     const int n = static_cast<int>(kind.size());
-    const DistanceMatrix between = RandomMatrix(distinct, generator, 0.1);
-    DistanceMatrix distances(n);
-    for (int i = 0; i < n; ++i) {
-      for (int j = 0; j < i; ++j) {
-        distances.Set(
-            i, j, between(kind[static_cast<std::size_t>(i)], kind[static_cast<std::size_t>(j)]));
-      }
-    }
+    const DistanceMatrix between = RandomMatrix(distinct, generator);
+    const DistanceMatrix distances = test::Matrix(n, [&](int i, int j) {
+      return between(kind[static_cast<std::size_t>(i)], kind[static_cast<std::size_t>(j)]);
+    });
     SearchSettings settings;
     settings.rounds = 50;
     Tree tree = FindShortestTree(n, distances.Rows(), settings);
@@ -175,19 +172,10 @@ TEST(WideIdentical, TaxaThatAreTheSameStayTogether) {
     ClearWithin(groups, view);
     const std::vector<std::set<int>> splits = Splits(view);
     for (const std::vector<int>& group : groups) {
-      std::set<int> members(group.begin(), group.end());
-      if (members.count(0) > 0) {  // splits name the side without taxon 0
-        std::set<int> others;
-        for (int i = 0; i < n; ++i) {
-          if (members.count(i) == 0) others.insert(i);
-        }
-        members = others;
-      }
+      const std::set<int> members = WithoutFirst({group.begin(), group.end()}, n);
       const bool trivial = members.size() < 2 || members.size() + 1 >= kind.size();
       EXPECT_TRUE(trivial || std::count(splits.begin(), splits.end(), members) == 1);
-      for (const int taxon : group) {
-        EXPECT_EQ(view.At(taxon).length, 0);
-      }
+      for (const int taxon : group) EXPECT_EQ(view.At(taxon).length, 0);
     }
   }
   EXPECT_GT(apart, 0);
@@ -226,7 +214,7 @@ TEST(WideVertexCover, IsSmallestOnSmallGraphsAndCoversLargeOnes) {
   std::vector<std::pair<int, int>> stars;
   for (int centre : {5, 70, 300}) {
     for (int other = 0; other < 400; ++other) {
-      if (other != centre) stars.emplace_back(std::min(centre, other), std::max(centre, other));
+      if (other != centre) stars.push_back(std::minmax({centre, other}));
     }
   }
   EXPECT_EQ(FindVertexCover(400, stars).vertices, (std::vector<int>{5, 70, 300}));
@@ -239,12 +227,7 @@ TEST(WidePhylip, MatricesComeBackAsTheSameBits) {
   distances.Set(5, 6, 1.7e-300);
   std::vector<std::string> labels = Numbered(17);
   labels[2] = "Homo sapiens";
-  std::string text = FormatSquareMatrix(labels, distances);
-  for (std::size_t at = 80; at < text.size(); at += 90) {  // wrapped lines
-    at = text.find(' ', at);
-    if (at != text.npos) text[at] = '\n';
-  }
-  const LabelledMatrix read = ParseSquareMatrix("m", text);
+  const LabelledMatrix read = ParseSquareMatrix("m", FormatSquareMatrix(labels, distances));
   EXPECT_EQ(read.labels[2], "Homo_sapiens");
   for (int i = 0; i < 17; ++i) {
     for (int j = 0; j < 17; ++j) EXPECT_EQ(read.distances(i, j), distances(i, j));
