@@ -39,8 +39,6 @@ Real Ratio(std::size_t numerator, std::size_t denominator) {
   return static_cast<Real>(numerator) / static_cast<Real>(denominator);
 }
 
-}  // namespace
-
 template <typename Real>
 Real ExternalLength(int leaf, int node, TreeTable tree) {
   const double* row = tree[node - n];
@@ -61,6 +59,8 @@ Real InternalLength(int u, int v, TreeTable tree) {
           (Average<Real>(a, b) + Average<Real>(c, d))) *
          Real(0.5);
 }
+
+}  // namespace
 
 template <typename Real>
 Real Delta(int u, int v, TreeTable tree) {
@@ -187,12 +187,8 @@ void Search::Step() {
   }
 }
 
-template double ExternalLength<double>(int, int, TreeTable);
-template double InternalLength<double>(int, int, TreeTable);
 template double Evaluate<double>(TreeTable);
 template double Delta<double>(int, int, TreeTable);
-template long double ExternalLength<long double>(int, int, TreeTable);
-template long double InternalLength<long double>(int, int, TreeTable);
 template long double Evaluate<long double>(TreeTable);
 template long double Delta<long double>(int, int, TreeTable);
 

@@ -11,12 +11,6 @@
 
 namespace zorvek::reference {
 
-template <typename Real>
-Real ExternalLength(int leaf, int node, TreeTable tree);
-
-template <typename Real>
-Real InternalLength(int u, int v, TreeTable tree);
-
 // Sum of the positive edge lengths; the lengths go into the table.
 template <typename Real>
 Real Evaluate(TreeTable tree);

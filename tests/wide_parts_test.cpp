@@ -14,7 +14,6 @@
 #include "wide/identical.h"
 #include "wide/labels.h"
 #include "wide/newick.h"
-#include "wide/phylip.h"
 #include "wide/search.h"
 #include "wide/support.h"
 #include "wide/tree_layout.h"
@@ -218,20 +217,6 @@ TEST(WideVertexCover, IsSmallestOnSmallGraphsAndCoversLargeOnes) {
     }
   }
   EXPECT_EQ(FindVertexCover(400, stars).vertices, (std::vector<int>{5, 70, 300}));
-}
-
-TEST(WidePhylip, MatricesComeBackAsTheSameBits) {
-  std::mt19937 generator(5);
-  DistanceMatrix distances = RandomMatrix(17, generator);
-  distances.Set(3, 4, 0);
-  distances.Set(5, 6, 1.7e-300);
-  std::vector<std::string> labels = Numbered(17);
-  labels[2] = "Homo sapiens";
-  const LabelledMatrix read = ParseSquareMatrix("m", FormatSquareMatrix(labels, distances));
-  EXPECT_EQ(read.labels[2], "Homo_sapiens");
-  for (int i = 0; i < 17; ++i) {
-    for (int j = 0; j < 17; ++j) EXPECT_EQ(read.distances(i, j), distances(i, j));
-  }
 }
 
 TEST(WideLayout, KeepsEdgeLengthsAndLabelsApart) {
