@@ -30,6 +30,24 @@ class Workspace {
   std::vector<int*> candidate_rows_;
 };
 
+// A tree table of its own, that can be copied.
+class Tree {
+ public:
+  explicit Tree(TreeTable tree);
+  Tree(const Tree& other) : Tree(other.data()) {}
+  Tree& operator=(const Tree& other) {
+    cells_ = other.cells_;
+    return *this;
+  }
+  TreeTable data() const { return rows_.data(); }
+  operator TreeTable() const { return data(); }
+  bool operator==(const Tree& other) const { return cells_ == other.cells_; }
+
+ private:
+  std::vector<double> cells_;
+  mutable std::vector<double*> rows_;
+};
+
 // Distances drawn anew for every pair i < j, uniform over the whole numbers 1..2^20 times 2^-20, so
 // that plain sums of them are exact.
 std::function<double(int, int)> DyadicDistances(std::uint32_t seed);

@@ -140,9 +140,9 @@ TEST_P(Trace, IsThatOfTheDocumentedLoops) {
       fast.Step();
       ASSERT_EQ(t1_val, slow.current_length) << "step " << step;
       ASSERT_EQ(opt_val, slow.best_length);
-      ASSERT_EQ(test::Ids(T1), test::Ids(slow.current.data()));
-      ASSERT_EQ(Lengths(T1), Lengths(slow.current.data()));
-      ASSERT_EQ(Lengths(OPT), Lengths(slow.best.data()));
+      ASSERT_EQ(test::Ids(T1), test::Ids(slow.current));
+      ASSERT_EQ(Lengths(T1), Lengths(slow.current));
+      ASSERT_EQ(Lengths(OPT), Lengths(slow.best));
     }
     ASSERT_EQ(r->nextWord(), slow.random.nextWord());
     ASSERT_EQ(Evaluate(OPT), opt_val);
