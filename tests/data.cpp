@@ -23,9 +23,9 @@ Workspace::Workspace(int taxa_count, const std::function<double(int, int)>& dist
     for (int j = 0; j < taxa_count; ++j) {
       if (j != i) *candidate++ = j;
       if (j <= i) continue;
-      distance_rows_[static_cast<std::size_t>(i)][j] = distance(i, j);
-      distance_rows_[static_cast<std::size_t>(j)][i] =
-          distance_rows_[static_cast<std::size_t>(i)][j];
+      const double between = distance(i, j);
+      distance_rows_[static_cast<std::size_t>(i)][j] = between;
+      distance_rows_[static_cast<std::size_t>(j)][i] = between;
     }
   }
   n = taxa_count;
@@ -49,6 +49,11 @@ Workspace::~Workspace() {
   n = MAX_TIME = horizon = n_ants = time_val = 0;
   alpha = t2_val = 0;
   opt_val = t1_val = 1e8;
+}
+
+Tree::Tree(TreeTable tree) : cells_(static_cast<std::size_t>((n - 1) * kFields)) {
+  for (int row = 0; row < n - 1; ++row) rows_.push_back(&cells_[0] + row * kFields);
+  CopyTree(tree, data());
 }
 
 std::function<double(int, int)> DyadicDistances(std::uint32_t seed) {
@@ -93,6 +98,14 @@ std::function<double(int, int)> TreeLikeDistances(int taxa_count, double noise,
   };
 }
 
+wide::DistanceMatrix Matrix(int taxa_count, const std::function<double(int, int)>& distance) {
+  wide::DistanceMatrix matrix(taxa_count);
+  for (int i = 0; i < taxa_count; ++i) {
+    for (int j = i + 1; j < taxa_count; ++j) matrix.Set(i, j, distance(i, j));
+  }
+  return matrix;
+}
+
 void Shuffle(TreeTable tree, std::mt19937& generator) {
   std::vector<double> open(static_cast<std::size_t>(n));
   std::iota(open.begin(), open.end(), 0.0);
@@ -132,17 +145,24 @@ std::vector<double> Ids(TreeTable tree) {
   return ids;
 }
 
+std::vector<double> Lengths(TreeTable tree) {
+  std::vector<double> lengths;
+  for (int row = 0; row < n - 1; ++row) {
+    lengths.insert(lengths.end(), tree[row] + kLeftLength, tree[row] + kSpare);
+  }
+  return lengths;
+}
+
 std::string CheckTree(TreeTable tree) {
   std::vector<int> named(static_cast<std::size_t>(2 * n - 1));
   for (int row = 0; row < n - 1; ++row) {
-    const std::string where = "row " + std::to_string(row) + ": ";
-    if (tree[row][kSelf] != n + row) return where + "self";
+    if (tree[row][kSelf] != n + row) return "self";
     for (const Field side : {kLeft, kRight}) {
       const double child = tree[row][side];
-      if (!(child >= 0 && child <= 2 * n - 3)) return where + "child out of range";
+      if (!(child >= 0 && child <= 2 * n - 3)) return "child out of range";
       ++named[static_cast<std::size_t>(child)];
       if (child >= n && row < n - 2 && tree[static_cast<int>(child) - n][kParent] != n + row) {
-        return where + "child with another parent";
+        return "child with another parent";
       }
     }
   }

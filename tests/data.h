@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tree/tree_table.h"
+#include "wide/distance_matrix.h"
 
 namespace zorvek::test {
 
@@ -29,6 +30,24 @@ class Workspace {
   std::vector<int*> candidate_rows_;
 };
 
+// A tree table of its own, that can be copied.
+class Tree {
+ public:
+  explicit Tree(TreeTable tree);
+  Tree(const Tree& other) : Tree(other.data()) {}
+  Tree& operator=(const Tree& other) {
+    cells_ = other.cells_;
+    return *this;
+  }
+  TreeTable data() const { return rows_.data(); }
+  operator TreeTable() const { return data(); }
+  bool operator==(const Tree& other) const { return cells_ == other.cells_; }
+
+ private:
+  std::vector<double> cells_;
+  mutable std::vector<double*> rows_;
+};
+
 // Distances drawn anew for every pair i < j, uniform over the whole numbers 1..2^20 times 2^-20, so
 // that plain sums of them are exact.
 std::function<double(int, int)> DyadicDistances(std::uint32_t seed);
@@ -40,6 +59,9 @@ std::function<double(int, int)> RandomDistances(std::uint32_t seed);
 // as the search meets them.
 std::function<double(int, int)> TreeLikeDistances(int taxa_count, double noise, std::uint32_t seed);
 
+// The same distances as a matrix of the wide search.
+wide::DistanceMatrix Matrix(int taxa_count, const std::function<double(int, int)>& distance);
+
 // Gives the tree a random topology.
 void Shuffle(TreeTable tree, std::mt19937& generator);
 
@@ -48,6 +70,9 @@ void RandomInterchange(TreeTable tree, std::mt19937& generator);
 
 // The ids of all rows, for comparing topologies field by field.
 std::vector<double> Ids(TreeTable tree);
+
+// All lengths of the table, row by row.
+std::vector<double> Lengths(TreeTable tree);
 
 // Empty if the table is well formed, else what is wrong with it.
 std::string CheckTree(TreeTable tree);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "driver/run_state.h"
 
@@ -35,13 +36,6 @@ Real Average(const Leaves& x, const Leaves& y) {
 }
 
 template <typename Real>
-Real Ratio(std::size_t numerator, std::size_t denominator) {
-  return static_cast<Real>(numerator) / static_cast<Real>(denominator);
-}
-
-}  // namespace
-
-template <typename Real>
 Real ExternalLength(int leaf, int node, TreeTable tree) {
   const double* row = tree[node - n];
   const Leaves i = {leaf};
@@ -54,21 +48,23 @@ template <typename Real>
 Real InternalLength(int u, int v, TreeTable tree) {
   const auto [a, b] = SubtreesAt(u, v, tree);
   const auto [c, d] = SubtreesAt(v, u, tree);
-  const Real w = Ratio<Real>(a.size() * d.size() + b.size() * c.size(),
-                             (a.size() + b.size()) * (c.size() + d.size()));
+  const Real w = Real(a.size() * d.size() + b.size() * c.size()) /
+                 Real((a.size() + b.size()) * (c.size() + d.size()));
   return ((1 - w) * (Average<Real>(a, d) + Average<Real>(b, c)) +
           w * (Average<Real>(a, c) + Average<Real>(b, d)) -
           (Average<Real>(a, b) + Average<Real>(c, d))) *
          Real(0.5);
 }
 
+}  // namespace
+
 template <typename Real>
 Real Delta(int u, int v, TreeTable tree) {
   const auto [a, b] = SubtreesAt(u, v, tree);
   const auto [c, d] = SubtreesAt(v, u, tree);
-  const std::size_t shared = a.size() * d.size() + b.size() * c.size();
-  const Real w = Ratio<Real>(shared, (a.size() + b.size()) * (c.size() + d.size()));
-  const Real w2 = Ratio<Real>(shared, (a.size() + c.size()) * (b.size() + d.size()));
+  const auto shared = Real(a.size() * d.size() + b.size() * c.size());
+  const Real w = shared / Real((a.size() + b.size()) * (c.size() + d.size()));
+  const Real w2 = shared / Real((a.size() + c.size()) * (b.size() + d.size()));
   return (((w - 1) * (Average<Real>(a, c) + Average<Real>(b, d)) -
            (w2 - 1) * (Average<Real>(a, b) + Average<Real>(c, d))) -
           (w - w2) * (Average<Real>(a, d) + Average<Real>(b, c))) *
@@ -115,19 +111,9 @@ bool FastLocalSearch(TreeTable tree) {
   return true;
 }
 
-Search::Search(std::uint32_t seed) {
+Search::Search(std::uint32_t seed) : best(OPT), current(T1) {
   random.seedWithValue(seed);
-  current_rows.assign(static_cast<std::size_t>(n - 1), std::vector<double>(kFields));
-  for (int row = 0; row < n - 1; ++row) {
-    current_rows[static_cast<std::size_t>(row)] = {-1, double(n + row), 2.0 * row, 2.0 * row + 1};
-    current_rows[static_cast<std::size_t>(row)].resize(kFields);
-  }
-  best_rows = current_rows;
-  for (auto& row : best_rows) best.push_back(row.data());
-  for (auto& row : current_rows) current.push_back(row.data());
-  FindAdj(best.data());
-  FindAdj(current.data());
-  best_length = current_length = reference::Evaluate<double>(best.data());
+  best_length = current_length = reference::Evaluate<double>(best);
 }
 
 double Search::Shift(TreeTable tree, double bound) {
@@ -159,22 +145,22 @@ void Search::Step() {
   const auto improves = [this] {
     if (!(current_length < best_length)) return 0;
     best_length = current_length;
-    CopyTree(current.data(), best.data());
+    CopyTree(current, best);
     ++improvements;
     return 1;
   };
-  reference::FastLocalSearch(current.data());
-  current_length = reference::Evaluate<double>(current.data());
+  reference::FastLocalSearch(current);
+  current_length = reference::Evaluate<double>(current);
   int successes = improves();
-  current_length = Shift(current.data(), current_length);
+  current_length = Shift(current, current_length);
   successes += improves();
   if (successes > 0 || ++stalled <= 20) return;
   stalled = 0;
-  CopyTree(best.data(), current.data());
+  CopyTree(best, current);
   std::vector<std::pair<int, int>> eligible;
   for (int row = 0; row < n - 4; ++row) {
     for (const Field side : {kLeft, kRight}) {
-      if (current[static_cast<std::size_t>(row)][side] >= n) eligible.emplace_back(row, side);
+      if (current[row][side] >= n) eligible.emplace_back(row, side);
     }
   }
   if (eligible.empty()) return;
@@ -182,17 +168,13 @@ void Search::Step() {
     const int row = static_cast<int>(random.nextAtMost(static_cast<std::uint32_t>(n - 3)));
     const Field side = random.nextAtMost(1) == 0 ? kLeft : kRight;
     if (std::count(eligible.begin(), eligible.end(), std::pair<int, int>(row, side)) == 0) continue;
-    Interchange(current.data(), n + row, Id(current[static_cast<std::size_t>(row)], side));
+    Interchange(current, n + row, Id(current[row], side));
     return;
   }
 }
 
-template double ExternalLength<double>(int, int, TreeTable);
-template double InternalLength<double>(int, int, TreeTable);
 template double Evaluate<double>(TreeTable);
 template double Delta<double>(int, int, TreeTable);
-template long double ExternalLength<long double>(int, int, TreeTable);
-template long double InternalLength<long double>(int, int, TreeTable);
 template long double Evaluate<long double>(TreeTable);
 template long double Delta<long double>(int, int, TreeTable);
 

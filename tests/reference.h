@@ -4,18 +4,13 @@
 #ifndef ZORVEK_TESTS_REFERENCE_H
 #define ZORVEK_TESTS_REFERENCE_H
 
-#include <vector>
+#include <cstdint>
 
 #include "driver/mt_rand.h"
+#include "tests/data.h"
 #include "tree/tree_table.h"
 
 namespace zorvek::reference {
-
-template <typename Real>
-Real ExternalLength(int leaf, int node, TreeTable tree);
-
-template <typename Real>
-Real InternalLength(int u, int v, TreeTable tree);
 
 // Sum of the positive edge lengths; the lengths go into the table.
 template <typename Real>
@@ -37,8 +32,7 @@ struct Search {
   // As `tree` looks after the draws of one call.
   double Shift(TreeTable tree, double bound);
 
-  std::vector<std::vector<double>> best_rows, current_rows;
-  std::vector<double*> best, current;  // row pointers into the above
+  test::Tree best, current;
   double best_length, current_length;
   int improvements = 0, stalled = 0;
   MTRand random;

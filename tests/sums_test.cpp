@@ -2,39 +2,32 @@
 // whole against the slow reference.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
+#include <functional>
+#include <random>
 #include <vector>
 
+#include "driver/run.h"
 #include "driver/run_state.h"
-#include "search/iterated_local_search.h"
 #include "search/random_perturbation.h"
 #include "search/shift.h"
 #include "tests/data.h"
 #include "tests/reference.h"
 #include "tree/fast_local_search.h"
 #include "tree/ordered_sum.h"
-#include "tree/tournament.h"
 #include "tree/tree_follower.h"
 #include "tree/tree_length.h"
 
 namespace zorvek {
 namespace {
 
+using test::Lengths;
 using test::Workspace;
 
 std::function<double(int, int)> Listed(std::vector<double> upper_triangle) {
   return [list = std::move(upper_triangle), next = std::size_t{0}](int, int) mutable {
     return list.at(next++);
   };
-}
-
-std::vector<double> Lengths(TreeTable tree) {
-  std::vector<double> lengths;
-  for (int row = 0; row < n - 1; ++row) {
-    lengths.insert(lengths.end(), tree[row] + kLeftLength, tree[row] + kSpare);
-  }
-  return lengths;
 }
 
 TEST(TreeLength, WorkedExamples) {
@@ -107,29 +100,16 @@ TEST_P(ManyChanges, FastIsAsDefinedAndAsRebuilt) {
   std::mt19937 generator(11);
   test::Shuffle(T1, generator);
   CopyTree(T1, T2);
+  const std::vector<std::function<void()>> changes{[] { Shift(T1, 0.0); },
+                                                   [] { CopyTree(T2, T1); },
+                                                   [] { CopyTree(T1, T2); },
+                                                   [] { RandomPerturbation(T1); },
+                                                   [] { FastLocalSearch(T1); },
+                                                   [] { Evaluate(T2); },
+                                                   [&] { test::RandomInterchange(T1, generator); },
+                                                   [&] { test::RandomInterchange(T1, generator); }};
   for (int change = 0; change < 300; ++change) {
-    switch (generator() % 8) {
-      case 0:
-        Shift(T1, 0.0);
-        break;
-      case 1:
-        CopyTree(T2, T1);
-        break;
-      case 2:
-        CopyTree(T1, T2);
-        break;
-      case 3:
-        RandomPerturbation(T1);
-        break;
-      case 4:
-        FastLocalSearch(T1);
-        break;
-      case 5:
-        Evaluate(T2);
-        break;
-      default:
-        test::RandomInterchange(T1, generator);
-    }
+    changes[generator() % changes.size()]();
     ASSERT_EQ(test::CheckTree(T1), "");
     ExpectAsRebuilt(T1);
     if (change % (taxa_count > 30 ? 60 : 10) == 0) ExpectAsDefined(T1);
@@ -146,23 +126,23 @@ class Trace : public testing::TestWithParam<int> {};
 TEST_P(Trace, IsThatOfTheDocumentedLoops) {
   const int taxa_count = GetParam();
   for (std::uint32_t seed = 1; seed <= 3; ++seed) {
-    const Workspace workspace(taxa_count, test::DyadicDistances(seed), seed);
+    // The last ones are so coarse that gains tie.
+    const double unit = seed < 3 ? 0x1p-20 : 0.25;
+    const auto distance = [unit, dyadic = test::DyadicDistances(seed)](int i, int j) mutable {
+      return std::ceil(dyadic(i, j) / unit) * unit;
+    };
+    const Workspace workspace(taxa_count, distance, seed);
     reference::Search slow(seed);
     ASSERT_EQ(opt_val, slow.best_length);
-    int stalled = 0;
+    Search fast;
     for (int step = 0; step < (taxa_count > 20 ? 40 : 400); ++step) {
       slow.Step();
-      if (ILS(0) > 2 && ++stalled > 20) {
-        CopyTree(OPT, T1);
-        RandomPerturbation(T1);
-        stalled = 0;
-      }
+      fast.Step();
       ASSERT_EQ(t1_val, slow.current_length) << "step " << step;
       ASSERT_EQ(opt_val, slow.best_length);
-      ASSERT_EQ(test::Ids(T1), test::Ids(slow.current.data()));
-      ASSERT_EQ(Lengths(T1), Lengths(slow.current.data()));
-      ASSERT_EQ(Lengths(OPT), Lengths(slow.best.data()));
-      ASSERT_EQ(stalled, slow.stalled);
+      ASSERT_EQ(test::Ids(T1), test::Ids(slow.current));
+      ASSERT_EQ(Lengths(T1), Lengths(slow.current));
+      ASSERT_EQ(Lengths(OPT), Lengths(slow.best));
     }
     ASSERT_EQ(r->nextWord(), slow.random.nextWord());
     ASSERT_EQ(Evaluate(OPT), opt_val);
@@ -188,21 +168,6 @@ TEST(OrderedSum, IsThatOfThePlainLoopBitByBit) {
       double expected = 0;
       for (const double value : plain) expected += value;
       ASSERT_EQ(sum.Total(), expected);
-    }
-  }
-}
-
-TEST(Tournament, NamesTheEarliestOfTheLargest) {
-  std::mt19937 generator(6);
-  for (const int places : {1, 2, 7, 64}) {
-    Tournament tournament(places);
-    std::vector<double> plain(static_cast<std::size_t>(places), Tournament::kAbsent);
-    for (int change = 0; change < 500; ++change) {
-      const std::size_t place = generator() % plain.size();
-      plain[place] =
-          generator() % 4 == 0 ? Tournament::kAbsent : static_cast<double>(generator() % 5);
-      tournament.Set(static_cast<int>(place), plain[place]);
-      ASSERT_EQ(tournament.Winner(), std::max_element(plain.begin(), plain.end()) - plain.begin());
     }
   }
 }

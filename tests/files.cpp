@@ -1,0 +1,68 @@
+#include "tests/files.h"
+
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sstream>
+
+namespace zorvek::test {
+
+namespace fs = std::filesystem;
+
+std::string Contents(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != text.npos;
+}
+
+std::vector<std::string> FindAll(const std::string& text, const std::string& pattern) {
+  const std::regex expression(pattern);
+  std::vector<std::string> found;
+  for (std::sregex_iterator match(text.begin(), text.end(), expression), end; match != end;
+       ++match) {
+    found.push_back(match->str(1));
+  }
+  return found;
+}
+
+FolderTest::FolderTest() : folder_(testing::TempDir() + "zorvek_XXXXXX") {
+  if (mkdtemp(folder_.data()) == nullptr) throw fs::filesystem_error("no folder", {});
+}
+
+FolderTest::~FolderTest() {
+  fs::remove_all(folder_);
+}
+
+void FolderTest::Write(const std::string& name, const std::string& text) const {
+  std::ofstream(Path(name), std::ios::binary) << text;
+}
+
+void FolderTest::WriteExample() const {
+  fs::copy(ZORVEK_SOURCE_DIR "/examples/primates.nex", Path("primates.nex"));
+}
+
+std::vector<std::string> FolderTest::Files() const {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(folder_)) {
+    const std::string name = entry.path().filename().string();
+    if (name[0] != '.') names.push_back(name);
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+Ended FolderTest::Shell(const std::string& command) const {
+  const int status =
+      std::system(("cd '" + folder_ + "' && { " + command + "; } >.out 2>.err").c_str());
+  return {WEXITSTATUS(status), Read(".out"), Read(".err")};
+}
+
+}  // namespace zorvek::test

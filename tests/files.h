@@ -1,0 +1,48 @@
+// Files and whole runs of programs, for the tests that look at them.
+#ifndef ZORVEK_TESTS_FILES_H
+#define ZORVEK_TESTS_FILES_H
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace zorvek::test {
+
+std::string Contents(const std::string& path);
+
+bool Contains(const std::string& text, const std::string& part);
+
+// The first groups of all matches, in order.
+std::vector<std::string> FindAll(const std::string& text, const std::string& pattern);
+
+struct Ended {
+  int status;  // as the shell gives it: above 128 after a signal
+  std::string out;
+  std::string err;
+};
+
+// A folder of its own for each test, in which the programs run.
+class FolderTest : public testing::Test {
+ protected:
+  FolderTest();
+  ~FolderTest() override;
+
+  std::string Path(const std::string& name) const { return folder_ + "/" + name; }
+  void Write(const std::string& name, const std::string& text) const;
+  void WriteExample() const;  // primates.nex
+  std::string Read(const std::string& name) const { return Contents(Path(name)); }
+
+  // The names of all files, sorted.
+  std::vector<std::string> Files() const;
+
+  // Runs a shell command in the folder.
+  Ended Shell(const std::string& command) const;
+
+ private:
+  std::string folder_;
+};
+
+}  // namespace zorvek::test
+
+#endif

@@ -1,0 +1,217 @@
+// The routines for small matrices: factors, inverses and eigensystems against their definitions.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "driver/mt_rand.h"
+#include "input/eigen_rg.h"
+#include "input/lu.h"
+
+namespace zorvek {
+namespace {
+
+using Values = std::vector<std::vector<double>>;
+
+std::vector<double*> Rows(Values& values) {
+  std::vector<double*> rows;
+  for (auto& row : values) rows.push_back(row.data());
+  return rows;
+}
+
+struct Factors {
+  explicit Factors(Values matrix) : a(std::move(matrix)), scale(a.size()), indx(a.size()) {
+    const int order = static_cast<int>(a.size());
+    y = a;
+    Values copy = a;
+    inverted = InvertMatrix(Rows(copy).data(), order, scale.data(), indx.data(), Rows(y).data());
+    result = LUDecompose(Rows(a).data(), order, scale.data(), indx.data(), &d);
+  }
+  Values a, y;
+  std::vector<double> scale;
+  std::vector<int> indx;
+  double d = 0;
+  int result, inverted;
+};
+
+TEST(LU, FactorsAndInverseOfRandomMatrices) {
+  MTRand random;
+  random.seedWithValue(11);
+  for (std::size_t order = 0; order <= 6; ++order) {
+    Values a(order, std::vector<double>(order));
+    for (auto& row : a) {
+      const double unit = std::pow(10.0, random.nextAtMost(4));  // rows of very different size
+      for (double& entry : row) entry = unit * (random.nextAtMost(2000) - 1000.0);
+    }
+    const Factors f(a);
+    ASSERT_EQ(f.result + f.inverted, 0);
+    Values exchanged = a;
+    double parity = 1;
+    for (std::size_t j = 0; j < order; ++j) {
+      const auto other = static_cast<std::size_t>(f.indx[j]);
+      std::swap(exchanged[j], exchanged[other]);
+      if (other != j) parity = -parity;
+    }
+    EXPECT_EQ(f.d, parity);
+    for (std::size_t i = 0; i < order; ++i) {
+      for (std::size_t j = 0; j < order; ++j) {
+        double lower_upper = i <= j ? f.a[i][j] : 0;
+        for (std::size_t k = 0; k < std::min(i, j + 1); ++k) lower_upper += f.a[i][k] * f.a[k][j];
+        EXPECT_NEAR(lower_upper * f.scale[i], exchanged[i][j] * f.scale[i], 1e-13);
+        double identity = 0;
+        for (std::size_t k = 0; k < order; ++k) identity += f.y[i][k] * a[k][j];
+        EXPECT_NEAR(identity, i == j, 1e-9);
+      }
+    }
+  }
+}
+
+TEST(LU, PivotsAreRelativeToTheirRowAndTiesGoToTheLaterRow) {
+  const Factors relative({{2, 1000}, {1, 1}});
+  EXPECT_EQ(relative.indx[0], 1);
+  EXPECT_EQ(relative.scale, (std::vector<double>{1, 0.001}));
+  EXPECT_EQ(Factors({{1, 1}, {1, 0}}).indx[0], 1);
+}
+
+TEST(LU, SingularMatrices) {
+  const Values zero_row{{1, 2}, {0, 0}};
+  const std::string message = "singular matrix in routine LUDecompose\n";
+  testing::internal::CaptureStdout();
+  const Factors refused(zero_row);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), message + message);
+  EXPECT_EQ(refused.result, 1);
+  EXPECT_EQ(refused.inverted, 1);
+  EXPECT_EQ(refused.a, zero_row);
+  EXPECT_EQ(refused.y, zero_row) << "untouched";
+
+  const Factors dependent({{1, 2}, {2, 4}});
+  EXPECT_EQ(dependent.result + dependent.inverted, 0);
+  EXPECT_EQ(dependent.a[1][1], 1e-20);
+  EXPECT_NEAR(dependent.y[1][0] / 1e20, 1, 1e-9);
+}
+
+using Root = std::complex<double>;
+
+// A matrix with its eigensystem, computed on construction from a copy.
+struct Eigensystem {
+  explicit Eigensystem(Values m)
+      : matrix(std::move(m)), a(matrix), z(matrix), wr(matrix.size(), 7), wi(matrix.size(), 7) {
+    std::vector<int> iv(matrix.size());
+    std::vector<double> fv(matrix.size());
+    const int order = static_cast<int>(matrix.size());
+    EXPECT_EQ(EigenRealGeneral(order, Rows(a).data(), wr.data(), wi.data(), Rows(z).data(),
+                               iv.data(), fv.data()),
+              0);
+
+    auto b = matrix;
+    std::vector<double> real(matrix.size(), 7);
+    std::vector<double> imaginary(matrix.size(), 7);
+    Eigenvalues(order, Rows(b).data(), real.data(), imaginary.data(), iv.data(), fv.data());
+    EXPECT_EQ(real, wr);
+    EXPECT_EQ(imaginary, wi);
+  }
+
+  // The largest |A v - lambda v| over all eigenvectors, relative to |A| |v|.
+  double WorstResidual() const {
+    double scale = 1e-300;
+    for (const auto& row : matrix) {
+      for (const double x : row) scale = std::max(scale, std::fabs(x));
+    }
+    double worst = 0;
+    for (std::size_t j = 0; j < matrix.size(); ++j) {
+      if (wi[j] < 0) continue;  // the conjugate of the one before
+      double residual = 0;
+      double size = 0;
+      for (std::size_t i = 0; i < matrix.size(); ++i) {
+        Root sum = -Root(wr[j], wi[j]) * Component(i, j);
+        for (std::size_t k = 0; k < matrix.size(); ++k) sum += matrix[i][k] * Component(k, j);
+        residual = std::max(residual, std::abs(sum));
+        size = std::max(size, std::abs(Component(i, j)));
+      }
+      EXPECT_GT(size, 0);
+      worst = std::max(worst, residual / size / scale);
+    }
+    return worst;
+  }
+
+  Root Component(std::size_t i, std::size_t j) const {
+    return {z[i][j], wi[j] > 0 ? z[i][j + 1] : 0};
+  }
+
+  Values matrix, a, z;
+  std::vector<double> wr, wi;
+};
+
+TEST(Eigen, PairsByTheDiscriminant) {
+  // 2 x 2 blocks (c, -e; 1, c) with discriminant -e. Each is tried in a matrix that nothing scales.
+  const Eigensystem complex_pair({{0.5, -4e-4}, {1, 0.5}});
+  EXPECT_EQ(complex_pair.wr, (std::vector<double>{0.5, 0.5}));
+  EXPECT_NEAR(complex_pair.wi[0], 0.02, 1e-15);
+  const Eigensystem almost_double({{0.5, -1e-13}, {1, 0.5}});
+  EXPECT_EQ(almost_double.wi, (std::vector<double>{0, 0}));
+  EXPECT_NEAR(almost_double.wr[0], 0.5 + std::sqrt(1e-13), 1e-15);
+}
+
+// Checks every eigenvector, and the sum of the roots against the trace. Returns the number of
+// complex pairs.
+int ExpectSolved(const Eigensystem& system, double tolerance) {
+  EXPECT_LT(system.WorstResidual(), tolerance);
+  int pairs = 0;
+  double trace = 0;
+  for (std::size_t i = 0; i < system.wr.size(); ++i) {
+    trace += system.matrix[i][i] - system.wr[i];
+    if (system.wi[i] > 0) {
+      ++pairs;
+      EXPECT_EQ(system.wi[i + 1], -system.wi[i]);
+    }
+  }
+  EXPECT_NEAR(trace, 0, 1e-12);
+  return pairs;
+}
+
+TEST(Eigen, SpecialMatrices) {
+  const std::vector<Values> matrices{
+      {{0, 0}, {0, 0}},
+      // The companion matrix of (x-1)(x-2)(x-3)(x-4).
+      {{10, -35, 50, -24}, {1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}},
+      // A cyclic permutation: the QR step alone never gets off it, it takes the exceptional shift.
+      {{0, 0, 0, 1}, {1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}},
+      {{2, 1, 0, 0}, {0, 2, 1, 0}, {0, 0, 2, 0}, {0, 0, 0, -1}},
+      // Row 2 and column 0 isolate; the exchanges must be undone in the vectors.
+      {{1, 2, 3, 4}, {0, 5, 1, 2}, {0, 0, 7, 0}, {0, 3, 4, 6}}};
+  for (const auto& matrix : matrices) ExpectSolved(Eigensystem(matrix), 1e-14);
+  const Eigensystem diagonal({{3, 0, 0}, {0, -1, 0}, {0, 0, 2}});
+  EXPECT_EQ(diagonal.wr, (std::vector<double>{3, -1, 2})) << "isolated, they stand in their rows";
+}
+
+// Random matrices of every kind: dense, sparse, badly scaled, of small whole numbers (defective
+// ones and complex pairs among them).
+TEST(Eigen, VectorsSolveTheirEquation) {
+  std::mt19937 random(1);
+  std::normal_distribution<double> normal;
+  int pairs = 0;
+  for (int trial = 0; trial < 3000; ++trial) {
+    const std::size_t order = 1 + trial % 9;
+    Values m(order, std::vector<double>(order));
+    for (auto& row : m) {
+      for (double& x : row) {
+        x = trial % 4 == 0 ? static_cast<double>(random() % 5) - 2 : normal(random);
+        if (trial % 4 == 1 && random() % 2 == 0) x = 0;
+      }
+    }
+    for (std::size_t i = 0; i < order && trial % 4 == 2; ++i) {
+      for (std::size_t j = 0; j < order; ++j) m[i][j] *= std::pow(10.0, double(i) - double(j));
+    }
+    SCOPED_TRACE(trial);
+    pairs += ExpectSolved(Eigensystem(m), trial % 4 == 0 ? 1e-6 : 1e-11);
+  }
+  EXPECT_GT(pairs, 1000);
+}
+
+}  // namespace
+}  // namespace zorvek

@@ -1,0 +1,354 @@
+// The moves that trade leaves, against the list of trials each is to make (a trial is a relabelled
+// copy of the tree, evaluated by itself, so that undoing plays no part here), and trees by neighbour
+// joining and by random pairs.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <map>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "driver/run_state.h"
+#include "search/iterated_local_search.h"
+#include "search/leaf_slots.h"
+#include "search/permute.h"
+#include "search/random_nj.h"
+#include "search/shift.h"
+#include "search/three_opt.h"
+#include "search/two_opt.h"
+#include "tests/data.h"
+#include "tree/fast_local_search.h"
+#include "tree/tree_length.h"
+
+namespace zorvek {
+namespace {
+
+using test::Tree;
+
+struct Trial {
+  Tree tree;
+  double length;
+};
+
+// The tree after each taxon `from[i]` has become `to[i]`.
+Trial Relabelled(Tree tree, const std::vector<int>& from, const std::vector<int>& to) {
+  for (double* slot : LeafSlots(tree)) {
+    const auto at = std::find(from.begin(), from.end(), static_cast<int>(*slot));
+    if (at != from.end()) *slot = to[static_cast<std::size_t>(at - from.begin())];
+  }
+  const double length = Evaluate(tree);
+  return {tree, length};
+}
+
+int DrawLeaf(TreeTable tree) {
+  for (;;) {
+    const std::uint32_t row = r->nextAtMost(static_cast<std::uint32_t>(n - 3));
+    const std::uint32_t side = r->nextAtMost(1);
+    if (tree[row][2 + side] < n) return static_cast<int>(tree[row][2 + side]);
+  }
+}
+
+using Move = std::function<double(TreeTable, double)>;
+using Trials = std::function<std::vector<Trial>(Tree)>;  // makes the draws, and lists what is tried
+
+// Holds a first-improvement search to its list under every bound that tells two trials apart.
+void ExpectFirstBelowEveryBound(const Move& move, const Tree& start, const Trials& list,
+                                std::uint32_t seed) {
+  r->seedWithValue(seed);
+  const std::vector<Trial> trials = list(start);
+  const std::uint32_t next_word = r->nextWord();
+  std::vector<double> bounds{0, 1e8, std::numeric_limits<double>::quiet_NaN()};
+  for (const Trial& trial : trials) bounds.push_back(trial.length);
+  for (const double bound : bounds) {
+    const auto kept = std::find_if(trials.begin(), trials.end(),
+                                   [bound](const Trial& trial) { return trial.length < bound; });
+    Tree tree = start;
+    r->seedWithValue(seed);
+    const double result = move(tree, bound);
+    EXPECT_EQ(r->nextWord(), next_word);
+    if (kept != trials.end()) {
+      EXPECT_EQ(result, kept->length);
+      EXPECT_TRUE(tree == kept->tree);
+      continue;
+    }
+    EXPECT_TRUE(result == bound || std::isnan(bound));
+    EXPECT_EQ(test::Ids(tree), test::Ids(start));
+    // The lengths tell that the last trial of the list was the last one made.
+    EXPECT_EQ(test::Lengths(tree), test::Lengths(trials.empty() ? start : trials.back().tree));
+  }
+}
+
+// Calls `check` with the state of a run set up and a random tree of it.
+void OnRandomTrees(const std::function<void(const Tree&, std::uint32_t)>& check) {
+  std::mt19937 generator(5);
+  for (const int taxa_count : {4, 5, 9, 14}) {
+    const test::Workspace workspace(taxa_count, test::RandomDistances(2));
+    for (std::uint32_t seed = 0; seed < 4; ++seed) {
+      test::Shuffle(T1, generator);
+      check(Tree(T1), seed);
+    }
+  }
+}
+
+TEST(Moves, TwoOptTriesTheNearestTaxaInOrderWithinTheHorizon) {
+  OnRandomTrees([](const Tree& start, std::uint32_t seed) {
+    for (const int depth : {-1, 0, 1, 3, n - 1, n + 5}) {
+      horizon = depth;
+      ExpectFirstBelowEveryBound(
+          TWOoptLocalSearch, start,
+          [depth](Tree tree) {
+            const int leaf = DrawLeaf(tree);
+            std::vector<Trial> trials;
+            for (int k = 0; k < std::clamp(depth, 0, n - 1); ++k) {
+              const int other = CL[leaf][k];
+              trials.push_back(Relabelled(tree, {leaf, other}, {other, leaf}));
+            }
+            return trials;
+          },
+          seed);
+    }
+  });
+}
+
+TEST(Moves, ThreeOptTriesTheFivePlacementsOfEachTripleInOrder) {
+  OnRandomTrees([](const Tree& start, std::uint32_t seed) {
+    ExpectFirstBelowEveryBound(
+        THREEoptLocalSearch, start,
+        [](Tree tree) {
+          const int a = DrawLeaf(tree);
+          int b = a;
+          while (b == a) b = DrawLeaf(tree);
+          std::vector<Trial> trials;
+          for (const double* slot : LeafSlots(tree)) {
+            const int c = static_cast<int>(*slot);
+            if (c == a || c == b) continue;
+            for (const std::vector<int>& placed : std::vector<std::vector<int>>{
+                     {a, c, b}, {c, a, b}, {c, b, a}, {b, c, a}, {b, a, c}}) {
+              trials.push_back(Relabelled(tree, {a, b, c}, placed));
+            }
+          }
+          return trials;
+        },
+        seed);
+  });
+}
+
+// Appends the leaves below a node, left before right.
+void LeavesBelow(int node, TreeTable tree, std::vector<int>& leaves) {
+  if (node < n) {
+    leaves.push_back(node);
+    return;
+  }
+  LeavesBelow(Id(tree[node - n], kLeft), tree, leaves);
+  LeavesBelow(Id(tree[node - n], kRight), tree, leaves);
+}
+
+TEST(Moves, PermuteDealsInDepthFirstOrderAndRepairsWhatIsNotShorter) {
+  OnRandomTrees([](const Tree& start, std::uint32_t) {
+    Tree tree = start;
+    std::vector<int> from;
+    std::vector<int> to;
+    for (const double* slot : LeafSlots(tree)) from.push_back(static_cast<int>(*slot));
+    for (const int central : {2 * n - 4, 2 * n - 3}) LeavesBelow(central, tree, to);
+    const Trial dealt = Relabelled(start, from, to);
+    EXPECT_EQ(Permute(tree, dealt.length + 1), dealt.length);
+    EXPECT_TRUE(tree == dealt.tree);
+
+    for (const int limit : {0, 1000}) {
+      MAX_TIME = limit;
+      tree = start;
+      EXPECT_EQ(Permute(tree, dealt.length), dealt.length);
+      EXPECT_TRUE(temp1.empty());
+      EXPECT_EQ(test::CheckTree(tree), "");
+      Tree repaired = dealt.tree;
+      while (FastLocalSearch(repaired) && limit > 0) {
+      }
+      EXPECT_EQ(test::Ids(tree), test::Ids(repaired));
+    }
+    MAX_TIME = 0;
+  });
+}
+
+// The step with an inner limit: repairs until nothing changes, 25 calls of the 2-opt search, a
+// shift.
+TEST(Moves, StepWithinTheInnerLimitRepeatsItsSearches) {
+  OnRandomTrees([](const Tree& start, std::uint32_t seed) {
+    MAX_TIME = 1000;
+    horizon = n - 1;
+    r->seedWithValue(seed);
+    Tree tree = start;
+    while (FastLocalSearch(tree)) {
+    }
+    double length = Evaluate(tree);
+    for (int call = 0; call < 25; ++call) length = TWOoptLocalSearch(tree, length);
+    length = Shift(tree, length);
+
+    CopyTree(start, T1);
+    r->seedWithValue(seed);
+    ILS(0);
+    EXPECT_TRUE(Tree(T1) == tree);
+    EXPECT_EQ(t1_val, length);
+  });
+}
+
+using Paths = std::map<std::pair<int, int>, double>;
+
+// The path lengths between all taxa. A tree of positive edge lengths is told by them.
+Paths PathLengths(TreeTable tree) {
+  Paths paths;
+  const auto add_edge = [&](int node, int from, double length) {
+    FC(node, from, tree);
+    const std::vector<int> beyond = std::exchange(temp1, {});
+    for (const int i : beyond) {
+      for (int j = 0; j < n; ++j) {
+        if (!IsContained(j, beyond)) paths[{j, i}] = paths[{i, j}] += length;
+      }
+    }
+  };
+  for (int row = 0; row < n - 2; ++row) {
+    add_edge(Id(tree[row], kLeft), n + row, tree[row][kLeftLength]);
+    add_edge(Id(tree[row], kRight), n + row, tree[row][kRightLength]);
+  }
+  add_edge(2 * n - 4, 2 * n - 3, tree[n - 2][kLeftLength]);
+  return paths;
+}
+
+TEST(RandomNJ, NeighbourJoiningFindsTheTreeOfAnAdditiveMatrix) {
+  for (const int taxa_count : {4, 5, 6, 11, 30, 80}) {
+    for (std::uint32_t seed = 0; seed < 5; ++seed) {
+      const test::Workspace workspace(taxa_count, test::TreeLikeDistances(taxa_count, 0, seed));
+      alpha = n_ants = 1;
+      opt_val = 1e8;
+      testing::internal::CaptureStdout();
+      RandomNJ();
+      const std::string output = testing::internal::GetCapturedStdout();
+      EXPECT_EQ(output.rfind("RandomNJ improved primal bound:", 0), 0u);
+      for (const auto& [pair, length] : PathLengths(OPT)) {
+        ASSERT_NEAR(length, DM1[pair.first][pair.second], 1e-9);
+      }
+    }
+  }
+}
+
+using Joins = std::vector<std::pair<int, int>>;  // children of the node rows of T2
+
+Joins JoinsOfT2() {
+  Joins joins;
+  for (int row = 0; row < n - 2; ++row) joins.emplace_back(Id(T2[row], kLeft), Id(T2[row], kRight));
+  return joins;
+}
+
+// Joins the pairs of positions that `choose` gives for an active list, down to three nodes.
+template <typename Choose>
+Joins Agglomerate(const Choose& choose) {
+  std::vector<int> active;
+  for (int leaf = 0; leaf < n; ++leaf) active.push_back(leaf);
+  Joins joins;
+  while (active.size() > 3) {
+    const auto [i, j] = choose(active);
+    joins.emplace_back(active[i], active[j]);
+    active.erase(active.begin() + static_cast<std::ptrdiff_t>(j));
+    active.erase(active.begin() + static_cast<std::ptrdiff_t>(i));
+    active.push_back(n + static_cast<int>(joins.size()) - 1);
+  }
+  joins.emplace_back(active[0], active[1]);
+  return joins;
+}
+
+// The documented arithmetic, on small whole distances: they tie often.
+TEST(RandomNJ, NeighbourJoiningTakesTheFirstOfEqualPairs) {
+  std::mt19937 generator(4);
+  for (int taxa_count = 4; taxa_count <= 14; ++taxa_count) {
+    const test::Workspace workspace(
+        taxa_count, [&generator](int, int) { return static_cast<double>(generator() % 4 + 1); });
+    Paths d;
+    for (int i = 0; i < n; ++i) {
+      for (int j = 0; j < n; ++j) d[{i, j}] = DM1[i][j];
+    }
+    int node = n;
+    const auto choose = [&](const std::vector<int>& active) {
+      std::vector<double> divergence(active.size());
+      for (std::size_t a = 0; a < active.size(); ++a) {
+        for (const int other : active) divergence[a] += d[{active[a], other}];
+        divergence[a] /= static_cast<double>(active.size() - 2);
+      }
+      std::pair<std::size_t, std::size_t> pair;
+      double least = 1e8;
+      for (std::size_t a = 0; a < active.size(); ++a) {
+        for (std::size_t b = a + 1; b < active.size(); ++b) {
+          const double q = d[{active[a], active[b]}] - divergence[a] - divergence[b];
+          if (q < least) pair = {a, b};
+          least = std::min(least, q);
+        }
+      }
+      const int x = active[pair.first];
+      const int y = active[pair.second];
+      for (const int w : active) {
+        d[{node, w}] = d[{w, node}] = (d[{x, w}] + d[{y, w}] - d[{x, y}]) * 0.5;
+      }
+      ++node;
+      return pair;
+    };
+    alpha = n_ants = 1;
+    RandomNJ();
+    EXPECT_EQ(JoinsOfT2(), Agglomerate(choose)) << n << " taxa";
+  }
+}
+
+TEST(RandomNJ, RandomPairsAreDrawnFromAllButTheLastNode) {
+  const test::Workspace workspace(7, test::RandomDistances(1), 9);
+  alpha = 0.999;
+  n_ants = 1;
+  MTRand replay;
+  replay.seedWithValue(9);
+  const auto choose = [&replay](const std::vector<int>& active) {
+    const auto bound = static_cast<std::uint32_t>(active.size() - 2);
+    for (;;) {
+      const std::size_t i = replay.nextAtMost(bound);
+      const std::size_t j = replay.nextAtMost(bound);
+      if (i < j) return std::make_pair(i, j);
+    }
+  };
+  for (int tree = 0; tree < 1000; ++tree) {
+    RandomNJ();
+    ASSERT_EQ(JoinsOfT2(), Agglomerate(choose));
+  }
+}
+
+TEST(RandomNJ, KeepsTheLastTreeAndTheBestAndLeavesTheNodeMatrixAsInitDid) {
+  const test::Workspace workspace(9, test::RandomDistances(2));
+  RandomNJ();
+  EXPECT_EQ(t2_val, 0) << "no construction was asked for";
+
+  opt_val = 1e8;
+  n_ants = 1;
+  double best = 1e8;
+  for (int call = 0; call < 6; ++call) {
+    RandomNJ();
+    EXPECT_EQ(test::CheckTree(T1), "");
+    EXPECT_EQ(test::Ids(T1), test::Ids(T2));
+    EXPECT_EQ(t1_val, Evaluate(T1));
+    EXPECT_EQ(t2_val, t1_val);
+    best = std::min(best, t1_val);
+    EXPECT_EQ(opt_val, best);
+    EXPECT_EQ(Evaluate(OPT), best);
+  }
+
+  const double last = std::exchange(t1_val, 1e8);
+  r->seedWithValue(1);
+  n_ants = 6;
+  RandomNJ();
+  EXPECT_EQ(t1_val, last) << "six constructions in one call are those of six calls";
+  for (int i = 0; i < 2 * n - 2; ++i) {
+    for (int j = 0; j < 2 * n - 2; ++j) EXPECT_EQ(EM[i][j], i < n && j < n ? DM1[i][j] : 0);
+  }
+}
+
+}  // namespace
+}  // namespace zorvek

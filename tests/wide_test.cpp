@@ -1,0 +1,340 @@
+// zorvek-wide, its search and the parts around it, against slow definitions on random trees and
+// graphs and the optimum of small data by dynamic programming.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/data.h"
+#include "tests/files.h"
+#include "wide/identical.h"
+#include "wide/labels.h"
+#include "wide/neighbour_joining.h"
+#include "wide/newick.h"
+#include "wide/regrafter.h"
+#include "wide/search.h"
+#include "wide/support.h"
+#include "wide/tree_view.h"
+#include "wide/vertex_cover.h"
+
+namespace zorvek::wide {
+namespace {
+
+DistanceMatrix RandomMatrix(int n, std::mt19937& generator) {
+  return test::Matrix(n, test::RandomDistances(static_cast<std::uint32_t>(generator())));
+}
+
+Tree RandomTree(int n, std::mt19937& generator) {
+  return NeighbourJoining(n, RandomMatrix(n, generator).Rows());
+}
+
+// The side of a split without taxon 0.
+std::set<int> WithoutFirst(const std::set<int>& side, int n) {
+  if (side.count(0) == 0) return side;
+  std::set<int> others;
+  for (int taxon = 0; taxon < n; ++taxon) {
+    if (side.count(taxon) == 0) others.insert(taxon);
+  }
+  return others;
+}
+
+// The taxa on the far side of each inner edge, from taxon 0; nothing for the other nodes.
+std::vector<std::set<int>> Splits(const TreeView& view) {
+  std::vector<std::set<int>> below(view.nodes.size());
+  for (auto node = view.preorder.rbegin(); node != view.preorder.rend(); ++node) {
+    std::set<int>& taxa = below[static_cast<std::size_t>(*node)];
+    if (view.IsTaxon(*node)) taxa.insert(*node);
+    for (const int child : view.At(*node).children) {
+      const std::set<int>& more = below[static_cast<std::size_t>(child)];
+      taxa.insert(more.begin(), more.end());
+    }
+  }
+  for (int node = 0; node < static_cast<int>(below.size()); ++node) {
+    std::set<int>& taxa = below[static_cast<std::size_t>(node)];
+    taxa = view.IsTaxon(node) || node == view.top ? std::set<int>() : WithoutFirst(taxa, view.taxa);
+  }
+  return below;
+}
+
+TEST(WideTreeView, HangsTheSameTreeAtTheFirstTaxon) {
+  std::mt19937 generator(1);
+  for (const int n : {4, 5, 23}) {
+    const Tree tree = RandomTree(n, generator);
+    const TreeView view = View(tree);
+    EXPECT_EQ(view.At(view.top).children.size(), 3u);
+    EXPECT_EQ(view.At(view.top).children[0], 0);
+    double sum = 0;
+    for (const TreeView::Node& node : view.nodes) sum += node.length;
+    EXPECT_NEAR(sum, tree.positive, 1e-12 * n);
+    // The tree as it is held, whose nodes come after their children.
+    TreeView held{n, 2 * n - 2, std::vector<TreeView::Node>(view.nodes.size()), {}};
+    for (int node = 2 * n - 3; node >= 0; --node) {
+      held.preorder.push_back(node);
+      if (node < n) continue;
+      const auto& children = tree.children[static_cast<std::size_t>(node - n)];
+      held.nodes[static_cast<std::size_t>(node)].children.assign(children.begin(), children.end());
+    }
+    const std::vector<std::set<int>> splits = Splits(view);
+    const std::vector<std::set<int>> expected = Splits(held);
+    EXPECT_EQ(std::set(splits.begin(), splits.end()), std::set(expected.begin(), expected.end()));
+  }
+}
+
+TEST(WideNewick, QuotesLabelsAndReadsBackTheSameLengths) {
+  EXPECT_EQ(Quoted("Homo s.|2"), "Homo_s.|2");
+  EXPECT_EQ(Quoted("it's"), "'it''s'");
+  for (const std::string label : {"a b-c", "a:b", "(a", "a,b", "a[1]", "a;", "a=b", "a_b/c"}) {
+    EXPECT_EQ(Quoted(label), "'" + label + "'");
+  }
+  std::mt19937 generator(2);
+  const Tree tree = RandomTree(40, generator);
+  TreeView view = View(tree);
+  view.nodes[view.top == 40 ? 41 : 40].support = 0.125;
+  std::vector<std::string> labels(40, "taxon");
+  labels[7] = "it's (7)";
+  const std::string text = Newick(view, labels);
+  std::multiset<double> lengths;
+  for (const std::string& length : test::FindAll(text, ":([-+.e0-9]+)")) {
+    lengths.insert(std::stod(length));
+  }
+  std::multiset<double> expected;
+  for (const int node : view.preorder) {
+    if (node != view.top) expected.insert(view.At(node).length);
+  }
+  EXPECT_EQ(lengths, expected);
+  EXPECT_TRUE(test::Contains(text, "'it''s (7)':"));
+  EXPECT_TRUE(test::Contains(text, ")12.5:"));
+  EXPECT_TRUE(test::Contains(NexusTrees(view, labels), "\n    8 'it''s (7)',\n"));
+}
+
+TEST(WideSupport, FindsTheSplitsThatTwoTreesShare) {
+  std::mt19937 generator(3);
+  long found = 0;
+  for (int trial = 0; trial < 200; ++trial) {
+    const int n = 4 + trial % 12;
+    const TreeView one = View(RandomTree(n, generator));
+    const TreeView two = View(RandomTree(n, generator));
+    const std::vector<std::set<int>> splits = Splits(one);
+    const std::vector<std::set<int>> others = Splits(two);
+    std::set<int> expected;
+    for (int node = n; node < 2 * n - 2; ++node) {
+      const std::set<int>& split = splits[static_cast<std::size_t>(node)];
+      const bool both = std::count(others.begin(), others.end(), split) > 0;
+      if (both && !split.empty()) expected.insert(node);
+    }
+    const std::vector<int> shared = SplitCounter(one).Shared(two);
+    EXPECT_EQ(std::set<int>(shared.begin(), shared.end()), expected);
+    EXPECT_EQ(SplitCounter(one).Shared(one).size(), static_cast<std::size_t>(n - 3));
+    found += static_cast<long>(expected.size());
+  }
+  EXPECT_GT(found, 50);
+}
+
+// Distances far from a tree's, on which the search itself sets equal taxa apart now and then.
+TEST(WideIdentical, TaxaThatAreTheSameStayTogether) {
+  std::mt19937 generator(7);
+  int apart = 0;
+  for (int trial = 0; trial < 400; ++trial) {
+    const int distinct = 2 + trial % 7;
+    std::vector<int> kind;
+    for (int i = 0; i < distinct; ++i) kind.insert(kind.end(), 1 + generator() % 3, i);
+    while (kind.size() < 4) kind.push_back(0);
+    std::shuffle(kind.begin(), kind.end(), generator);
+    const int n = static_cast<int>(kind.size());
+    const DistanceMatrix between = RandomMatrix(distinct, generator);
+    const DistanceMatrix distances = test::Matrix(n, [&](int i, int j) {
+      return between(kind[static_cast<std::size_t>(i)], kind[static_cast<std::size_t>(j)]);
+    });
+    SearchSettings settings;
+    settings.rounds = 50;
+    Tree tree = FindShortestTree(n, distances.Rows(), settings);
+    const double before = tree.positive;
+    const Groups groups = IdenticalTaxa(distances);
+    KeepTogether(groups, distances, tree);
+    apart += tree.positive != before;
+    EXPECT_GE(tree.positive, before);
+    TreeView view = View(tree);
+    ClearWithin(groups, view);
+    const std::vector<std::set<int>> splits = Splits(view);
+    for (const std::vector<int>& group : groups) {
+      const std::set<int> members = WithoutFirst({group.begin(), group.end()}, n);
+      const bool trivial = members.size() < 2 || members.size() + 1 >= kind.size();
+      EXPECT_TRUE(trivial || std::count(splits.begin(), splits.end(), members) == 1);
+      for (const int taxon : group) EXPECT_EQ(view.At(taxon).length, 0);
+    }
+  }
+  EXPECT_GT(apart, 0);
+}
+
+int SmallestCover(int n, const std::vector<std::pair<int, int>>& edges) {
+  int best = n;
+  for (unsigned chosen = 0; chosen < 1u << n; ++chosen) {
+    const bool covers = std::all_of(edges.begin(), edges.end(), [&](const auto& edge) {
+      return ((chosen >> edge.first | chosen >> edge.second) & 1u) != 0;
+    });
+    if (covers) best = std::min(best, __builtin_popcount(chosen));
+  }
+  return best;
+}
+
+TEST(WideVertexCover, IsSmallestOnSmallGraphsAndCoversLargeOnes) {
+  std::mt19937 generator(4);
+  for (int trial = 0; trial < 300; ++trial) {
+    const int n = 2 + trial % 10;
+    std::vector<std::pair<int, int>> edges;
+    for (int i = 0; i < n; ++i) {
+      for (int j = i + 1; j < n; ++j) {
+        if (generator() % 10 < 1 + static_cast<unsigned>(trial) % 9) edges.emplace_back(i, j);
+      }
+    }
+    const VertexCover cover = FindVertexCover(n, edges);
+    EXPECT_TRUE(cover.smallest);
+    EXPECT_EQ(static_cast<int>(cover.vertices.size()), SmallestCover(n, edges));
+    const std::set<int> chosen(cover.vertices.begin(), cover.vertices.end());
+    for (const auto& [a, b] : edges) EXPECT_GT(chosen.count(a) + chosen.count(b), 0u);
+  }
+  // Three taxa without data among 400.
+  std::vector<std::pair<int, int>> stars;
+  for (int centre : {5, 70, 300}) {
+    for (int other = 0; other < 400; ++other) {
+      if (other != centre) stars.push_back(std::minmax({centre, other}));
+    }
+  }
+  EXPECT_EQ(FindVertexCover(400, stars).vertices, (std::vector<int>{5, 70, 300}));
+}
+
+TEST(Regrafter, FindsEveryPlaceWithItsGainAndLength) {
+  for (const int taxa_count : {4, 5, 6, 9, 16}) {
+    std::mt19937_64 generator(static_cast<std::uint64_t>(taxa_count));
+    const DistanceMatrix matrix = test::Matrix(taxa_count, test::RandomDistances(3));
+    Regrafter tree(JoinNeighbours(taxa_count, matrix.Rows(), 0, &generator), matrix.Rows());
+    std::vector<Regraft> found;
+    for (int change = 0; change < 8; ++change) {
+      int places = 0;
+      for (int node = taxa_count; node < 2 * taxa_count - 2; ++node) {
+        for (const int subtree : tree.Tree().At(node)) {
+          found.clear();
+          tree.Regrafts(node, subtree, -1e9, found);
+          places += static_cast<int>(found.size());
+          std::vector<double> promised;
+          for (const Regraft& regraft : found) promised.push_back(tree.LengthAfter(regraft));
+          const Links kept = tree.Tree();
+          const double raw = tree.Result().raw;
+          for (std::size_t i = 0; i < found.size(); ++i) {
+            tree.Apply(found[i]);
+            ASSERT_NEAR(raw - tree.Result().raw, found[i].gain, 1e-12);
+            ASSERT_NEAR(tree.Length(), promised[i], 1e-12);
+            ASSERT_EQ(Regrafter(tree.Tree(), matrix.Rows()).Length(), tree.Length());
+            tree.Set(kept);
+          }
+        }
+      }
+      // Every subtree can go into every edge but those at its node: 2 (n-2) - |its own nodes| of
+      // them, which over both ends of all edges comes to 4 (n-2) (n-3).
+      ASSERT_EQ(places, 4 * (taxa_count - 2) * (taxa_count - 3));
+      if (!found.empty()) tree.Apply(found[generator() % found.size()]);
+    }
+  }
+}
+
+// The shortest tree of all, by dynamic programming over the sets of leaves. Rooted on the last
+// leaf, every edge has a set S below it; what the edges below S add at the least depends on S and on
+// how S is split, because the length of the edge above A depends on the split of A, on its sibling
+// and on all the rest.
+class Optimum {
+ public:
+  explicit Optimum(const DistanceMatrix& matrix)
+      : all_((1u << matrix.Size()) - 1), within_(all_ + 1), splits_(all_ + 1) {
+    for (unsigned set = 1; set <= all_; ++set) {
+      const int first = Lowest(set);
+      within_[set] = within_[set & (set - 1)];
+      for (int j = first + 1; j < matrix.Size(); ++j) {
+        if ((set >> j & 1) != 0) within_[set] += matrix(first, j);
+      }
+    }
+    const unsigned root = 1u << (matrix.Size() - 1);
+    for (unsigned set = 3; set < root; ++set) Split(set);
+    for (const auto& [a, below] : splits_[root - 1]) {
+      length_ = std::min(length_, below + External(root, a, (root - 1) ^ a));
+    }
+  }
+  double Length() const { return length_; }
+
+ private:
+  struct Below {
+    unsigned part;  // one of the two sets, the one with the lowest leaf
+    double length;  // of all edges below, the two at the top included
+  };
+
+  static int Lowest(unsigned set) { return __builtin_ctz(set); }
+  static double Size(unsigned set) { return __builtin_popcount(set); }
+  double Average(unsigned x, unsigned y) const {
+    return (within_[x | y] - within_[x] - within_[y]) / (Size(x) * Size(y));
+  }
+  double External(unsigned leaf, unsigned x, unsigned y) const {
+    return std::max(0.0, (Average(leaf, x) + Average(leaf, y) - Average(x, y)) / 2);
+  }
+  double Internal(unsigned a, unsigned b, unsigned c, unsigned d) const {
+    const double w = (Size(a) * Size(d) + Size(b) * Size(c)) / (Size(a | b) * Size(c | d));
+    return std::max(0.0, ((1 - w) * (Average(a, d) + Average(b, c)) +
+                          w * (Average(a, c) + Average(b, d)) - Average(a, b) - Average(c, d)) /
+                             2);
+  }
+
+  // The least of the edge above `set` and all below it, beside `sibling`.
+  double Hanging(unsigned set, unsigned sibling) const {
+    const unsigned rest = all_ ^ set ^ sibling;
+    if (Size(set) == 1) return External(set, sibling, rest);
+    double least = 1e9;
+    for (const auto& [a, below] : splits_[set]) {
+      least = std::min(least, below + Internal(a, set ^ a, sibling, rest));
+    }
+    return least;
+  }
+
+  void Split(unsigned set) {
+    for (unsigned a = (set - 1) & set; a != 0; a = (a - 1) & set) {
+      const unsigned b = set ^ a;
+      if ((a >> Lowest(set) & 1) != 0) splits_[set].push_back({a, Hanging(a, b) + Hanging(b, a)});
+    }
+  }
+
+  unsigned all_;
+  std::vector<double> within_;              // per set: sum over its pairs
+  std::vector<std::vector<Below>> splits_;  // per set: its splits
+  double length_ = 1e9;
+};
+
+TEST(WideSearch, FindsTheOptimumOfSmallData) {
+  for (int taxa_count = 4; taxa_count <= 10; ++taxa_count) {
+    for (std::uint32_t seed = 1; seed <= 6; ++seed) {
+      const DistanceMatrix matrix =
+          test::Matrix(taxa_count, seed % 2 == 0 ? test::RandomDistances(seed)
+                                                 : test::TreeLikeDistances(taxa_count, 0.5, seed));
+      SearchSettings settings;
+      settings.seed = seed;
+      settings.rounds = 1000;
+      const double found = FindShortestTree(taxa_count, matrix.Rows(), settings).positive;
+      EXPECT_NEAR(found, Optimum(matrix).Length(), 1e-12);
+    }
+  }
+}
+
+TEST(WideSearch, DependsOnItsSeedAndNotOnTheThreads) {
+  const DistanceMatrix matrix = test::Matrix(40, test::TreeLikeDistances(40, 0.5, 5));
+  SearchSettings settings;
+  settings.starts = 3;
+  settings.rounds = 100;
+  const Tree alone = FindShortestTree(40, matrix.Rows(), settings);
+  settings.threads = 3;
+  const Tree shared = FindShortestTree(40, matrix.Rows(), settings);
+  EXPECT_EQ(alone.children, shared.children);
+}
+
+}  // namespace
+}  // namespace zorvek::wide
