@@ -1,12 +1,14 @@
-// The random source, the stop rule and the tree writer.
+// The random source, the stop rule, the tree writer, and the promise that run_state.h lists every global.
 #include <gtest/gtest.h>
 #include <ncl/ncl.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <random>
+#include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "driver/run.h"
 #include "driver/run_state.h"
@@ -79,6 +81,30 @@ TEST_F(TreeWriterTest, WritesTheBestTreeWithLabelsAndRawLengths) {
             "tree PAUP_1=(((Pongo__sp_:0.125,Homo_sapiens:-0.0625):1.23457e+06,5x:0):-2,"
             "(a(b,c):d;:0.333333,Pan:1e-07):0);\n\nEnd;\n");
   taxa = nullptr;
+}
+
+using RunStateTest = test::FolderTest;
+
+TEST_F(RunStateTest, ListsEveryGlobalOfTheLibrary) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the sanitizer adds writable symbols of its own";
+#endif
+  std::set<std::string> expected{
+      "zorvek::MTRand::hash(long, unsigned long)::differ",  // tells seeds of one moment apart
+      "zorvek::(anonymous namespace)::interrupted",         // the flag a signal handler sets
+      "zorvek::(anonymous namespace)::shared",              // the sums that all lengths come from
+      "zorvek::(anonymous namespace)::shared_distances",    // the DM1 they were made from
+      "zorvek::(anonymous namespace)::dealt",               // leaves that a shift deals anew
+  };
+  const std::string header = test::Contents(ZORVEK_SOURCE_DIR "/driver/run_state.h");
+  for (const std::string& name : test::FindAll(header, "\nextern\\s[^;]*?(\\w+);")) {
+    expected.insert("zorvek::" + name);
+  }
+  // Writable symbols by name | ... | section.
+  const std::vector<std::string> found = test::FindAll(
+      "\n" + Shell("nm -C -f sysv '" ZORVEK_LIBRARY "' | grep -E '\\.(data|bss)'").out,
+      "\n(?!std::|DW\\.ref\\.)([^|\n]*?) *\\|[^\n]*\\|\\.t?(?:data(?!\\.rel\\.ro)|bss)");
+  EXPECT_EQ(std::set<std::string>(found.begin(), found.end()), expected);
 }
 
 }  // namespace

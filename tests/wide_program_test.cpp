@@ -194,7 +194,6 @@ TEST_F(WideProgramTest, AnswersWrongUsageWithStatusTwo) {
         << ended.err;
   }
   EXPECT_EQ(Files(), std::vector<string>{"a.fa"});
-  EXPECT_TRUE(Contains(Run("--help").out, "--drop-undefined"));
 }
 
 // b and c share no site with f and g, and h has none at all.
@@ -217,8 +216,6 @@ TEST_F(WideProgramTest, NamesPairsWithoutADistanceAndLeavesTaxaOut) {
   EXPECT_EQ(Run("x.fa --leave-out b,i --leave-out c,j").err,
             "zorvek-wide: x.fa: no taxon i to leave out; mend the label\n"
             "zorvek-wide: x.fa: no taxon j to leave out; mend the label\n");
-  EXPECT_EQ(Run("x.fa --leave-out a,d,e --drop-undefined").err,
-            "zorvek-wide: x.fa: 2 taxa left; a tree needs at least 4\n");
 }
 
 TEST_F(WideProgramTest, KeepsIdenticalSequencesTogether) {
