@@ -203,12 +203,13 @@ TEST_F(WideProgramTest, NamesPairsWithoutADistanceAndLeavesTaxaOut) {
   Write("x.fa", left + right + ">g, y\n--------ACGTACTA\n>h\n????????????????\n");
   const Ended ended = Run("x.fa");
   EXPECT_EQ(ended.status, 1);
-  EXPECT_EQ(ended.err,
-            "zorvek-wide: x.fa: 11 pairs of taxa share no site, or differ too much, and have no "
-            "distance; give --drop-undefined or --leave-out 'b,c,h', which leaves out no more taxa "
-            "than must be\n"
-            "  a and h\n  b and f\n  b and g,\n  b and h\n  c and f\n  c and g,\n  c and h\n"
-            "  d and h\n  e and h\n  f and h\n  g, and h\n");
+  EXPECT_EQ(
+      ended.err,
+      "zorvek-wide: x.fa: no distance for 11 pairs of taxa, which share no site or differ too "
+      "much; give --drop-undefined or --leave-out 'b,c,h', which leaves out no more taxa than "
+      "must be\n"
+      "  a and h\n  b and f\n  b and g,\n  b and h\n  c and f\n  c and g,\n  c and h\n"
+      "  d and h\n  e and h\n  f and h\n  g, and h\n");
   const string tree = Tree("x.fa --leave-out b,c,h");
   EXPECT_EQ(Tree("x.fa --drop-undefined"), tree);
   EXPECT_TRUE(Contains(tree, "'g,':"));

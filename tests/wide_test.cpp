@@ -30,7 +30,8 @@ DistanceMatrix RandomMatrix(int n, std::mt19937& generator) {
 }
 
 Tree RandomTree(int n, std::mt19937& generator) {
-  return NeighbourJoining(n, RandomMatrix(n, generator).Rows());
+  const DistanceMatrix matrix = RandomMatrix(n, generator);
+  return Regrafter(JoinNeighbours(n, matrix.Rows()), matrix.Rows()).Result();
 }
 
 // The side of a split without taxon 0.

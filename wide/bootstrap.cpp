@@ -80,7 +80,7 @@ class Replicates {
 BootstrapResult Bootstrap(const Alignment& alignment, const BootstrapSettings& settings,
                           TreeView& tree) {
   Replicates replicates(alignment, settings, tree);
-  ForEach(settings.replicates, settings.threads, [&](int replicate) {
+  ForEach(settings.replicates, settings.threads, [&](int replicate, int) {
     if (!replicates.Stopped()) replicates.Run(replicate);
   });
   return replicates.Finish(tree);

@@ -101,8 +101,9 @@ std::vector<std::string> LabelsOf(const std::vector<int>& taxa, const Input& inp
   for (const std::string& label : LabelsOf(cover.vertices, input)) {
     names += (names.empty() ? "" : ",") + WithoutBlanks(label);
   }
-  throw Error(At(options.file) + ": " + std::to_string(pairs.size()) +
-              " pairs of taxa share no site, or differ too much, and have no distance; give "
+  throw Error(At(options.file) + ": no distance for " + std::to_string(pairs.size()) +
+              (pairs.size() == 1 ? " pair" : " pairs") +
+              " of taxa, which share no site or differ too much; give "
               "--drop-undefined or --leave-out '" +
               names + "', which leaves out " +
               (cover.smallest ? "no more taxa than must be" : "the fewest taxa that were found") +

@@ -54,7 +54,7 @@ DistanceMatrix PairDistances(const Alignment& alignment, const std::vector<std::
   const std::vector<int> first_of_same = FirstOfSame(planes, n);
   const auto first = [&](int taxon) { return first_of_same[static_cast<std::size_t>(taxon)]; };
   DistanceMatrix distances(n);
-  ForEach(n, threads, [&](int i) {
+  ForEach(n, threads, [&](int i, int) {
     if (first(i) != i) return;
     const auto nucleotides = planes.NucleotidesOnly(static_cast<std::size_t>(i));
     for (int j = i; j < n; ++j) {  // a sequence shares no site with itself if it has none

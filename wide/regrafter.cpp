@@ -118,10 +118,10 @@ void Regrafter::Regrafts(int node, int subtree, double least, std::vector<Regraf
   for (const int start : {a, b}) {
     if (!links_.IsLeaf(start)) stack_.push_back({start, node, 0});
   }
-  Walk({node, subtree, -1, -1, 0}, least, found);
+  Walk(node, subtree, least, found);
 }
 
-void Regrafter::Walk(const Regraft& from_here, double least, std::vector<Regraft>& found) {
+void Regrafter::Walk(int node, int subtree, double least, std::vector<Regraft>& found) {
   // What lies beyond a neighbour ahead: leaves, S to all else, S to X.
   struct Ahead {
     double leaves, outward, moved;
@@ -158,7 +158,7 @@ void Regrafter::Walk(const Regraft& from_here, double least, std::vector<Regraft
     const auto advance = [&](int ahead, const Quartet& around) {
       const double gain = step.gain + InterchangeGain(around);
       if (gain > least) {
-        found.push_back({from_here.node, from_here.subtree, step.node, ahead, gain});
+        found.push_back({node, subtree, step.node, ahead, gain});
       }
       if (!links_.IsLeaf(ahead)) stack_.push_back({ahead, step.node, gain});
     };

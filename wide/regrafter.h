@@ -83,7 +83,7 @@ class Regrafter {
   void Follow();
   void RefreshLengths();
   void SumsTo(int node, int subtree);
-  void Walk(const Regraft& from_here, double least, std::vector<Regraft>& found);
+  void Walk(int node, int subtree, double least, std::vector<Regraft>& found);
 
   // For LengthAfter, in regraft_length.cpp.
   struct Parts;

@@ -12,9 +12,9 @@
 #include <memory>
 #include <optional>
 #include <random>
-#include <thread>
 
 #include "wide/neighbour_joining.h"
+#include "wide/parallel.h"
 #include "wide/regrafter.h"
 
 namespace zorvek::wide {
@@ -201,23 +201,15 @@ class Search {
     settings_.on_progress({Progress::kDescent, std::max(1 - left, 0.0), length, false});
   }
 
-  // Runs task(climber slot, number) for numbers 0..count-1 on all threads and hands the outcomes,
-  // in the order of their numbers, to the caller.
+  // Runs task(climber of the thread, number) for numbers 0..count-1 on all threads and gives the
+  // outcomes in the order of their numbers.
   template <typename Task>
   std::vector<Outcome> Share(int count, const Task& task) {
     std::vector<Outcome> outcomes(static_cast<std::size_t>(count));
-    std::atomic<int> next{0};
-    const auto work = [&](std::unique_ptr<Climber>& climber) {
-      for (int number = next++; number < count; number = next++) {
-        outcomes[static_cast<std::size_t>(number)] = task(climber, number);
-      }
-    };
-    std::vector<std::thread> helpers;
-    for (std::size_t thread = 1; thread < climbers_.size() && thread < outcomes.size(); ++thread) {
-      helpers.emplace_back(work, std::ref(climbers_[thread]));
-    }
-    work(climbers_[0]);
-    for (std::thread& helper : helpers) helper.join();
+    ForEach(count, static_cast<int>(climbers_.size()), [&](int number, int thread) {
+      outcomes[static_cast<std::size_t>(number)] =
+          task(climbers_[static_cast<std::size_t>(thread)], number);
+    });
     return outcomes;
   }
 
@@ -289,10 +281,6 @@ class Search {
 };
 
 }  // namespace
-
-Tree NeighbourJoining(int n, const double* const* distances) {
-  return Regrafter(JoinNeighbours(n, distances), distances).Result();
-}
 
 Tree FindShortestTree(int n, const double* const* distances, const SearchSettings& settings) {
   return Search(n, distances, settings).Run();
