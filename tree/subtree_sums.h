@@ -123,9 +123,8 @@ class SubtreeSums {
   // S(below x, all that is not below y), with x below y.  Cost: the leaves below x.
   double Beyond(int x, int y) const;
 
-  // Sums of the distances from a leaf to all leaves below `node`, and to all leaves.
+  // Sum of the distances from a leaf to all leaves below `node`.
   double ToLeaf(int node, int leaf) const { return static_cast<double>(Row(node)[leaf]) * unit_; }
-  double LeafTotal(int leaf) const { return ToDouble(At(leaf).total) * unit_; }
 
   // Least-squares length of the edge above a leaf, with A all that is not below its parent and B
   // its sibling: (D(i,A) + D(i,B) - D(A,B)) / 2.  Cost: constant.
@@ -153,7 +152,7 @@ class SubtreeSums {
   Sum Outward(const Node& x) const { return x.total - 2 * x.within; }
   Sum Gather(int x, int y) const;  // S(x, y) from the rows
   Sum SumOfRow(const Fixed* row, int x) const;
-  void RemakeLeafSet(int node);    // row, leaves, total and within, from the children and `between`
+  void RemakeLeafSet(int node);  // row, leaves, total and within, from the children and `between`
   void RemakeAcross(int node);
   void RemakeCentral();
   void CollectDirty();

@@ -25,6 +25,7 @@ void Init() {
 }
 
 void Finalize() {
+  ForgetDistances();
   for (double*** table : {&OPT, &T1, &T2, &EM}) DeleteRows(*table);
 }
 
