@@ -8,9 +8,8 @@
 #include <random>
 #include <utility>
 
+#include "driver/run.h"
 #include "driver/run_state.h"
-#include "search/iterated_local_search.h"
-#include "search/random_perturbation.h"
 #include "tests/data.h"
 #include "tests/reference.h"
 #include "tree/fast_local_search.h"
@@ -63,25 +62,17 @@ void Passes(benchmark::State& state, double (*evaluate)(TreeTable), bool (*impro
   state.SetItemsProcessed(state.iterations());
 }
 
-// One step of the run's search loop.
-void FastStep(int& stalled) {
-  if (ILS(0) <= 2 || ++stalled <= 20) return;
-  CopyTree(OPT, T1);
-  RandomPerturbation(T1);
-  stalled = 0;
-}
-
 void WarmUp() {
-  int stalled = 0;
-  for (int step = 0; step < kWarmUp; ++step) FastStep(stalled);
+  Search search;
+  for (int step = 0; step < kWarmUp; ++step) search.Step();
   r->seedWithValue(kSeed);
 }
 
 void FastSteps(benchmark::State& state) {
   const test::Workspace workspace = Simulated(state);
   WarmUp();
-  int stalled = 0;
-  for (auto _ : state) FastStep(stalled);
+  Search search;
+  for (auto _ : state) search.Step();
   state.SetItemsProcessed(state.iterations());
 }
 

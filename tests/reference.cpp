@@ -146,7 +146,6 @@ void Search::Step() {
     if (!(current_length < best_length)) return 0;
     best_length = current_length;
     CopyTree(current, best);
-    ++improvements;
     return 1;
   };
   reference::FastLocalSearch(current);

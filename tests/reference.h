@@ -29,12 +29,12 @@ struct Search {
   // One iterated local search step, and the restart after every 21st fruitless one.
   void Step();
 
-  // As `tree` looks after the draws of one call.
+  // The shift move, with its markers and all its passes.
   double Shift(TreeTable tree, double bound);
 
   test::Tree best, current;
   double best_length, current_length;
-  int improvements = 0, stalled = 0;
+  int stalled = 0;
   MTRand random;
 };
 
