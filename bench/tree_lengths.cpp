@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "wide/phylip.h"
-#include "wide/regrafter.h"
+#include "wide/criterion/ols_neighbourhood.h"
+#include "wide/formats/matrix_file.h"
 
 namespace {
 
@@ -31,7 +31,7 @@ class NewickLinks {
       if (!links_.IsLeaf(near)) links_.root = {last, near};
     }
   }
-  const Links& Result() const { return links_; }
+  const Topology& Result() const { return links_; }
 
  private:
   int Subtree() {
@@ -58,7 +58,7 @@ class NewickLinks {
     return word.substr(0, word.find(':'));
   }
 
-  Links links_;
+  Topology links_;
   std::string text_;
   const std::map<std::string, int>& taxa_;
   std::size_t at_ = 0;
@@ -74,7 +74,7 @@ int main(int argc, char** argv) {
   for (const std::string& label : matrix.labels) taxa.emplace(label, taxa.size());
   for (int tree = 2; tree < argc; ++tree) {
     const NewickLinks links(Content(argv[tree]), taxa);
-    Regrafter regrafter(links.Result(), matrix.distances.Rows());
+    OlsNeighbourhood regrafter(links.Result(), matrix.distances.Rows());
     std::printf("%.10f\n", regrafter.Length());
   }
 }

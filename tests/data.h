@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tree/tree_table.h"
-#include "wide/distance_matrix.h"
+#include "wide/data/distance_matrix.h"
 
 namespace zorvek::test {
 

@@ -8,6 +8,8 @@
 #include <random>
 #include <vector>
 
+#include "core/ordered_sum.h"
+#include "core/tournament.h"
 #include "driver/run.h"
 #include "driver/run_state.h"
 #include "search/random_perturbation.h"
@@ -15,8 +17,6 @@
 #include "tests/data.h"
 #include "tests/reference.h"
 #include "tree/fast_local_search.h"
-#include "tree/ordered_sum.h"
-#include "tree/tournament.h"
 #include "tree/tree_follower.h"
 #include "tree/tree_length.h"
 

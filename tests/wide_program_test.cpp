@@ -183,7 +183,7 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
 TEST_F(WideProgramTest, AnswersWrongUsageWithStatusTwo) {
   Write("a.fa", Fasta());
   for (const char* arguments :
-       {"", "a.fa b.fa", "a.fa --nonsense", "a.fa --rounds -1", "a.fa --alpha 2", "a.fa --time x",
+       {"", "a.fa b.fa", "a.fa --nonsense", "a.fa --rounds -1", "a.fa --greedy 2", "a.fa --time x",
         "a.fa --matrix --bootstrap 3", "a.fa --format html", "a.fa --layout phylogram",
         "a.fa --newick x --draw ./x", "a.fa --output a.fa", "a.fa --threads 0"}) {
     const Ended ended = Run(arguments);

@@ -10,9 +10,10 @@
 #include <array>
 #include <vector>
 
-#include "tree/ordered_sum.h"
-#include "tree/subtree_sums.h"
-#include "tree/tournament.h"
+#include "core/ordered_sum.h"
+#include "core/subtree_sums.h"
+#include "core/tournament.h"
+#include "tree/tree_table.h"
 
 namespace zorvek {
 

@@ -1,0 +1,241 @@
+#include "core/subtree_sums.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zorvek {
+
+namespace {
+
+// sum[i] = a[i] + b[i]
+__attribute__((always_inline)) inline void AddRowsLoop(const std::int64_t* a, const std::int64_t* b,
+                                                       std::int64_t* __restrict sum,
+                                                       std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) sum[i] = a[i] + b[i];
+}
+
+void AddRowsPlain(const std::int64_t* a, const std::int64_t* b, std::int64_t* sum,
+                  std::size_t count) {
+  AddRowsLoop(a, b, sum, count);
+}
+
+#if defined(__x86_64__)
+__attribute__((target("avx2"))) void AddRowsAvx2(const std::int64_t* a, const std::int64_t* b,
+                                                 std::int64_t* sum, std::size_t count) {
+  AddRowsLoop(a, b, sum, count);
+}
+#endif
+
+// The widest row addition this processor has.
+auto ChooseAddRows() {
+#if defined(__x86_64__)
+  if (__builtin_cpu_supports("avx2")) return AddRowsAvx2;
+#endif
+  return AddRowsPlain;
+}
+
+// The exponent k for which n distances of up to `largest`, scaled by 2^k, stay below 2^62 in sum.
+int ScaleExponent(int n, double largest) {
+  int exponent;
+  std::frexp(n * largest, &exponent);
+  return 62 - exponent;
+}
+
+}  // namespace
+
+SubtreeSums::SubtreeSums(int n, const double* const* distances)
+    : n_(n),
+      nodes_(2 * Columns() - 1),
+      rows_(new Fixed[(2 * Columns() - 2) * Columns()]),
+      add_rows_(ChooseAddRows()),
+      dirty_(nodes_.size()) {
+  for (std::vector<int>* scratch : {&pending_, &order_, &changed_edges_, &stack_}) {
+    scratch->reserve(2 * nodes_.size());
+  }
+  double largest = 0;
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < n; ++j) {
+      if (i != j) largest = std::max(largest, std::fabs(distances[i][j]));
+    }
+  }
+  const int scale = ScaleExponent(n, largest);
+  unit_ = std::ldexp(1.0, -scale);
+  for (int i = 0; i < n; ++i) {
+    Fixed* row = Row(i);
+    Sum total = 0;
+    for (int j = 0; j < n; ++j) {
+      row[j] = i == j ? 0 : std::llrint(std::ldexp(distances[i][j], scale));
+      total += row[j];
+    }
+    At(i).total = total;
+  }
+  SetChildren(Root(), 2 * n - 4, 2 * n - 3);
+}
+
+void SubtreeSums::SetChildren(int node, int left, int right) {
+  At(node).left = left;
+  At(node).right = right;
+  At(left).parent = At(right).parent = node;
+  pending_.push_back(node);
+}
+
+void SubtreeSums::Update() {
+  CollectDirty();
+  for (auto node = order_.rbegin(); node != order_.rend(); ++node) {
+    At(*node).between = Gather(Left(*node), Right(*node));
+    if (*node != Root()) RemakeLeafSet(*node);
+  }
+  changed_edges_.clear();
+  for (const int node : order_) {
+    for (const int child : {Left(node), Right(node)}) {
+      RemakeAcross(child);
+      changed_edges_.push_back(child);
+    }
+    dirty_[static_cast<std::size_t>(node)] = false;
+  }
+  RemakeCentral();
+  pending_.clear();
+}
+
+// Fills order_ with the pending nodes and all above them, each before its children.
+void SubtreeSums::CollectDirty() {
+  for (int node : pending_) {
+    for (; node >= 0 && !dirty_[static_cast<std::size_t>(node)]; node = Parent(node)) {
+      dirty_[static_cast<std::size_t>(node)] = true;
+    }
+  }
+  order_.assign(1, Root());
+  for (std::size_t next = 0; next < order_.size(); ++next) {
+    for (const int child : {Left(order_[next]), Right(order_[next])}) {
+      if (dirty_[static_cast<std::size_t>(child)]) order_.push_back(child);
+    }
+  }
+}
+
+void SubtreeSums::Interchange(int node) {
+  const int parent = Parent(node);
+  const int left = Left(node);
+  const int right = Right(node);
+  const int sibling = Sibling(node);
+  Node& lower = At(node);
+  Node& upper = At(parent);
+
+  const Sum sibling_right = upper.between - lower.across;
+  upper.between = lower.across + lower.between;
+  lower.between = sibling_right;  // lower.across, between the two that trade places, stands
+  lower.left = sibling;
+  (upper.left == sibling ? upper.left : upper.right) = left;
+  At(sibling).parent = node;
+  At(left).parent = parent;
+  RemakeLeafSet(node);
+
+  for (const int changed : {left, right, sibling, parent}) RemakeAcross(changed);
+  if (upper.parent == Root()) RemakeCentral();
+  changed_edges_.assign({left, right, sibling, node, parent});
+}
+
+void SubtreeSums::RemakeLeafSet(int node) {
+  Node& u = At(node);
+  const Node& left = At(u.left);
+  const Node& right = At(u.right);
+  u.leaves = left.leaves + right.leaves;
+  u.total = left.total + right.total;
+  u.within = left.within + right.within + u.between;
+  add_rows_(Row(u.left), Row(u.right), Row(node), Columns());
+}
+
+void SubtreeSums::RemakeAcross(int node) {
+  if (!IsLeaf(node)) At(node).across = Gather(Left(node), Sibling(node));
+}
+
+void SubtreeSums::RemakeCentral() {
+  central_ = Gather(Left(Left(Root())), Left(Right(Root())));
+}
+
+SubtreeSums::Sum SubtreeSums::Gather(int x, int y) const {
+  if (Leaves(x) > Leaves(y)) std::swap(x, y);
+  return SumOfRow(Row(y), x);
+}
+
+double SubtreeSums::Beyond(int x, int y) const {
+  return ToDouble(At(x).total - SumOfRow(Row(y), x)) * unit_;
+}
+
+// Sum of a row's entries at the leaves below x.
+SubtreeSums::Sum SubtreeSums::SumOfRow(const Fixed* row, int x) const {
+  Sum sum = 0;
+  stack_.clear();
+  for (;;) {
+    while (!IsLeaf(x)) {
+      stack_.push_back(Right(x));
+      x = Left(x);
+    }
+    sum += row[x];
+    if (stack_.empty()) return sum;
+    x = stack_.back();
+    stack_.pop_back();
+  }
+}
+
+// Exact where the sum has at most 53 significant bits; otherwise off by the rounding of its low
+// word and of the addition.
+double SubtreeSums::ToDouble(Sum sum) {
+  const auto low = static_cast<std::uint64_t>(sum);
+  const auto high = static_cast<std::int64_t>(sum >> 64);
+  return static_cast<double>(high) * 18446744073709551616.0 + static_cast<double>(low);
+}
+
+Quartet SubtreeSums::Around(int node) const {
+  const int parent = Parent(node);
+  if (parent == Root()) return AroundCentralEdge();
+  const Node& lower = At(node);
+  const Node& upper = At(parent);
+  const Node& a = At(lower.left);
+  const Node& b = At(lower.right);
+  const Node& d = At(Sibling(node));
+  Quartet q;
+  q.a = a.leaves;
+  q.b = b.leaves;
+  q.c = n_ - upper.leaves;
+  q.d = d.leaves;
+  const Sum ad = lower.across;
+  const Sum bd = upper.between - ad;
+  q.ab = Average(lower.between, q.a, q.b);
+  q.ac = Average(Outward(a) - lower.between - ad, q.a, q.c);
+  q.ad = Average(ad, q.a, q.d);
+  q.bc = Average(Outward(b) - lower.between - bd, q.b, q.c);
+  q.bd = Average(bd, q.b, q.d);
+  q.cd = Average(Outward(d) - upper.between, q.c, q.d);
+  return q;
+}
+
+Quartet SubtreeSums::AroundCentralEdge() const {
+  const Node& u = At(Left(Root()));
+  const Node& v = At(Right(Root()));
+  Quartet q;
+  q.a = At(u.left).leaves;
+  q.b = At(u.right).leaves;
+  q.c = At(v.left).leaves;
+  q.d = At(v.right).leaves;
+  q.ab = Average(u.between, q.a, q.b);
+  q.ac = Average(central_, q.a, q.c);
+  q.ad = Average(u.across - central_, q.a, q.d);
+  q.bc = Average(v.across - central_, q.b, q.c);
+  q.bd = Average(At(Root()).between - u.across - v.across + central_, q.b, q.d);
+  q.cd = Average(v.between, q.c, q.d);
+  return q;
+}
+
+double SubtreeSums::ExternalLength(int leaf) const {
+  const Node& i = At(leaf);
+  const Node& upper = At(i.parent);
+  const Node& b = At(Sibling(leaf));
+  const double beyond = n_ - upper.leaves;
+  const double sibling = b.leaves;
+  const double to_beyond = Average(i.total - upper.between, 1, beyond);
+  const double to_sibling = Average(upper.between, 1, sibling);
+  const double between = Average(Outward(b) - upper.between, beyond, sibling);
+  return (to_beyond + to_sibling - between) * 0.5;
+}
+
+}  // namespace zorvek

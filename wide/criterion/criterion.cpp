@@ -1,0 +1,18 @@
+#include "wide/criterion/criterion.h"
+
+#include <stdexcept>
+
+#include "wide/criterion/ols_neighbourhood.h"
+
+namespace zorvek::wide {
+
+std::unique_ptr<Neighbourhood> MakeNeighbourhood(Criterion criterion, const Topology& topology,
+                                                 const double* const* distances) {
+  switch (criterion) {
+    case Criterion::kOls:
+      return std::make_unique<OlsNeighbourhood>(topology, distances);
+  }
+  throw std::logic_error("no such criterion");
+}
+
+}  // namespace zorvek::wide

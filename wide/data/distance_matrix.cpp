@@ -1,0 +1,42 @@
+#include "wide/data/distance_matrix.h"
+
+#include <cmath>
+
+namespace zorvek::wide {
+
+DistanceMatrix::DistanceMatrix(int n)
+    : values_(static_cast<std::size_t>(n) * static_cast<std::size_t>(n)) {
+  for (int i = 0; i < n; ++i) rows_.push_back(values_.data() + static_cast<std::ptrdiff_t>(i) * n);
+}
+
+void DistanceMatrix::Set(int i, int j, double distance) {
+  rows_[static_cast<std::size_t>(i)][j] = distance;
+  rows_[static_cast<std::size_t>(j)][i] = distance;
+}
+
+std::vector<std::pair<int, int>> DistanceMatrix::Undefined() const {
+  std::vector<std::pair<int, int>> pairs;
+  for (int i = 0; i < Size(); ++i) {
+    for (int j = i + 1; j < Size(); ++j) {
+      if (std::isnan((*this)(i, j))) pairs.emplace_back(i, j);
+    }
+  }
+  return pairs;
+}
+
+DistanceMatrix DistanceMatrix::Without(const std::vector<bool>& left_out) const {
+  std::vector<int> kept;
+  for (int i = 0; i < Size(); ++i) {
+    if (!left_out[static_cast<std::size_t>(i)]) kept.push_back(i);
+  }
+  const int count = static_cast<int>(kept.size());
+  DistanceMatrix rest(count);
+  for (int i = 0; i < count; ++i) {
+    for (int j = 0; j < i; ++j) {
+      rest.Set(i, j, (*this)(kept[static_cast<std::size_t>(i)], kept[static_cast<std::size_t>(j)]));
+    }
+  }
+  return rest;
+}
+
+}  // namespace zorvek::wide

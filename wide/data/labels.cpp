@@ -1,0 +1,41 @@
+#include "wide/data/labels.h"
+
+#include <algorithm>
+#include <cctype>
+#include <map>
+
+#include "wide/formats/text.h"
+
+namespace zorvek::wide {
+
+std::string WithoutBlanks(std::string label) {
+  std::replace_if(label.begin(), label.end(), IsBlank, '_');
+  return label;
+}
+
+std::string Folded(const std::string& label) {
+  std::string folded = WithoutBlanks(label);
+  for (char& c : folded) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return folded;
+}
+
+std::vector<std::vector<std::size_t>> Duplicates(const std::vector<std::string>& labels) {
+  std::map<std::string, std::vector<std::size_t>> same;
+  for (std::size_t i = 0; i < labels.size(); ++i) same[Folded(labels[i])].push_back(i);
+  std::vector<std::vector<std::size_t>> groups;
+  for (auto& [label, group] : same) {
+    if (group.size() > 1) groups.push_back(std::move(group));
+  }
+  std::sort(groups.begin(), groups.end());
+  return groups;
+}
+
+std::string Quoted(const std::string& label) {
+  const bool bare = !label.empty() && label.find_first_of("()[]{}/\\,;:=*'\"`+-<>") == label.npos;
+  if (bare) return WithoutBlanks(label);
+  std::string quoted = "'";
+  for (const char c : label) quoted += c == '\'' ? "''" : std::string(1, c);
+  return quoted + "'";
+}
+
+}  // namespace zorvek::wide

@@ -1,0 +1,26 @@
+// Labels of taxa: which are the same, and how the output formats want them.
+#ifndef ZORVEK_WIDE_DATA_LABELS_H
+#define ZORVEK_WIDE_DATA_LABELS_H
+
+#include <string>
+#include <vector>
+
+namespace zorvek::wide {
+
+// The form in which labels are compared: NEXUS tells neither upper from lower case nor a blank from
+// an underscore.
+std::string Folded(const std::string& label);
+
+// The groups of labels that are the same, by index, in order of the first.  Cost: n log n.
+std::vector<std::vector<std::size_t>> Duplicates(const std::vector<std::string>& labels);
+
+// Blanks as underscores, for formats in which a blank ends a label.
+std::string WithoutBlanks(std::string label);
+
+// As Newick and NEXUS want it: blanks become underscores; a label with any other character that the
+// formats use themselves is quoted, what it holds left as it is, quotes doubled ('it''s').
+std::string Quoted(const std::string& label);
+
+}  // namespace zorvek::wide
+
+#endif

@@ -1,0 +1,29 @@
+// What a run of zorvek-wide begins with: taxa and their distances, complete.
+#ifndef ZORVEK_WIDE_PROGRAM_INPUT_H
+#define ZORVEK_WIDE_PROGRAM_INPUT_H
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "wide/data/alignment.h"
+#include "wide/data/distance_matrix.h"
+#include "wide/program/options.h"
+
+namespace zorvek::wide {
+
+struct Input {
+  std::vector<std::string> labels;
+  Alignment alignment;  // empty when the distances were given
+  DistanceMatrix distances{0};
+  std::vector<std::string> left_out;  // labels of the taxa that were
+};
+
+// Reads the file, leaves out the taxa that are to be left out, and estimates the distances. Tells
+// on standard error what the user should know though it is no error. Throws Error, also when there
+// are fewer than 4 taxa or a pair without a distance is left.
+Input ReadInput(const Options& options);
+
+}  // namespace zorvek::wide
+
+#endif

@@ -1,0 +1,138 @@
+#include "wide/program/options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <limits>
+#include <map>
+#include <thread>
+
+namespace zorvek::wide {
+
+namespace {
+
+constexpr int kBadUsage = 2;
+constexpr int kMost = std::numeric_limits<int>::max();
+
+void AddInput(CLI::App& app, Options& options) {
+  const std::map<std::string, Format> formats{
+      {"nexus", Format::kNexus}, {"fasta", Format::kFasta}, {"phylip", Format::kPhylip}};
+  app.add_option("file", options.file, "aligned DNA sequences: NEXUS, FASTA or relaxed PHYLIP")
+      ->required()
+      ->type_name("FILE");
+  auto* matrix =
+      app.add_flag("--matrix", options.matrix, "FILE is a PHYLIP square distance matrix");
+  app.add_option("--format", options.format, "nexus, fasta or phylip, not guessed by the content")
+      ->transform(CLI::CheckedTransformer(formats, CLI::ignore_case).description(""))
+      ->type_name("NAME")
+      ->excludes(matrix);
+  app.add_option("--leave-out", options.leave_out, "taxa to leave out, commas between them")
+      ->type_name("TAXON[,...]")
+      ->take_all()
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  app.add_flag("--drop-undefined", options.drop_undefined,
+               "leave out the fewest taxa, so that every pair left has a distance");
+  app.add_option("--bootstrap", options.bootstrap, "replicates for the support of the branches")
+      ->type_name("R")
+      ->check(CLI::Range(1, kMost).description(""))
+      ->excludes(matrix);
+}
+
+void AddSearch(CLI::App& app, Options& options) {
+  app.add_option("--starts", options.starts, "starting trees: neighbour joining, then randomised")
+      ->type_name("N")
+      ->check(CLI::Range(1, kMost).description(""))
+      ->capture_default_str();
+  app.add_option("--greedy", options.greedy, "share of greedy joins in the randomised ones, 0 to 1")
+      ->type_name("X")
+      ->check(CLI::Range(0.0, 1.0).description(""))
+      ->capture_default_str();
+  app.add_option("--seed", options.seed, "seed of all random choices")
+      ->type_name("N")
+      ->capture_default_str();
+  app.add_option("--rounds", options.rounds,
+                 "perturbations to try; 1000, or no limit with --time or --patience")
+      ->type_name("N")
+      ->check(CLI::Range(0L, Options::kMostRounds).description(""));
+  app.add_option("--threads", options.threads, "threads; all cores unless given")
+      ->type_name("N")
+      ->check(CLI::Range(1, 4096).description(""));
+  app.add_option("--time", options.time, "seconds after which the search ends")
+      ->type_name("S")
+      ->check(CLI::PositiveNumber.description(""));
+  app.add_option("--patience", options.patience, "seconds without improvement that end the search")
+      ->type_name("S")
+      ->check(CLI::PositiveNumber.description(""));
+}
+
+void AddOutput(CLI::App& app, Options& options) {
+  const std::map<std::string, Layout> layouts{{"unrooted", Layout::kUnrooted},
+                                              {"phylogram", Layout::kPhylogram}};
+  app.add_option("--output", options.output, "the tree in NEXUS; FILE.wide.nex unless given")
+      ->type_name("PATH");
+  app.add_option("--newick", options.newick, "the tree in Newick's format")->type_name("PATH");
+  app.add_option("--distances", options.distances, "the distances, a PHYLIP square matrix")
+      ->type_name("PATH");
+  auto* draw =
+      app.add_option("--draw", options.draw, "a picture of the tree, SVG")->type_name("PATH");
+  app.add_option("--layout", options.layout, "unrooted or phylogram; unrooted unless given")
+      ->transform(CLI::CheckedTransformer(layouts, CLI::ignore_case).description(""))
+      ->type_name("NAME")
+      ->needs(draw);
+  app.add_flag("--quiet", options.quiet, "neither progress nor summary");
+}
+
+void AddDefaults(const CLI::App& app, Options& options) {
+  if (options.output.empty()) options.output = options.file + ".wide.nex";
+  options.log = options.file + ".wide.log";
+  if (app.count("--threads") == 0) {
+    options.threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+  }
+  const bool clock = options.time > 0 || options.patience > 0;
+  if (clock && app.count("--rounds") == 0) options.rounds = Options::kByClock;
+}
+
+// The files that are written must be different ones, and none of them the input.
+void CheckPaths(const Options& options) {
+  std::vector<std::filesystem::path> taken;
+  for (const std::string& path : {options.file, options.output, options.log, options.newick,
+                                  options.distances, options.draw}) {
+    if (path.empty()) continue;
+    std::error_code error;
+    const auto place =
+        std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
+    if (error || std::filesystem::is_character_file(place, error)) continue;
+    if (std::find(taken.begin(), taken.end(), place) != taken.end()) {
+      throw CLI::ValidationError(path + " is named twice");
+    }
+    taken.push_back(place);
+  }
+}
+
+}  // namespace
+
+bool ParseOptions(int argc, char** argv, Options& options, int& status) {
+  CLI::App app("Finds the shortest minimum-evolution tree of aligned DNA sequences.",
+               "zorvek-wide");
+  app.set_version_flag("--version", "zorvek-wide " ZORVEK_VERSION);
+  app.set_help_flag("--help", "this text");
+  AddInput(app, options);
+  AddSearch(app, options);
+  AddOutput(app, options);
+  try {
+    app.parse(argc, argv);
+    AddDefaults(app, options);
+    CheckPaths(options);
+    return true;
+  } catch (const CLI::Success& asked) {
+    status = app.exit(asked);
+  } catch (const CLI::ParseError& fault) {
+    std::cerr << "zorvek-wide: " << fault.what() << "; see zorvek-wide --help\n";
+    status = kBadUsage;
+  }
+  return false;
+}
+
+}  // namespace zorvek::wide

@@ -1,0 +1,66 @@
+#include "wide/program/summary.h"
+
+#include <sys/resource.h>
+
+#include <cstddef>
+
+#include "wide/data/error.h"
+#include "wide/formats/numbers.h"
+
+namespace zorvek::wide {
+
+namespace {
+
+constexpr int kDigits = 6;  // of seconds in the log
+
+std::string Line(const std::string& name, const std::string& value) {
+  return name + std::string(12 - name.size(), ' ') + value + "\n";
+}
+
+double Seconds(const timeval& time) {
+  return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+}
+
+std::string Stop(const Options& options, const Outcome& outcome) {
+  if (outcome.interrupted) return ", interrupted";
+  return options.rounds == Options::kByClock ? ", by the clock"
+                                             : ", rounds " + std::to_string(options.rounds);
+}
+
+std::string Support(const BootstrapResult& support) {
+  std::string text = std::to_string(support.done) + " replicates";
+  if (support.redrawn > 0) {
+    text += ", " + std::to_string(support.redrawn) + " samples without all distances drawn again";
+  }
+  if (support.given_up > 0) text += ", " + std::to_string(support.given_up) + " given up";
+  return text;
+}
+
+}  // namespace
+
+std::string Summary(const Options& options, const Input& input, const Outcome& outcome) {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  std::string text = Line("taxa", std::to_string(input.labels.size()));
+  if (!input.left_out.empty()) text += Line("left out", Listed(input.left_out, ", "));
+  if (!options.matrix) text += Line("sites", std::to_string(input.alignment.Sites()));
+  text += Line("length", Shortest(outcome.found.length) + " (sum of the positive edges)");
+  text += Line("raw length", Shortest(TotalLength(outcome.found.tree)) + " (sum of all edges)");
+  text += Line("negative", std::to_string(NegativeEdges(outcome.found.tree)) + " (written as 0)");
+  if (options.bootstrap > 0) text += Line("support", Support(outcome.support));
+  text += Line("seed", std::to_string(options.seed) + Stop(options, outcome));
+  text += Line("time", Rounded(outcome.seconds, 2) + " s, processor " +
+                           Rounded(Seconds(usage.ru_utime) + Seconds(usage.ru_stime), 2) + " s");
+  text += Line("memory", Rounded(static_cast<double>(usage.ru_maxrss) / 1024, 1) + " MiB");
+  return text + Line("tree", options.output);
+}
+
+std::string RunLog(const Outcome& outcome) {
+  std::string text = "seconds\tlength\n";
+  for (const Improvement& improvement : outcome.improvements) {
+    text += Rounded(improvement.seconds, kDigits) + "\t" + Shortest(improvement.length) + "\n";
+  }
+  return text;
+}
+
+}  // namespace zorvek::wide

@@ -1,0 +1,30 @@
+// Taxa that cannot be told apart, kept together.
+//
+// A criterion need not be least with them side by side: where distances are far from a tree's, an edge
+// that is negative there, and counts nothing in a sum of positive ones, can pay for setting them apart.
+#ifndef ZORVEK_WIDE_SEARCH_IDENTICAL_H
+#define ZORVEK_WIDE_SEARCH_IDENTICAL_H
+
+#include <vector>
+
+#include "wide/criterion/neighbourhood.h"
+#include "wide/data/tree.h"
+
+namespace zorvek::wide {
+
+using Groups = std::vector<std::vector<int>>;
+
+// The groups, of two taxa at least, at distance 0 and with the same distances to all others.
+// Cost: n^2, and n for each pair at distance 0.
+Groups IdenticalTaxa(int n, const double* const* distances);
+
+// Moves the taxa of each group that stand apart to one of them, to the one where the tree becomes
+// shortest.  Cost: a move for each taxon that such a group has.
+void KeepTogether(const Groups& groups, Neighbourhood& tree);
+
+// Makes the edges within each group 0, which they are but for rounding.
+void ClearWithin(const Groups& groups, Tree& tree);
+
+}  // namespace zorvek::wide
+
+#endif

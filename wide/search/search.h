@@ -1,0 +1,49 @@
+// The search of zorvek-wide: the shortest minimum-evolution tree over the whole tree space.
+#ifndef ZORVEK_WIDE_SEARCH_SEARCH_H
+#define ZORVEK_WIDE_SEARCH_SEARCH_H
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+
+#include "wide/criterion/criterion.h"
+#include "wide/data/tree.h"
+
+namespace zorvek::wide {
+
+// What the search tells while it runs, on the thread that called it.
+struct Progress {
+  enum Phase { kStart, kDescent, kRounds } phase;
+  double fraction;  // of the phase, 0..1
+  double length;    // of the best tree so far, in a descent of the present one
+  bool improved;    // whether that length is new since the last report
+};
+
+struct SearchSettings {
+  Criterion criterion = Criterion::kOls;
+  std::uint64_t seed = 1;
+  int starts = 1;       // starting trees: neighbour joining, then randomised joinings
+  double greedy = 0.5;  // randomised joinings: share of greedy joins, 0..1
+  long rounds = 0;      // perturbations tried after the descents
+  int threads = 1;
+  double seconds = 0;   // wall-clock limit, 0 for none
+  double patience = 0;  // wall-clock seconds without an improvement that end the search, 0 for none
+  const std::atomic<bool>* stop = nullptr;           // the search ends soon after this becomes true
+  std::function<void(const Progress&)> on_progress;  // may be empty
+};
+
+struct SearchResult {
+  Tree tree;
+  double length = 0;  // under the criterion
+};
+
+// The shortest tree found, identical taxa side by side. The result depends on the distances, seed, starts, greedy and rounds alone,
+// not on the number of threads, unless a time limit or `stop` ends it early.
+// Requires: n >= 4, a symmetric matrix of finite numbers.
+// Memory: 24 n^2 bytes a thread while it joins a starting tree, 16 n^2 after.
+SearchResult FindShortestTree(int n, const double* const* distances,
+                              const SearchSettings& settings);
+
+}  // namespace zorvek::wide
+
+#endif

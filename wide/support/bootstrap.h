@@ -1,0 +1,37 @@
+// Branch support by resampling the sites of an alignment [Felsenstein1985].
+#ifndef ZORVEK_WIDE_SUPPORT_BOOTSTRAP_H
+#define ZORVEK_WIDE_SUPPORT_BOOTSTRAP_H
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+
+#include "wide/data/alignment.h"
+#include "wide/data/tree.h"
+
+namespace zorvek::wide {
+
+struct BootstrapSettings {
+  int replicates = 0;
+  std::uint64_t seed = 1;
+  int threads = 1;
+  const std::atomic<bool>* stop = nullptr;  // no more replicates after this becomes true
+  std::function<void(int)> on_done;         // with the number done; on any thread, one at a time
+};
+
+struct BootstrapResult {
+  int done = 0;      // replicates that the supports stand on
+  long redrawn = 0;  // samples in which a pair of taxa had no distance, drawn again
+  int given_up = 0;  // replicates in which that happened every time
+};
+
+// Sets the support of each inner edge of `tree` to the share of replicates that have it. In a
+// replicate as many sites as there are are drawn with replacement, the distances estimated again,
+// and a tree found by neighbour joining and a descent. What replicate k draws depends on the seed
+// and k alone, so the result is the same for any number of threads.
+BootstrapResult Bootstrap(const Alignment& alignment, const BootstrapSettings& settings,
+                          Tree& tree);
+
+}  // namespace zorvek::wide
+
+#endif
