@@ -19,10 +19,15 @@ install(FILES packaging/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/zorve
         COMPONENT program)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zorvek)
-install(TARGETS zorvek_lib EXPORT zorvek COMPONENT development)
-install(DIRECTORY core driver input tree search output wide
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zorvek COMPONENT development
-        FILES_MATCHING PATTERN *.h)
+# zorvek::zorvek is the library of zorvek-wide with the public headers, zorvek::run that of the routines
+# of zorvek with theirs, which name each other from a folder of their own.
+set(run_headers ${CMAKE_INSTALL_INCLUDEDIR}/zorvek-run)
+target_include_directories(zorvek_wide INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+target_include_directories(zorvek_run INTERFACE $<INSTALL_INTERFACE:${run_headers}>)
+install(TARGETS zorvek_core zorvek_run zorvek_wide EXPORT zorvek COMPONENT development)
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+install(DIRECTORY core driver input tree search output DESTINATION ${run_headers}
+        COMPONENT development FILES_MATCHING PATTERN *.h)
 install(EXPORT zorvek NAMESPACE zorvek:: FILE zorvek-targets.cmake DESTINATION ${package_dir}
         COMPONENT development)
 write_basic_package_version_file(zorvek-config-version.cmake COMPATIBILITY SameMajorVersion)

@@ -1,4 +1,5 @@
-# The package zorvek: defines zorvek::zorvek, the library, and finds the NEXUS Class Library for it.
+# The package zorvek: defines zorvek::zorvek, the library of zorvek-wide, and zorvek::run, the
+# routines of zorvek, and finds the NEXUS Class Library for them.
 include(CMakeFindDependencyMacro)
 list(PREPEND CMAKE_MODULE_PATH "${CMAKE_CURRENT_LIST_DIR}")
 find_dependency(NCL)

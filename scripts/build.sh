@@ -41,3 +41,4 @@ build() {
 }
 
 build_packages=(g++ cmake make libncl-dev libcli11-dev)
+test_packages=(git libgtest-dev)

@@ -85,7 +85,7 @@ TEST_F(TreeWriterTest, WritesTheBestTreeWithLabelsAndRawLengths) {
 
 using RunStateTest = test::FolderTest;
 
-TEST_F(RunStateTest, ListsEveryGlobalOfTheLibrary) {
+TEST_F(RunStateTest, ListsEveryGlobalOfTheLibraries) {
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "the sanitizer adds writable symbols of its own";
 #endif
@@ -102,7 +102,7 @@ TEST_F(RunStateTest, ListsEveryGlobalOfTheLibrary) {
   }
   // Writable symbols by name | ... | section.
   const std::vector<std::string> found = test::FindAll(
-      "\n" + Shell("nm -C -f sysv '" ZORVEK_LIBRARY "' | grep -E '\\.(data|bss)'").out,
+      "\n" + Shell("nm -C -f sysv " ZORVEK_LIBRARIES " | grep -E '\\.(data|bss)'").out,
       "\n(?!std::|DW\\.ref\\.)([^|\n]*?) *\\|[^\n]*\\|\\.t?(?:data(?!\\.rel\\.ro)|bss)");
   EXPECT_EQ(std::set<std::string>(found.begin(), found.end()), expected);
 }
