@@ -1,10 +1,9 @@
 #include "wide/data/labels.h"
 
 #include <algorithm>
-#include <cctype>
 #include <map>
 
-#include "wide/formats/text.h"
+#include "wide/data/ascii.h"
 
 namespace zorvek::wide {
 
@@ -15,7 +14,7 @@ std::string WithoutBlanks(std::string label) {
 
 std::string Folded(const std::string& label) {
   std::string folded = WithoutBlanks(label);
-  for (char& c : folded) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  std::transform(folded.begin(), folded.end(), folded.begin(), ToLower);
   return folded;
 }
 

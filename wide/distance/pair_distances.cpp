@@ -1,5 +1,6 @@
 #include "wide/distance/pair_distances.h"
 
+#include <array>
 #include <limits>
 #include <map>
 
@@ -10,13 +11,26 @@ namespace zorvek::wide {
 
 namespace {
 
+constexpr char kNone = '\0';  // the symbol of no state
+
+// The run's symbol of each set of states: its first one in the order A, C, G, T. U counts as an
+// unknown nucleotide in RNA.
+std::array<char, 16> Symbols(bool rna) {
+  std::array<char, 16> symbols{kNone};
+  for (unsigned set = 1; set < symbols.size(); ++set) {
+    symbols[set] = (set & kA) ? 'A' : (set & kC) ? 'C' : (set & kG) ? 'G' : rna ? 'U' : 'T';
+  }
+  return symbols;
+}
+
 NucleotidePlanes Planes(const Alignment& alignment, const std::vector<std::size_t>& sites) {
   NucleotidePlanes planes(alignment.Taxa(), sites.size());
+  const std::array<char, 16> symbols = Symbols(alignment.rna);
   for (std::size_t taxon = 0; taxon < alignment.Taxa(); ++taxon) {
-    const char* const cells = alignment.cells[taxon].data();
+    const StateSet* const cells = alignment.cells[taxon].data();
     for (std::size_t k = 0; k < sites.size(); ++k) {
-      const char symbol = cells[sites[k]];
-      if (symbol != Alignment::kNone) planes.Set(taxon, k, symbol);
+      const char symbol = symbols[cells[sites[k]]];
+      if (symbol != kNone) planes.Set(taxon, k, symbol);
     }
   }
   return planes;

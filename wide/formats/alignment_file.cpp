@@ -1,153 +1,51 @@
-// The NEXUS Class Library [Lewis2003] reads all formats. FASTA and PHYLIP files are looked over
-// first (sequence_scan.h) and handed to it as plain FASTA, a line for each sequence.
-#include <ncl/nxsmultiformat.h>
+#include "wide/formats/alignment_file.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <new>
 #include <sstream>
 #include <string_view>
 
-#include "input/cell_symbols.h"
-#include "wide/data/alignment.h"
+#include "wide/data/ascii.h"
 #include "wide/data/error.h"
-#include "wide/formats/sequence_scan.h"
+#include "wide/formats/fasta.h"
+#include "wide/formats/nexus.h"
+#include "wide/formats/phylip.h"
 #include "wide/formats/text.h"
 
 namespace zorvek::wide {
 
 namespace {
 
-constexpr int kBlocks =
-    PublicNexusReader::NEXUS_TAXA_BLOCK_BIT | PublicNexusReader::NEXUS_CHARACTERS_BLOCK_BIT;
-const char kMendNexus[] = "; mend it, and put single quotes around labels that hold punctuation";
-
-std::string OneLine(std::string text) {
-  std::replace(text.begin(), text.end(), '\n', ' ');
-  return text;
-}
-
-// Has the library read the text; it keeps what it reads until Free().
-class LibraryReader {
- public:
-  LibraryReader() : reader_(kBlocks, NxsReader::IGNORE_WARNINGS) {
-    reader_.SetWarningOutputLevel(NxsReader::SUPPRESS_WARNINGS_LEVEL);
-  }
-  ~LibraryReader() { reader_.DeleteBlocksFromFactories(); }
-  LibraryReader(const LibraryReader&) = delete;
-  LibraryReader& operator=(const LibraryReader&) = delete;
-
-  void Read(const std::string& path, const std::string& text,
-            MultiFormatReader::DataFormatType format) {
-    std::istringstream stream(text);
-    try {
-      reader_.ReadStream(stream, format, path.c_str());
-    } catch (const NxsException& fault) {
-      throw Error(At(path, fault.line, fault.col) + ": " + OneLine(fault.msg) + kMendNexus);
-    } catch (const std::bad_alloc&) {
-      throw Error(At(path) + ": asks for more memory than there is; mend NTAX and NCHAR");
-    } catch (const std::exception& fault) {
-      throw Error(At(path) + ": " + OneLine(fault.what()) + kMendNexus);
-    }
-  }
-
-  // All matrices that were read.
-  std::vector<NxsCharactersBlock*> Matrices() const {
-    std::vector<NxsCharactersBlock*> found;
-    for (unsigned t = 0; t < reader_.GetNumTaxaBlocks(); ++t) {
-      const NxsTaxaBlock* taxa = reader_.GetTaxaBlock(t);
-      for (unsigned b = 0; b < reader_.GetNumCharactersBlocks(taxa); ++b) {
-        found.push_back(reader_.GetCharactersBlock(taxa, b));
-      }
-    }
-    return found;
-  }
-
- private:
-  MultiFormatReader reader_;
+struct Format {
+  const char* name;
+  bool (*recognise)(std::string_view first_word);  // of the file, in capitals
+  Alignment (*read)(const std::string& path, const std::string& text);
 };
 
-bool HoldsNucleotides(const NxsCharactersBlock& matrix) {
-  const auto type = matrix.GetDataType();
-  return type == NxsCharactersBlock::dna || type == NxsCharactersBlock::rna ||
-         type == NxsCharactersBlock::nucleotide;
+// A format is a file with its reader and a line here.
+const Format kFormats[] = {
+    {"nexus", [](std::string_view word) { return word.substr(0, 6) == "#NEXUS"; }, ReadNexusMatrix},
+    {"fasta", [](std::string_view word) { return word.front() == '>'; }, ReadFasta},
+    {"phylip", [](std::string_view word) { return IsDigit(word.front()); }, ReadPhylip},
+};
+
+const Format& Named(const std::string& name) {
+  return *std::find_if(std::begin(kFormats), std::end(kFormats),
+                       [&](const Format& format) { return format.name == name; });
 }
 
-// The one matrix of nucleotides.
-NxsCharactersBlock& NucleotideMatrix(const std::string& path, const LibraryReader& reader) {
-  NxsCharactersBlock* found = nullptr;
-  const std::vector<NxsCharactersBlock*> matrices = reader.Matrices();
-  for (NxsCharactersBlock* matrix : matrices) {
-    if (!HoldsNucleotides(*matrix)) continue;
-    if (found != nullptr) {
-      throw Error(At(path) + ": more than one matrix of nucleotides; keep one");
-    }
-    found = matrix;
+const Format& ByContent(const std::string& path, const std::string& text) {
+  std::string word(Words(text).Next().text);
+  if (word.empty()) {
+    throw Error(At(path, 1, 1) + ": nothing in the file; give one with aligned sequences");
   }
-  if (found != nullptr) return *found;
-  throw Error(At(path) + (matrices.empty()
-                              ? ": no DATA or CHARACTERS block; add one"
-                              : ": the matrix does not hold nucleotides; say datatype=dna in its "
-                                "FORMAT command if it does"));
-}
-
-Alignment Copy(NxsCharactersBlock& matrix) {
-  Alignment alignment;
-  alignment.rna = matrix.GetDataType() == NxsCharactersBlock::rna;
-  CellSymbols symbols(matrix);
-  for (unsigned taxon = 0; taxon < matrix.GetTaxaBlockPtr()->GetNTax(); ++taxon) {
-    const NxsDiscreteStateRow& row = matrix.GetDiscreteMatrixRow(taxon);
-    if (row.empty()) continue;  // named in the TAXA block, but not in the matrix
-    std::string cells;
-    for (unsigned site = 0; site < row.size(); ++site) {
-      cells += symbols.At(taxon, site, row[site]);
-    }
-    alignment.labels.push_back(matrix.GetTaxaBlockPtr()->GetTaxonLabel(taxon));
-    alignment.cells.push_back(std::move(cells));
+  std::transform(word.begin(), word.end(), word.begin(), ToUpper);
+  for (const Format& format : kFormats) {
+    if (format.recognise(word)) return format;
   }
-  return alignment;
-}
-
-Alignment FromNexus(const std::string& path, const std::string& text) {
-  LibraryReader reader;
-  reader.Read(path, text, MultiFormatReader::NEXUS_FORMAT);
-  return Copy(NucleotideMatrix(path, reader));
-}
-
-bool IsRna(const std::vector<ScannedSequence>& sequences) {
-  return std::any_of(sequences.begin(), sequences.end(), [](const ScannedSequence& sequence) {
-    return sequence.symbols.find_first_of("Uu") != std::string::npos;
-  });
-}
-
-Alignment FromSequences(const std::string& path, const std::vector<ScannedSequence>& sequences) {
-  std::string plain;
-  for (std::size_t i = 0; i < sequences.size(); ++i) {
-    plain += ">" + std::to_string(i) + "\n" + sequences[i].symbols + "\n";
-  }
-  if (sequences.empty() || sequences[0].symbols.empty()) return {};
-  LibraryReader reader;
-  reader.Read(
-      path, plain,
-      IsRna(sequences) ? MultiFormatReader::FASTA_RNA_FORMAT : MultiFormatReader::FASTA_DNA_FORMAT);
-  Alignment alignment = Copy(NucleotideMatrix(path, reader));
-  for (std::size_t i = 0; i < sequences.size(); ++i) alignment.labels[i] = sequences[i].label;
-  return alignment;
-}
-
-Format ByContent(const std::string& path, const std::string& text) {
-  std::string word(Words(text).Next().text.substr(0, 6));
-  std::transform(word.begin(), word.end(), word.begin(), [](char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-  });
-  if (word == "#NEXUS") return Format::kNexus;
-  if (!word.empty() && word[0] == '>') return Format::kFasta;
-  if (!word.empty() && word[0] >= '0' && word[0] <= '9') return Format::kPhylip;
-  throw Error(At(path, 1, 1) +
-              (word.empty() ? ": nothing in the file; give one with aligned sequences"
-                            : ": neither NEXUS nor FASTA nor PHYLIP; give --format if it is one"));
+  throw Error(At(path, 1, 1) + ": neither NEXUS nor FASTA nor PHYLIP; give --format if it is one");
 }
 
 }  // namespace
@@ -166,15 +64,15 @@ std::string ReadFile(const std::string& path) {
   return content.compare(0, mark.size(), mark) == 0 ? content.substr(mark.size()) : content;
 }
 
-Alignment ParseAlignment(const std::string& path, const std::string& text, Format format) {
-  switch (format == Format::kByContent ? ByContent(path, text) : format) {
-    case Format::kFasta:
-      return FromSequences(path, ScanFasta(path, text));
-    case Format::kPhylip:
-      return FromSequences(path, ScanPhylip(path, text));
-    default:
-      return FromNexus(path, text);
-  }
+std::vector<std::string> AlignmentFormats() {
+  std::vector<std::string> names;
+  for (const Format& format : kFormats) names.emplace_back(format.name);
+  return names;
+}
+
+Alignment ParseAlignment(const std::string& path, const std::string& text,
+                         const std::string& format) {
+  return (format.empty() ? ByContent(path, text) : Named(format)).read(path, text);
 }
 
 }  // namespace zorvek::wide

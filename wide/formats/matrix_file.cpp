@@ -22,7 +22,7 @@ bool SameButForRounding(double a, double b) {
 }
 
 // Whether the whole word is one number of this type.
-template <class Number>
+template <typename Number>
 bool ReadNumber(std::string_view word, Number& number) {
   const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
   return error == std::errc() && end == word.data() + word.size();
@@ -41,7 +41,7 @@ class MatrixParser {
     if (!rest.text.empty()) {
       Stop(rest, "\"" + std::string(rest.text) +
                      "\" after the last distance; the first line says " + std::to_string(n) +
-                     " taxa, mend it or the rows");
+                     " taxa, fix it or the rows");
     }
     CheckSymmetry();
     faults_.ThrowIfAny();
@@ -74,8 +74,7 @@ class MatrixParser {
     const Word label = words_.Next();
     if (label.text.empty()) {
       Stop(label, "the file ends after " + std::to_string(i) + " of " +
-                      std::to_string(values_.size()) +
-                      " taxa; mend the first line or add the rest");
+                      std::to_string(values_.size()) + " taxa; fix the first line or add the rest");
     }
     labels_.emplace_back(label.text);
     for (std::size_t j = 0; j < values_.size(); ++j) ReadDistance(i, j);

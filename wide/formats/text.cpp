@@ -2,7 +2,13 @@
 
 #include <algorithm>
 
+#include "wide/data/ascii.h"
+
 namespace zorvek::wide {
+
+bool IsBlankLine(std::string_view line) {
+  return std::all_of(line.begin(), line.end(), IsBlank);
+}
 
 void Words::Step() {
   const bool pair = text_[at_] == '\r' && at_ + 1 < text_.size() && text_[at_ + 1] == '\n';

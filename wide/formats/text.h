@@ -13,10 +13,8 @@ struct Word {
   long column = 0;
 };
 
-// Blank, tab and line ends of every kind; no other locale's opinion.
-constexpr bool IsBlank(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
-}
+// Whether there is nothing but blanks.
+bool IsBlankLine(std::string_view line);
 
 // The words between blanks, one after the other. The text must outlive them.
 class Words {

@@ -9,6 +9,7 @@
 #include "wide/data/labels.h"
 #include "wide/distance/pair_distances.h"
 #include "wide/distance/vertex_cover.h"
+#include "wide/formats/alignment_file.h"
 #include "wide/formats/matrix_file.h"
 
 namespace zorvek::wide {
@@ -17,22 +18,13 @@ namespace {
 
 constexpr std::size_t kFewestTaxa = 4;
 
-template <class Item>
-void Remove(const std::vector<bool>& left_out, std::vector<Item>& items) {
-  std::size_t kept = 0;
-  for (std::size_t i = 0; i < items.size(); ++i) {
-    if (!left_out[i]) std::swap(items[kept++], items[i]);
-  }
-  items.resize(kept);
-}
-
 void LeaveOut(const std::vector<bool>& left_out, Input& input) {
   for (std::size_t i = 0; i < left_out.size(); ++i) {
-    if (left_out[i]) input.left_out.push_back(input.labels[i]);
+    if (left_out[i]) input.left_out.push_back(input.Labels()[i]);
   }
-  if (!input.alignment.cells.empty()) Remove(left_out, input.alignment.cells);
+  if (input.alignment) input.alignment->LeaveOut(left_out);
+  RemoveItems(left_out, input.matrix_labels);
   if (input.distances.Size() > 0) input.distances = input.distances.Without(left_out);
-  Remove(left_out, input.labels);
 }
 
 // The labels that the option names: a value is a label, or labels between commas.
@@ -52,13 +44,13 @@ std::vector<std::string> Named(const std::vector<std::string>& values,
 
 void LeaveOutNamed(const Options& options, Input& input) {
   std::vector<std::string> folded;
-  for (const std::string& label : input.labels) folded.push_back(Folded(label));
+  for (const std::string& label : input.Labels()) folded.push_back(Folded(label));
   std::vector<bool> left_out(folded.size());
   Faults faults;
   for (const std::string& name : Named(options.leave_out, folded)) {
     const auto found = std::find(folded.begin(), folded.end(), Folded(name));
     if (found == folded.end()) {
-      faults.Add(At(options.file) + ": no taxon " + name + " to leave out; mend the label");
+      faults.Add(At(options.file) + ": no taxon " + name + " to leave out; fix the label");
     } else {
       left_out[static_cast<std::size_t>(found - folded.begin())] = true;
     }
@@ -77,15 +69,15 @@ void CheckLabels(const Options& options, const std::vector<std::string>& labels)
 }
 
 void CheckSize(const Options& options, const Input& input) {
-  if (input.labels.size() >= kFewestTaxa) return;
-  throw Error(At(options.file) + ": " + std::to_string(input.labels.size()) + " taxa" +
+  if (input.Labels().size() >= kFewestTaxa) return;
+  throw Error(At(options.file) + ": " + std::to_string(input.Labels().size()) + " taxa" +
               (input.left_out.empty() ? "" : " left") + "; a tree needs at least " +
               std::to_string(kFewestTaxa));
 }
 
 std::vector<std::string> LabelsOf(const std::vector<int>& taxa, const Input& input) {
   std::vector<std::string> labels;
-  for (const int taxon : taxa) labels.push_back(input.labels[static_cast<std::size_t>(taxon)]);
+  for (const int taxon : taxa) labels.push_back(input.Labels()[static_cast<std::size_t>(taxon)]);
   return labels;
 }
 
@@ -115,7 +107,7 @@ void SettleUndefined(const Options& options, Input& input) {
   if (pairs.empty()) return;
   const VertexCover cover = FindVertexCover(input.distances.Size(), pairs);
   if (!options.drop_undefined) TellUndefined(options, input, pairs, cover);
-  std::vector<bool> left_out(input.labels.size());
+  std::vector<bool> left_out(input.Labels().size());
   for (const int taxon : cover.vertices) left_out[static_cast<std::size_t>(taxon)] = true;
   LeaveOut(left_out, input);
   CheckSize(options, input);
@@ -123,11 +115,10 @@ void SettleUndefined(const Options& options, Input& input) {
 
 void ReadSequences(const Options& options, const std::string& text, Input& input) {
   input.alignment = ParseAlignment(options.file, text, options.format);
-  input.labels = std::move(input.alignment.labels);
-  if (input.alignment.Taxa() > 0 && input.alignment.Sites() == 0) {
+  if (input.alignment->Taxa() > 0 && input.alignment->Sites() == 0) {
     throw Error(At(options.file) + ": no sites; give aligned sequences");
   }
-  if (input.alignment.rna) {
+  if (input.alignment->rna) {
     std::cerr
         << "zorvek-wide: " << At(options.file)
         << ": warning: only A, C, G and T are told apart; write T for U, unless U is to count "
@@ -142,18 +133,18 @@ Input ReadInput(const Options& options) {
   Input input;
   if (options.matrix) {
     LabelledMatrix matrix = ParseSquareMatrix(options.file, text);
-    input.labels = std::move(matrix.labels);
+    input.matrix_labels = std::move(matrix.labels);
     input.distances = std::move(matrix.distances);
   } else {
     ReadSequences(options, text, input);
   }
-  CheckLabels(options, input.labels);
+  CheckLabels(options, input.Labels());
   LeaveOutNamed(options, input);
   CheckSize(options, input);
   if (!options.matrix) {
-    std::vector<std::size_t> sites(input.alignment.Sites());
+    std::vector<std::size_t> sites(input.alignment->Sites());
     std::iota(sites.begin(), sites.end(), std::size_t{0});
-    input.distances = PairDistances(input.alignment, sites, options.threads);
+    input.distances = PairDistances(*input.alignment, sites, options.threads);
   }
   SettleUndefined(options, input);
   return input;

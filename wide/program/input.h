@@ -2,6 +2,7 @@
 #ifndef ZORVEK_WIDE_PROGRAM_INPUT_H
 #define ZORVEK_WIDE_PROGRAM_INPUT_H
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,10 +14,15 @@
 namespace zorvek::wide {
 
 struct Input {
-  std::vector<std::string> labels;
-  Alignment alignment;  // empty when the distances were given
+  std::optional<Alignment> alignment;      // none when the distances were given
+  std::vector<std::string> matrix_labels;  // of the distances, when they were given
   DistanceMatrix distances{0};
   std::vector<std::string> left_out;  // labels of the taxa that were
+
+  // Of the taxa, in the order of the distances.
+  const std::vector<std::string>& Labels() const {
+    return alignment ? alignment->labels : matrix_labels;
+  }
 };
 
 // Reads the file, leaves out the taxa that are to be left out, and estimates the distances. Tells

@@ -8,6 +8,8 @@
 #include <map>
 #include <thread>
 
+#include "wide/formats/alignment_file.h"
+
 namespace zorvek::wide {
 
 namespace {
@@ -16,15 +18,13 @@ constexpr int kBadUsage = 2;
 constexpr int kMost = std::numeric_limits<int>::max();
 
 void AddInput(CLI::App& app, Options& options) {
-  const std::map<std::string, Format> formats{
-      {"nexus", Format::kNexus}, {"fasta", Format::kFasta}, {"phylip", Format::kPhylip}};
   app.add_option("file", options.file, "aligned DNA sequences: NEXUS, FASTA or relaxed PHYLIP")
       ->required()
       ->type_name("FILE");
   auto* matrix =
       app.add_flag("--matrix", options.matrix, "FILE is a PHYLIP square distance matrix");
   app.add_option("--format", options.format, "nexus, fasta or phylip, not guessed by the content")
-      ->transform(CLI::CheckedTransformer(formats, CLI::ignore_case).description(""))
+      ->transform(CLI::IsMember(AlignmentFormats(), CLI::ignore_case).description(""))
       ->type_name("NAME")
       ->excludes(matrix);
   app.add_option("--leave-out", options.leave_out, "taxa to leave out, commas between them")

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "wide/data/alignment.h"
 #include "wide/drawing/svg.h"
 
 namespace zorvek::wide {
@@ -16,8 +15,8 @@ struct Options {
   static constexpr long kMostRounds = 1000000000000;
 
   std::string file;
-  bool matrix = false;  // the file is a PHYLIP square distance matrix
-  Format format = Format::kByContent;
+  bool matrix = false;                 // the file is a PHYLIP square distance matrix
+  std::string format;                  // of the alignment; if empty, what the content shows
   std::vector<std::string> leave_out;  // as given; each a label or labels between commas
   bool drop_undefined = false;
 

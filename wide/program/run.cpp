@@ -113,17 +113,20 @@ void Run(const Options& options) {
   Outcome outcome;
   const Tree& tree = outcome.found.tree;
   Outputs outputs;
-  outputs.Add(options.distances, [&] { return FormatSquareMatrix(input.labels, input.distances); });
-  outputs.Add(options.output, [&] { return NexusTrees(tree, input.labels); });
-  outputs.Add(options.newick, [&] { return Newick(tree, input.labels) + "\n"; });
+  outputs.Add(options.distances,
+              [&] { return FormatSquareMatrix(input.Labels(), input.distances); });
+  outputs.Add(options.output, [&] { return NexusTrees(tree, input.Labels()); });
+  outputs.Add(options.newick, [&] { return Newick(tree, input.Labels()) + "\n"; });
   outputs.Add(options.log, [&] { return RunLog(outcome); });
-  outputs.Add(options.draw, [&] { return DrawSvg(tree, input.labels, options.layout); });
+  outputs.Add(options.draw, [&] { return DrawSvg(tree, input.Labels(), options.layout); });
   {
     ProgressLine line(!options.quiet);
     outcome.found =
         Search(options, input.distances, interruption.Stop(), line, outcome.improvements);
-    outcome.support =
-        AddSupport(options, input.alignment, interruption.Stop(), line, outcome.found.tree);
+    if (options.bootstrap > 0) {
+      outcome.support =
+          AddSupport(options, *input.alignment, interruption.Stop(), line, outcome.found.tree);
+    }
   }
   outputs.WriteAll();
   outcome.interrupted = interruption.Stop();

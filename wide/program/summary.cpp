@@ -41,9 +41,9 @@ std::string Support(const BootstrapResult& support) {
 std::string Summary(const Options& options, const Input& input, const Outcome& outcome) {
   rusage usage{};
   getrusage(RUSAGE_SELF, &usage);
-  std::string text = Line("taxa", std::to_string(input.labels.size()));
+  std::string text = Line("taxa", std::to_string(input.Labels().size()));
   if (!input.left_out.empty()) text += Line("left out", Listed(input.left_out, ", "));
-  if (!options.matrix) text += Line("sites", std::to_string(input.alignment.Sites()));
+  if (input.alignment) text += Line("sites", std::to_string(input.alignment->Sites()));
   text += Line("length", Shortest(outcome.found.length) + " (sum of the positive edges)");
   text += Line("raw length", Shortest(TotalLength(outcome.found.tree)) + " (sum of all edges)");
   text += Line("negative", std::to_string(NegativeEdges(outcome.found.tree)) + " (written as 0)");

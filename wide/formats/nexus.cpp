@@ -1,0 +1,144 @@
+#include "wide/formats/nexus.h"
+
+#include <ncl/nxsmultiformat.h>
+
+#include <algorithm>
+#include <new>
+#include <sstream>
+#include <utility>
+
+#include "wide/data/error.h"
+
+namespace zorvek::wide {
+
+namespace {
+
+constexpr int kBlocks =
+    PublicNexusReader::NEXUS_TAXA_BLOCK_BIT | PublicNexusReader::NEXUS_CHARACTERS_BLOCK_BIT;
+const char kFixNexus[] = "; fix it, and put single quotes around labels that hold punctuation";
+
+std::string OneLine(std::string text) {
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  return text;
+}
+
+// Has the library read the text; it keeps what it reads while this object lives.
+class LibraryReader {
+ public:
+  LibraryReader() : reader_(kBlocks, NxsReader::IGNORE_WARNINGS) {
+    reader_.SetWarningOutputLevel(NxsReader::SUPPRESS_WARNINGS_LEVEL);
+  }
+  ~LibraryReader() { reader_.DeleteBlocksFromFactories(); }
+  LibraryReader(const LibraryReader&) = delete;
+  LibraryReader& operator=(const LibraryReader&) = delete;
+
+  void Read(const std::string& path, const std::string& text) {
+    std::istringstream stream(text);
+    try {
+      reader_.ReadStream(stream, MultiFormatReader::NEXUS_FORMAT, path.c_str());
+    } catch (const NxsException& fault) {
+      throw Error(At(path, fault.line, fault.col) + ": " + OneLine(fault.msg) + kFixNexus);
+    } catch (const std::bad_alloc&) {
+      throw Error(At(path) + ": asks for more memory than there is; fix NTAX and NCHAR");
+    } catch (const std::exception& fault) {
+      throw Error(At(path) + ": " + OneLine(fault.what()) + kFixNexus);
+    }
+  }
+
+  // All matrices that were read.
+  std::vector<NxsCharactersBlock*> Matrices() const {
+    std::vector<NxsCharactersBlock*> found;
+    for (unsigned t = 0; t < reader_.GetNumTaxaBlocks(); ++t) {
+      const NxsTaxaBlock* taxa = reader_.GetTaxaBlock(t);
+      for (unsigned b = 0; b < reader_.GetNumCharactersBlocks(taxa); ++b) {
+        found.push_back(reader_.GetCharactersBlock(taxa, b));
+      }
+    }
+    return found;
+  }
+
+ private:
+  MultiFormatReader reader_;
+};
+
+bool HoldsNucleotides(const NxsCharactersBlock& matrix) {
+  const auto type = matrix.GetDataType();
+  return type == NxsCharactersBlock::dna || type == NxsCharactersBlock::rna ||
+         type == NxsCharactersBlock::nucleotide;
+}
+
+// The one matrix of nucleotides.
+NxsCharactersBlock& NucleotideMatrix(const std::string& path, const LibraryReader& reader) {
+  NxsCharactersBlock* found = nullptr;
+  const std::vector<NxsCharactersBlock*> matrices = reader.Matrices();
+  for (NxsCharactersBlock* matrix : matrices) {
+    if (!HoldsNucleotides(*matrix)) continue;
+    if (found != nullptr) {
+      throw Error(At(path) + ": more than one matrix of nucleotides; keep one");
+    }
+    found = matrix;
+  }
+  if (found != nullptr) return *found;
+  throw Error(At(path) + (matrices.empty()
+                              ? ": no DATA or CHARACTERS block; add one"
+                              : ": the matrix does not hold nucleotides; say datatype=dna in its "
+                                "FORMAT command if it does"));
+}
+
+// What the state codes of a matrix stand for. All that a cell holds is its state code, so the
+// library is asked once for each code, and a cell costs one look.
+class CodeStates {
+ public:
+  explicit CodeStates(const NxsCharactersBlock& matrix) : matrix_(matrix) {}
+
+  // Of the cell of a taxon at a site, whose state code is known.
+  StateSet At(unsigned taxon, unsigned site, NxsDiscreteStateCell code) {
+    if (code < 0) return kNoState;
+    const auto index = static_cast<std::size_t>(code);
+    if (index >= states_.size()) states_.resize(index + 1, kNotASite);
+    if (states_[index] == kNotASite) states_[index] = Ask(taxon, site);
+    return states_[index];
+  }
+
+ private:
+  // A set that a gap is in tells nothing.
+  StateSet Ask(unsigned taxon, unsigned site) const {
+    unsigned states = kNoState;
+    for (unsigned k = 0; k < matrix_.GetNumStates(taxon, site); ++k) {
+      if (matrix_.GetInternalRepresentation(taxon, site, k) < 0) return kNoState;
+      states |= StatesOf(matrix_.GetState(taxon, site, k));
+    }
+    return static_cast<StateSet>(states & kAnyState);
+  }
+
+  const NxsCharactersBlock& matrix_;
+  std::vector<StateSet> states_;
+};
+
+Alignment Copy(NxsCharactersBlock& matrix) {
+  Alignment alignment;
+  alignment.rna = matrix.GetDataType() == NxsCharactersBlock::rna;
+  CodeStates states(matrix);
+  const NxsTaxaBlockAPI& taxa = *matrix.GetTaxaBlockPtr();
+  for (unsigned taxon = 0; taxon < taxa.GetNTax(); ++taxon) {
+    const NxsDiscreteStateRow& row = matrix.GetDiscreteMatrixRow(taxon);
+    if (row.empty()) continue;  // named in the TAXA block, but not in the matrix
+    std::vector<StateSet> cells(row.size());
+    for (unsigned site = 0; site < row.size(); ++site) {
+      cells[site] = states.At(taxon, site, row[site]);
+    }
+    alignment.labels.push_back(taxa.GetTaxonLabel(taxon));
+    alignment.cells.push_back(std::move(cells));
+  }
+  return alignment;
+}
+
+}  // namespace
+
+Alignment ReadNexusMatrix(const std::string& path, const std::string& text) {
+  LibraryReader reader;
+  reader.Read(path, text);
+  return Copy(NucleotideMatrix(path, reader));
+}
+
+}  // namespace zorvek::wide
