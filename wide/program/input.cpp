@@ -2,13 +2,10 @@
 
 #include <algorithm>
 #include <iostream>
-#include <numeric>
 #include <sstream>
 
 #include "wide/data/error.h"
 #include "wide/data/labels.h"
-#include "wide/distance/pair_distances.h"
-#include "wide/distance/vertex_cover.h"
 #include "wide/formats/alignment_file.h"
 #include "wide/formats/matrix_file.h"
 
@@ -17,15 +14,6 @@ namespace zorvek::wide {
 namespace {
 
 constexpr std::size_t kFewestTaxa = 4;
-
-void LeaveOut(const std::vector<bool>& left_out, Input& input) {
-  for (std::size_t i = 0; i < left_out.size(); ++i) {
-    if (left_out[i]) input.left_out.push_back(input.Labels()[i]);
-  }
-  if (input.alignment) input.alignment->LeaveOut(left_out);
-  RemoveItems(left_out, input.matrix_labels);
-  if (input.distances.Size() > 0) input.distances = input.distances.Without(left_out);
-}
 
 // The labels that the option names: a value is a label, or labels between commas.
 std::vector<std::string> Named(const std::vector<std::string>& values,
@@ -68,51 +56,6 @@ void CheckLabels(const Options& options, const std::vector<std::string>& labels)
   faults.ThrowIfAny();
 }
 
-void CheckSize(const Options& options, const Input& input) {
-  if (input.Labels().size() >= kFewestTaxa) return;
-  throw Error(At(options.file) + ": " + std::to_string(input.Labels().size()) + " taxa" +
-              (input.left_out.empty() ? "" : " left") + "; a tree needs at least " +
-              std::to_string(kFewestTaxa));
-}
-
-std::vector<std::string> LabelsOf(const std::vector<int>& taxa, const Input& input) {
-  std::vector<std::string> labels;
-  for (const int taxon : taxa) labels.push_back(input.Labels()[static_cast<std::size_t>(taxon)]);
-  return labels;
-}
-
-[[noreturn]] void TellUndefined(const Options& options, const Input& input,
-                                const std::vector<std::pair<int, int>>& pairs,
-                                const VertexCover& cover) {
-  std::vector<std::string> lines;
-  for (const auto& [a, b] : pairs) {
-    const std::vector<std::string> labels = LabelsOf({a, b}, input);
-    lines.push_back(labels[0] + " and " + labels[1]);
-  }
-  std::string names;
-  for (const std::string& label : LabelsOf(cover.vertices, input)) {
-    names += (names.empty() ? "" : ",") + WithoutBlanks(label);
-  }
-  throw Error(At(options.file) + ": no distance for " + std::to_string(pairs.size()) +
-              (pairs.size() == 1 ? " pair" : " pairs") +
-              " of taxa, which share no site or differ too much; give "
-              "--drop-undefined or --leave-out '" +
-              names + "', which leaves out " +
-              (cover.smallest ? "no more taxa than must be" : "the fewest taxa that were found") +
-              "\n  " + Listed(lines, "\n  "));
-}
-
-void SettleUndefined(const Options& options, Input& input) {
-  const std::vector<std::pair<int, int>> pairs = input.distances.Undefined();
-  if (pairs.empty()) return;
-  const VertexCover cover = FindVertexCover(input.distances.Size(), pairs);
-  if (!options.drop_undefined) TellUndefined(options, input, pairs, cover);
-  std::vector<bool> left_out(input.Labels().size());
-  for (const int taxon : cover.vertices) left_out[static_cast<std::size_t>(taxon)] = true;
-  LeaveOut(left_out, input);
-  CheckSize(options, input);
-}
-
 void ReadSequences(const Options& options, const std::string& text, Input& input) {
   input.alignment = ParseAlignment(options.file, text, options.format);
   if (input.alignment->Taxa() > 0 && input.alignment->Sites() == 0) {
@@ -128,6 +71,22 @@ void ReadSequences(const Options& options, const std::string& text, Input& input
 
 }  // namespace
 
+void LeaveOut(const std::vector<bool>& left_out, Input& input) {
+  for (std::size_t i = 0; i < left_out.size(); ++i) {
+    if (left_out[i]) input.left_out.push_back(input.Labels()[i]);
+  }
+  if (input.alignment) input.alignment->LeaveOut(left_out);
+  RemoveItems(left_out, input.matrix_labels);
+  if (input.distances.Size() > 0) input.distances = input.distances.Without(left_out);
+}
+
+void CheckSize(const Options& options, const Input& input) {
+  if (input.Labels().size() >= kFewestTaxa) return;
+  throw Error(At(options.file) + ": " + std::to_string(input.Labels().size()) + " taxa" +
+              (input.left_out.empty() ? "" : " left") + "; a tree needs at least " +
+              std::to_string(kFewestTaxa));
+}
+
 Input ReadInput(const Options& options) {
   const std::string text = ReadFile(options.file);
   Input input;
@@ -141,12 +100,6 @@ Input ReadInput(const Options& options) {
   CheckLabels(options, input.Labels());
   LeaveOutNamed(options, input);
   CheckSize(options, input);
-  if (!options.matrix) {
-    std::vector<std::size_t> sites(input.alignment->Sites());
-    std::iota(sites.begin(), sites.end(), std::size_t{0});
-    input.distances = PairDistances(*input.alignment, sites, options.threads);
-  }
-  SettleUndefined(options, input);
   return input;
 }
 

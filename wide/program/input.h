@@ -1,4 +1,4 @@
-// What a run of zorvek-wide begins with: taxa and their distances, complete.
+// What a run of zorvek-wide begins with: taxa, and their sequences or distances.
 #ifndef ZORVEK_WIDE_PROGRAM_INPUT_H
 #define ZORVEK_WIDE_PROGRAM_INPUT_H
 
@@ -25,10 +25,16 @@ struct Input {
   }
 };
 
-// Reads the file, leaves out the taxa that are to be left out, and estimates the distances. Tells
-// on standard error what the user should know though it is no error. Throws Error, also when there
-// are fewer than 4 taxa or a pair without a distance is left.
+// Reads the file and leaves out the taxa that are named. The distances are there if the file held
+// them. Tells on standard error what the user should know though it is no error. Throws Error, also
+// when there are fewer than 4 taxa.
 Input ReadInput(const Options& options);
+
+// Takes the marked taxa out of all that `input` holds, and notes their labels.
+void LeaveOut(const std::vector<bool>& left_out, Input& input);
+
+// Throws Error if fewer than 4 taxa are there.
+void CheckSize(const Options& options, const Input& input);
 
 }  // namespace zorvek::wide
 

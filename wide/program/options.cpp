@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "wide/formats/alignment_file.h"
+#include "wide/program/outputs.h"
 
 namespace zorvek::wide {
 
@@ -34,35 +35,39 @@ void AddInput(CLI::App& app, Options& options) {
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   app.add_flag("--drop-undefined", options.drop_undefined,
                "leave out the fewest taxa, so that every pair left has a distance");
-  app.add_option("--bootstrap", options.bootstrap, "replicates for the support of the branches")
+  app.add_option("--bootstrap", options.replicates, "replicates for the support of the branches")
       ->type_name("R")
       ->check(CLI::Range(1, kMost).description(""))
       ->excludes(matrix);
 }
 
 void AddSearch(CLI::App& app, Options& options) {
-  app.add_option("--starts", options.starts, "starting trees: neighbour joining, then randomised")
+  app.add_option("--starts", options.search.starts,
+                 "starting trees: neighbour joining, then randomised")
       ->type_name("N")
       ->check(CLI::Range(1, kMost).description(""))
       ->capture_default_str();
-  app.add_option("--greedy", options.greedy, "share of greedy joins in the randomised ones, 0 to 1")
+  app.add_option("--greedy", options.search.greedy,
+                 "share of greedy joins in the randomised ones, 0 to 1")
       ->type_name("X")
       ->check(CLI::Range(0.0, 1.0).description(""))
       ->capture_default_str();
-  app.add_option("--seed", options.seed, "seed of all random choices")
+  app.add_option("--seed", options.search.seed, "seed of all random choices")
       ->type_name("N")
       ->capture_default_str();
-  app.add_option("--rounds", options.rounds,
-                 "perturbations to try; 1000, or no limit with --time or --patience")
+  app.add_option("--rounds", options.search.rounds,
+                 "perturbations to try; no limit with --time or --patience")
       ->type_name("N")
-      ->check(CLI::Range(0L, Options::kMostRounds).description(""));
-  app.add_option("--threads", options.threads, "threads; all cores unless given")
+      ->check(CLI::Range(0L, SearchSettings::kUnlimited).description(""))
+      ->capture_default_str();
+  app.add_option("--threads", options.search.threads, "threads; all cores unless given")
       ->type_name("N")
       ->check(CLI::Range(1, 4096).description(""));
-  app.add_option("--time", options.time, "seconds after which the search ends")
+  app.add_option("--time", options.search.seconds, "seconds after which the search ends")
       ->type_name("S")
       ->check(CLI::PositiveNumber.description(""));
-  app.add_option("--patience", options.patience, "seconds without improvement that end the search")
+  app.add_option("--patience", options.search.patience,
+                 "seconds without improvement that end the search")
       ->type_name("S")
       ->check(CLI::PositiveNumber.description(""));
 }
@@ -70,35 +75,33 @@ void AddSearch(CLI::App& app, Options& options) {
 void AddOutput(CLI::App& app, Options& options) {
   const std::map<std::string, Layout> layouts{{"unrooted", Layout::kUnrooted},
                                               {"phylogram", Layout::kPhylogram}};
-  app.add_option("--output", options.output, "the tree in NEXUS; FILE.wide.nex unless given")
-      ->type_name("PATH");
-  app.add_option("--newick", options.newick, "the tree in Newick's format")->type_name("PATH");
-  app.add_option("--distances", options.distances, "the distances, a PHYLIP square matrix")
-      ->type_name("PATH");
-  auto* draw =
-      app.add_option("--draw", options.draw, "a picture of the tree, SVG")->type_name("PATH");
+  options.paths.resize(OutputKinds().size());
+  for (std::size_t kind = 0; kind < options.paths.size(); ++kind) {
+    app.add_option(OutputKinds()[kind].option, options.paths[kind], OutputKinds()[kind].help)
+        ->type_name("PATH");
+  }
   app.add_option("--layout", options.layout, "unrooted or phylogram; unrooted unless given")
       ->transform(CLI::CheckedTransformer(layouts, CLI::ignore_case).description(""))
       ->type_name("NAME")
-      ->needs(draw);
+      ->needs(app.get_option("--draw"));
   app.add_flag("--quiet", options.quiet, "neither progress nor summary");
 }
 
 void AddDefaults(const CLI::App& app, Options& options) {
-  if (options.output.empty()) options.output = options.file + ".wide.nex";
-  options.log = options.file + ".wide.log";
+  NameOutputs(options);
   if (app.count("--threads") == 0) {
-    options.threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    options.search.threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
   }
-  const bool clock = options.time > 0 || options.patience > 0;
-  if (clock && app.count("--rounds") == 0) options.rounds = Options::kByClock;
+  const bool clock = options.search.seconds > 0 || options.search.patience > 0;
+  if (clock && app.count("--rounds") == 0) options.search.rounds = SearchSettings::kUnlimited;
 }
 
 // The files that are written must be different ones, and none of them the input.
 void CheckPaths(const Options& options) {
   std::vector<std::filesystem::path> taken;
-  for (const std::string& path : {options.file, options.output, options.log, options.newick,
-                                  options.distances, options.draw}) {
+  std::vector<std::string> paths = options.paths;
+  paths.insert(paths.begin(), options.file);
+  for (const std::string& path : paths) {
     if (path.empty()) continue;
     std::error_code error;
     const auto place =

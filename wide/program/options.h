@@ -2,38 +2,28 @@
 #ifndef ZORVEK_WIDE_PROGRAM_OPTIONS_H
 #define ZORVEK_WIDE_PROGRAM_OPTIONS_H
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "wide/drawing/svg.h"
+#include "wide/search/search.h"
+#include "wide/support/bootstrap.h"
 
 namespace zorvek::wide {
 
+// What the user chose. The settings of the library stand here as they are: the parser writes into
+// them, and what it does not write keeps the library's default.
 struct Options {
-  static constexpr long kByClock = -1;
-  static constexpr long kMostRounds = 1000000000000;
-
   std::string file;
   bool matrix = false;                 // the file is a PHYLIP square distance matrix
   std::string format;                  // of the alignment; if empty, what the content shows
   std::vector<std::string> leave_out;  // as given; each a label or labels between commas
   bool drop_undefined = false;
 
-  int starts = 1;
-  double greedy = 0.5;
-  std::uint64_t seed = 1;
-  long rounds = 1000;  // kByClock: until the time or the patience is over
-  int threads = 1;
-  double time = 0;
-  double patience = 0;
-  int bootstrap = 0;
+  SearchSettings search;
+  int replicates = 0;  // of the bootstrap; 0 for none
 
-  std::string output;  // of these, an empty one is not written
-  std::string log;
-  std::string newick;
-  std::string distances;
-  std::string draw;
+  std::vector<std::string> paths;  // of each of OutputKinds(); empty: it is not written
   Layout layout = Layout::kUnrooted;
   bool quiet = false;
 };

@@ -6,6 +6,7 @@
 
 #include "wide/data/error.h"
 #include "wide/formats/numbers.h"
+#include "wide/program/outputs.h"
 
 namespace zorvek::wide {
 
@@ -21,10 +22,11 @@ double Seconds(const timeval& time) {
   return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
 }
 
-std::string Stop(const Options& options, const Outcome& outcome) {
-  if (outcome.interrupted) return ", interrupted";
-  return options.rounds == Options::kByClock ? ", by the clock"
-                                             : ", rounds " + std::to_string(options.rounds);
+std::string Stop(const Results& results) {
+  if (results.interrupted) return ", interrupted";
+  const long rounds = results.options.search.rounds;
+  return rounds == SearchSettings::kUnlimited ? ", by the clock"
+                                              : ", rounds " + std::to_string(rounds);
 }
 
 std::string Support(const BootstrapResult& support) {
@@ -38,26 +40,28 @@ std::string Support(const BootstrapResult& support) {
 
 }  // namespace
 
-std::string Summary(const Options& options, const Input& input, const Outcome& outcome) {
+std::string Summary(const Results& results) {
+  const Options& options = results.options;
+  const Input& input = results.input;
   rusage usage{};
   getrusage(RUSAGE_SELF, &usage);
   std::string text = Line("taxa", std::to_string(input.Labels().size()));
   if (!input.left_out.empty()) text += Line("left out", Listed(input.left_out, ", "));
   if (input.alignment) text += Line("sites", std::to_string(input.alignment->Sites()));
-  text += Line("length", Shortest(outcome.found.length) + " (sum of the positive edges)");
-  text += Line("raw length", Shortest(TotalLength(outcome.found.tree)) + " (sum of all edges)");
-  text += Line("negative", std::to_string(NegativeEdges(outcome.found.tree)) + " (written as 0)");
-  if (options.bootstrap > 0) text += Line("support", Support(outcome.support));
-  text += Line("seed", std::to_string(options.seed) + Stop(options, outcome));
-  text += Line("time", Rounded(outcome.seconds, 2) + " s, processor " +
+  text += Line("length", Shortest(results.found.length) + " (sum of the positive edges)");
+  text += Line("raw length", Shortest(TotalLength(results.found.tree)) + " (sum of all edges)");
+  text += Line("negative", std::to_string(NegativeEdges(results.found.tree)) + " (written as 0)");
+  if (options.replicates > 0) text += Line("support", Support(results.support));
+  text += Line("seed", std::to_string(options.search.seed) + Stop(results));
+  text += Line("time", Rounded(results.seconds, 2) + " s, processor " +
                            Rounded(Seconds(usage.ru_utime) + Seconds(usage.ru_stime), 2) + " s");
   text += Line("memory", Rounded(static_cast<double>(usage.ru_maxrss) / 1024, 1) + " MiB");
-  return text + Line("tree", options.output);
+  return text + Line("tree", PathOf(options, "--output"));
 }
 
-std::string RunLog(const Outcome& outcome) {
+std::string RunLog(const Results& results) {
   std::string text = "seconds\tlength\n";
-  for (const Improvement& improvement : outcome.improvements) {
+  for (const Improvement& improvement : results.improvements) {
     text += Rounded(improvement.seconds, kDigits) + "\t" + Shortest(improvement.length) + "\n";
   }
   return text;

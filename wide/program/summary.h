@@ -3,33 +3,16 @@
 #define ZORVEK_WIDE_PROGRAM_SUMMARY_H
 
 #include <string>
-#include <vector>
 
-#include "wide/program/input.h"
-#include "wide/program/options.h"
-#include "wide/search/search.h"
-#include "wide/support/bootstrap.h"
+#include "wide/program/results.h"
 
 namespace zorvek::wide {
 
-struct Improvement {
-  double seconds;  // since the search began
-  double length;   // of the best tree from then on
-};
-
-struct Outcome {
-  SearchResult found;
-  BootstrapResult support;
-  std::vector<Improvement> improvements;
-  double seconds = 0;        // wall clock, of the whole run
-  bool interrupted = false;  // by a signal
-};
-
 // The lines for standard output.
-std::string Summary(const Options& options, const Input& input, const Outcome& outcome);
+std::string Summary(const Results& results);
 
 // Time and length of each improvement, a line each.
-std::string RunLog(const Outcome& outcome);
+std::string RunLog(const Results& results);
 
 }  // namespace zorvek::wide
 

@@ -20,11 +20,13 @@ struct Progress {
 };
 
 struct SearchSettings {
+  static constexpr long kUnlimited = 1000000000000;  // as rounds: until the clock ends the search
+
   Criterion criterion = Criterion::kOls;
   std::uint64_t seed = 1;
   int starts = 1;       // starting trees: neighbour joining, then randomised joinings
   double greedy = 0.5;  // randomised joinings: share of greedy joins, 0..1
-  long rounds = 0;      // perturbations tried after the descents
+  long rounds = 1000;   // perturbations tried after the descents
   int threads = 1;
   double seconds = 0;   // wall-clock limit, 0 for none
   double patience = 0;  // wall-clock seconds without an improvement that end the search, 0 for none

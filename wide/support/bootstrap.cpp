@@ -20,14 +20,25 @@ std::vector<std::size_t> DrawSites(std::size_t sites, std::mt19937_64& generator
   return drawn;
 }
 
+// The search that a replicate is given: one descent on one thread, all else as for the tree.
+SearchSettings OneDescent(SearchSettings search) {
+  search.starts = 1;
+  search.rounds = 0;
+  search.threads = 1;
+  search.seconds = 0;
+  search.patience = 0;
+  search.on_progress = nullptr;
+  return search;
+}
+
 class Replicates {
  public:
   Replicates(const Alignment& alignment, const BootstrapSettings& settings, const Tree& tree)
       : alignment_(alignment), settings_(settings), splits_(tree), counts_(tree.nodes.size()) {}
 
   void Run(int replicate) {
-    std::seed_seq seed{static_cast<std::uint32_t>(settings_.seed),
-                       static_cast<std::uint32_t>(settings_.seed >> 32),
+    std::seed_seq seed{static_cast<std::uint32_t>(settings_.search.seed),
+                       static_cast<std::uint32_t>(settings_.search.seed >> 32),
                        static_cast<std::uint32_t>(replicate)};
     std::mt19937_64 generator(seed);
     for (int draw = 0; draw < kMostDraws && !Stopped(); ++draw) {
@@ -50,14 +61,12 @@ class Replicates {
     return result_;
   }
 
-  bool Stopped() const { return settings_.stop != nullptr && *settings_.stop; }
+  bool Stopped() const { return settings_.search.stop != nullptr && *settings_.search.stop; }
 
  private:
   void Count(const DistanceMatrix& distances, int redrawn) {
-    SearchSettings search;
-    search.seed = settings_.seed;
-    search.stop = settings_.stop;
-    const SearchResult found = FindShortestTree(distances.Size(), distances.Rows(), search);
+    const SearchResult found =
+        FindShortestTree(distances.Size(), distances.Rows(), OneDescent(settings_.search));
     if (Stopped()) return;  // perhaps no descent was made
     const std::vector<int> shared = splits_.Shared(found.tree);
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -80,7 +89,7 @@ class Replicates {
 BootstrapResult Bootstrap(const Alignment& alignment, const BootstrapSettings& settings,
                           Tree& tree) {
   Replicates replicates(alignment, settings, tree);
-  ForEach(settings.replicates, settings.threads, [&](int replicate, int) {
+  ForEach(settings.replicates, settings.search.threads, [&](int replicate, int) {
     if (!replicates.Stopped()) replicates.Run(replicate);
   });
   return replicates.Finish(tree);

@@ -2,21 +2,18 @@
 #ifndef ZORVEK_WIDE_SUPPORT_BOOTSTRAP_H
 #define ZORVEK_WIDE_SUPPORT_BOOTSTRAP_H
 
-#include <atomic>
-#include <cstdint>
 #include <functional>
 
 #include "wide/data/alignment.h"
 #include "wide/data/tree.h"
+#include "wide/search/search.h"
 
 namespace zorvek::wide {
 
 struct BootstrapSettings {
   int replicates = 0;
-  std::uint64_t seed = 1;
-  int threads = 1;
-  const std::atomic<bool>* stop = nullptr;  // no more replicates after this becomes true
-  std::function<void(int)> on_done;         // with the number done; on any thread, one at a time
+  SearchSettings search;             // as for the tree; see Bootstrap for what counts here
+  std::function<void(int)> on_done;  // with the number done; on any thread, one at a time
 };
 
 struct BootstrapResult {
@@ -27,8 +24,9 @@ struct BootstrapResult {
 
 // Sets the support of each inner edge of `tree` to the share of replicates that have it. In a
 // replicate as many sites as there are are drawn with replacement, the distances estimated again,
-// and a tree found by neighbour joining and a descent. What replicate k draws depends on the seed
-// and k alone, so the result is the same for any number of threads.
+// and a tree found by neighbour joining and a descent under the criterion of the search settings;
+// of these the seed, the threads and the stop flag count too, and no others. What replicate k draws
+// depends on the seed and k alone, so the result is the same for any number of threads.
 BootstrapResult Bootstrap(const Alignment& alignment, const BootstrapSettings& settings,
                           Tree& tree);
 

@@ -1,0 +1,32 @@
+// All that a run of zorvek-wide knows at its end; what its outputs are made of.
+#ifndef ZORVEK_WIDE_PROGRAM_RESULTS_H
+#define ZORVEK_WIDE_PROGRAM_RESULTS_H
+
+#include <vector>
+
+#include "wide/program/input.h"
+#include "wide/program/options.h"
+#include "wide/search/search.h"
+#include "wide/support/bootstrap.h"
+
+namespace zorvek::wide {
+
+struct Improvement {
+  double seconds;  // since the search began
+  double length;   // of the best tree from then on
+};
+
+// Filled phase by phase: input, distances, search, support.
+struct Results {
+  const Options& options;
+  Input input;
+  SearchResult found;
+  BootstrapResult support;
+  std::vector<Improvement> improvements;
+  double seconds = 0;        // wall clock, of the whole run
+  bool interrupted = false;  // by a signal
+};
+
+}  // namespace zorvek::wide
+
+#endif
