@@ -196,7 +196,7 @@ TEST(Eigen, VectorsSolveTheirEquation) {
   std::normal_distribution<double> normal;
   int pairs = 0;
   for (int trial = 0; trial < 3000; ++trial) {
-    const std::size_t order = 1 + trial % 9;
+    const std::size_t order = static_cast<std::size_t>(1 + trial % 9);
     Values m(order, std::vector<double>(order));
     for (auto& row : m) {
       for (double& x : row) {
