@@ -11,12 +11,10 @@
 #include <vector>
 
 #include "tests/data.h"
-#include "tests/files.h"
+#include "tests/trees.h"
 #include "wide/criterion/ols_neighbourhood.h"
-#include "wide/data/labels.h"
 #include "wide/data/tree.h"
 #include "wide/distance/vertex_cover.h"
-#include "wide/formats/newick.h"
 #include "wide/search/identical.h"
 #include "wide/search/neighbour_joining.h"
 #include "wide/search/search.h"
@@ -25,95 +23,11 @@
 namespace zorvek::wide {
 namespace {
 
-DistanceMatrix RandomMatrix(int n, std::mt19937& generator) {
-  return test::Matrix(n, test::RandomDistances(static_cast<std::uint32_t>(generator())));
-}
-
-Tree Result(const Neighbourhood& found) {
-  return MakeTree(found.Current(), [&](int u, int v) { return found.EdgeLength(u, v); });
-}
-
-Tree RandomTree(int n, std::mt19937& generator) {
-  const DistanceMatrix matrix = RandomMatrix(n, generator);
-  return Result(OlsNeighbourhood(JoinNeighbours(n, matrix.Rows()), matrix.Rows()));
-}
-
-// The side of a split without taxon 0.
-std::set<int> WithoutFirst(const std::set<int>& side, int n) {
-  if (side.count(0) == 0) return side;
-  std::set<int> others;
-  for (int taxon = 0; taxon < n; ++taxon) {
-    if (side.count(taxon) == 0) others.insert(taxon);
-  }
-  return others;
-}
-
-// The taxa on the far side of each inner edge, from taxon 0; nothing for the other nodes.
-std::vector<std::set<int>> Splits(const Tree& view) {
-  std::vector<std::set<int>> below(view.nodes.size());
-  for (auto node = view.preorder.rbegin(); node != view.preorder.rend(); ++node) {
-    std::set<int>& taxa = below[static_cast<std::size_t>(*node)];
-    if (view.IsTaxon(*node)) taxa.insert(*node);
-    for (const int child : view.At(*node).children) {
-      const std::set<int>& more = below[static_cast<std::size_t>(child)];
-      taxa.insert(more.begin(), more.end());
-    }
-  }
-  for (int node = 0; node < static_cast<int>(below.size()); ++node) {
-    std::set<int>& taxa = below[static_cast<std::size_t>(node)];
-    taxa =
-        view.IsTaxon(node) || node == view.root ? std::set<int>() : WithoutFirst(taxa, view.taxa);
-  }
-  return below;
-}
-
-TEST(WideTree, HangsTheTopologyAtTheFirstTaxon) {
-  std::mt19937 generator(1);
-  for (const int n : {4, 5, 23}) {
-    const DistanceMatrix matrix = RandomMatrix(n, generator);
-    const Topology topology = JoinNeighbours(n, matrix.Rows());
-    const Tree tree = MakeTree(topology, [](int u, int v) { return u + v; });
-    EXPECT_EQ(tree.At(tree.root).children[0], 0);
-    EXPECT_EQ(tree.preorder.size(), tree.nodes.size());
-    for (int node = 0; node < topology.Nodes(); ++node) {
-      if (node == tree.root) continue;
-      const int parent = tree.At(node).parent;
-      EXPECT_EQ(tree.At(node).length, node + parent);
-      if (topology.IsLeaf(node)) {
-        EXPECT_EQ(topology.leaf_adjacent[Index(node)], parent);
-      } else {
-        const std::array<int, 3>& near = topology.At(node);
-        EXPECT_EQ(std::count(near.begin(), near.end(), parent), 1);
-      }
-    }
-  }
-}
-
-TEST(WideNewick, QuotesLabelsAndReadsBackTheSameLengths) {
-  EXPECT_EQ(Quoted("Homo s.|2"), "Homo_s.|2");
-  EXPECT_EQ(Quoted("it's"), "'it''s'");
-  for (const std::string label : {"a b-c", "a:b", "(a", "a,b", "a[1]", "a;", "a=b", "a_b/c"}) {
-    EXPECT_EQ(Quoted(label), "'" + label + "'");
-  }
-  std::mt19937 generator(2);
-  Tree view = RandomTree(40, generator);
-  view.nodes[view.root == 40 ? 41 : 40].support = 0.125;
-  std::vector<std::string> labels(40, "taxon");
-  labels[7] = "it's (7)";
-  const std::string text = Newick(view, labels);
-  std::multiset<double> lengths;
-  for (const std::string& length : test::FindAll(text, ":([-+.e0-9]+)")) {
-    lengths.insert(std::stod(length));
-  }
-  std::multiset<double> expected;
-  for (const int node : view.preorder) {
-    if (node != view.root) expected.insert(view.ShownLength(node));
-  }
-  EXPECT_EQ(lengths, expected);
-  EXPECT_TRUE(test::Contains(text, "'it''s (7)':"));
-  EXPECT_TRUE(test::Contains(text, ")12.5:"));
-  EXPECT_TRUE(test::Contains(NexusTrees(view, labels), "\n    8 'it''s (7)',\n"));
-}
+using test::RandomMatrix;
+using test::RandomTree;
+using test::Result;
+using test::Splits;
+using test::WithoutFirst;
 
 TEST(WideSupport, FindsTheSplitsThatTwoTreesShare) {
   std::mt19937 generator(3);
@@ -149,7 +63,7 @@ TEST(WideIdentical, TaxaThatAreTheSameStayTogether) {
     std::shuffle(kind.begin(), kind.end(), generator);
     const int n = static_cast<int>(kind.size());
     const DistanceMatrix between = RandomMatrix(distinct, generator);
-    const DistanceMatrix distances = test::Matrix(n, [&](int i, int j) {
+    const DistanceMatrix distances = zorvek::test::Matrix(n, [&](int i, int j) {
       return between(kind[static_cast<std::size_t>(i)], kind[static_cast<std::size_t>(j)]);
     });
     SearchSettings settings;
@@ -206,7 +120,8 @@ TEST(WideVertexCover, IsSmallestOnSmallGraphsAndCoversLargeOnes) {
 TEST(OlsNeighbourhood, FindsEveryPlaceWithItsGainAndLength) {
   for (const int taxa_count : {4, 5, 6, 9, 16}) {
     std::mt19937_64 generator(static_cast<std::uint64_t>(taxa_count));
-    const DistanceMatrix matrix = test::Matrix(taxa_count, test::RandomDistances(3));
+    const DistanceMatrix matrix =
+        zorvek::test::Matrix(taxa_count, zorvek::test::RandomDistances(3));
     OlsNeighbourhood tree(JoinNeighbours(taxa_count, matrix.Rows(), 0, &generator), matrix.Rows());
     std::vector<SprMove> found;
     for (int change = 0; change < 8; ++change) {
@@ -308,9 +223,9 @@ class Optimum {
 TEST(WideSearch, FindsTheOptimumOfSmallData) {
   for (int taxa_count = 4; taxa_count <= 10; ++taxa_count) {
     for (std::uint32_t seed = 1; seed <= 6; ++seed) {
-      const DistanceMatrix matrix =
-          test::Matrix(taxa_count, seed % 2 == 0 ? test::RandomDistances(seed)
-                                                 : test::TreeLikeDistances(taxa_count, 0.5, seed));
+      const DistanceMatrix matrix = zorvek::test::Matrix(
+          taxa_count, seed % 2 == 0 ? zorvek::test::RandomDistances(seed)
+                                    : zorvek::test::TreeLikeDistances(taxa_count, 0.5, seed));
       SearchSettings settings;
       settings.seed = seed;
       settings.rounds = 1000;
@@ -321,7 +236,8 @@ TEST(WideSearch, FindsTheOptimumOfSmallData) {
 }
 
 TEST(WideSearch, DependsOnItsSeedAndNotOnTheThreads) {
-  const DistanceMatrix matrix = test::Matrix(40, test::TreeLikeDistances(40, 0.5, 5));
+  const DistanceMatrix matrix =
+      zorvek::test::Matrix(40, zorvek::test::TreeLikeDistances(40, 0.5, 5));
   SearchSettings settings;
   settings.starts = 3;
   settings.rounds = 100;

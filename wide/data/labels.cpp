@@ -7,6 +7,17 @@
 
 namespace zorvek::wide {
 
+namespace {
+
+std::string Quoted(const std::string& label, const char* special) {
+  if (!label.empty() && label.find_first_of(special) == label.npos) return WithoutBlanks(label);
+  std::string quoted = "'";
+  for (const char c : label) quoted += c == '\'' ? "''" : std::string(1, c);
+  return quoted + "'";
+}
+
+}  // namespace
+
 std::string WithoutBlanks(std::string label) {
   std::replace_if(label.begin(), label.end(), IsBlank, '_');
   return label;
@@ -29,12 +40,12 @@ std::vector<std::vector<std::size_t>> Duplicates(const std::vector<std::string>&
   return groups;
 }
 
-std::string Quoted(const std::string& label) {
-  const bool bare = !label.empty() && label.find_first_of("()[]{}/\\,;:=*'\"`+-<>") == label.npos;
-  if (bare) return WithoutBlanks(label);
-  std::string quoted = "'";
-  for (const char c : label) quoted += c == '\'' ? "''" : std::string(1, c);
-  return quoted + "'";
+std::string QuotedForNewick(const std::string& label) {
+  return Quoted(label, "()[]':;,");
+}
+
+std::string QuotedForNexus(const std::string& label) {
+  return Quoted(label, "()[]{}/\\,;:=*'\"`+-<>");
 }
 
 }  // namespace zorvek::wide

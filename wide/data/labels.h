@@ -17,9 +17,13 @@ std::vector<std::vector<std::size_t>> Duplicates(const std::vector<std::string>&
 // Blanks as underscores, for formats in which a blank ends a label.
 std::string WithoutBlanks(std::string label);
 
-// As Newick and NEXUS want it: blanks become underscores; a label with any other character that the
-// formats use themselves is quoted, what it holds left as it is, quotes doubled ('it''s').
-std::string Quoted(const std::string& label);
+// As Newick wants it: blanks become underscores; a label with a character that the format uses itself
+// (parentheses, brackets, quotes, colon, semicolon, comma) is quoted, what it holds left as it is,
+// quotes doubled ('it''s').
+std::string QuotedForNewick(const std::string& label);
+
+// As NEXUS wants it, which uses more characters itself, the hyphen among them.
+std::string QuotedForNexus(const std::string& label);
 
 }  // namespace zorvek::wide
 

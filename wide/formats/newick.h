@@ -15,9 +15,9 @@ namespace zorvek::wide {
 // number of a taxon.
 std::string Newick(const Tree& tree, const std::vector<std::string>& labels);
 
-// A NEXUS file with one TREES block [Maddison1997] that holds the tree, marked as unrooted. A table
-// translates numbers into labels, so that a label may be a number too.
-std::string NexusTrees(const Tree& tree, const std::vector<std::string>& labels);
+// A NEXUS file with one TREES block [Maddison1997] that holds the trees, each marked as rooted or
+// unrooted. A table translates numbers into labels, so that a label may be a number too.
+std::string NexusTrees(const std::vector<Tree>& trees, const std::vector<std::string>& labels);
 
 }  // namespace zorvek::wide
 

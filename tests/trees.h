@@ -1,0 +1,39 @@
+// Random trees of zorvek-wide, and what trees say, straight from the definitions.
+#ifndef ZORVEK_TESTS_TREES_H
+#define ZORVEK_TESTS_TREES_H
+
+#include <map>
+#include <random>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "wide/criterion/neighbourhood.h"
+#include "wide/data/distance_matrix.h"
+#include "wide/data/tree.h"
+
+namespace zorvek::wide::test {
+
+DistanceMatrix RandomMatrix(int n, std::mt19937& generator);
+
+// The tree of a neighbourhood, with its edge lengths.
+Tree Result(const Neighbourhood& found);
+
+Tree RandomTree(int n, std::mt19937& generator);
+
+// The side of a split without taxon 0.
+std::set<int> WithoutFirst(const std::set<int>& side, int n);
+
+// The taxa on the far side of each inner edge, from taxon 0; nothing for the other nodes.
+std::vector<std::set<int>> Splits(const Tree& view);
+
+// Length and support of the edges by their splits, the two halves of an edge with the root on it as
+// one; a half with another support shows as a support of -9.
+std::map<std::set<int>, std::pair<double, double>> Edges(const Tree& tree);
+
+// The tree without its inner edges for which `gone` is true, by node: polytomies stand there.
+Tree Contracted(const Tree& tree, const std::vector<bool>& gone);
+
+}  // namespace zorvek::wide::test
+
+#endif

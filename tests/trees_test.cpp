@@ -1,0 +1,220 @@
+// Trees of zorvek-wide: how they hang, their roots, and how they are written.
+#include "tests/trees.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "tests/data.h"
+#include "tests/files.h"
+#include "wide/data/labels.h"
+#include "wide/formats/newick.h"
+#include "wide/search/neighbour_joining.h"
+
+namespace zorvek::wide {
+namespace {
+
+using test::Edges;
+using test::RandomMatrix;
+using test::RandomTree;
+using test::Splits;
+using zorvek::test::Contains;
+
+TEST(WideTree, HangsTheTopologyAtTheFirstTaxon) {
+  std::mt19937 generator(1);
+  for (const int n : {4, 5, 23}) {
+    const DistanceMatrix matrix = RandomMatrix(n, generator);
+    const Topology topology = JoinNeighbours(n, matrix.Rows());
+    const Tree tree = MakeTree(topology, [](int u, int v) { return u + v; });
+    EXPECT_EQ(tree.At(tree.root).children[0], 0);
+    EXPECT_EQ(tree.preorder.size(), tree.nodes.size());
+    for (int node = 0; node < topology.Nodes(); ++node) {
+      if (node == tree.root) continue;
+      const int parent = tree.At(node).parent;
+      EXPECT_EQ(tree.At(node).length, node + parent);
+      if (topology.IsLeaf(node)) {
+        EXPECT_EQ(topology.leaf_adjacent[Index(node)], parent);
+      } else {
+        const std::array<int, 3>& near = topology.At(node);
+        EXPECT_EQ(std::count(near.begin(), near.end(), parent), 1);
+      }
+    }
+  }
+}
+
+// A tree of n taxa with supports, polytomies and a few edges of length 0.
+Tree TreeWithSupports(int n, std::mt19937& generator) {
+  Tree tree = RandomTree(n, generator);
+  std::vector<bool> gone(tree.nodes.size());
+  for (int node = n; node < static_cast<int>(tree.nodes.size()); ++node) {
+    gone[Index(node)] = generator() % 4 == 0;
+    if (node == tree.root) continue;
+    tree.nodes[Index(node)].support = static_cast<double>(generator() % 65) / 64;
+    if (generator() % 5 == 0) tree.nodes[Index(node)].length = 0;
+  }
+  return test::Contracted(tree, gone);
+}
+
+TEST(WideTree, RootsCarryLengthsAndSupportsToTheRightEdges) {
+  std::mt19937 generator(5);
+  for (int trial = 0; trial < 60; ++trial) {
+    const Tree tree = Unrooted(TreeWithSupports(4 + trial % 9, generator));
+    const auto edges = Edges(tree);
+    const int nodes = static_cast<int>(tree.nodes.size());
+    for (int node = 0; node < nodes; ++node) {
+      if (node == tree.root) continue;
+      const double share = static_cast<double>(generator() % 5) / 4;
+      const Tree rooted = RootedAbove(tree, node, share);
+      ASSERT_TRUE(rooted.IsRooted());
+      ASSERT_EQ(rooted.At(node).parent, rooted.root);
+      ASSERT_EQ(rooted.At(node).length, tree.At(node).length * share);
+      for (const auto& [split, edge] : Edges(rooted)) {
+        ASSERT_NEAR(edge.first, edges.at(split).first, 1e-15);
+        ASSERT_EQ(edge.second, edges.at(split).second);
+      }
+      const Tree back = Unrooted(rooted);
+      ASSERT_EQ(back.nodes.size(), tree.nodes.size());
+      ASSERT_EQ(back.At(back.root).children[0], 0);
+      ASSERT_EQ(Edges(back).size(), edges.size());
+      for (const auto& [split, edge] : Edges(back)) ASSERT_EQ(edge.second, edges.at(split).second);
+    }
+  }
+}
+
+// Path lengths between taxa.
+double Apart(const Tree& tree, int a, int b) {
+  double sum = 0;
+  for (const auto& [split, edge] : Edges(tree)) {
+    if (split.count(a) != split.count(b)) sum += std::max(edge.first, 0.0);
+  }
+  return sum;
+}
+
+double DepthOf(const Tree& tree, int node) {
+  double depth = 0;
+  for (; node != tree.root; node = tree.At(node).parent) depth += tree.ShownLength(node);
+  return depth;
+}
+
+TEST(WideTree, TheMidpointIsHalfOfTheLongestPathFromBothItsEnds) {
+  std::mt19937 generator(6);
+  for (int trial = 0; trial < 40; ++trial) {
+    const Tree tree = TreeWithSupports(4 + trial % 9, generator);
+    const Tree rooted = RootedAtMidpoint(tree);
+    double longest = 0;
+    double deepest[2] = {0, 0};
+    for (int a = 0; a < tree.taxa; ++a) {
+      for (int b = 0; b < a; ++b) longest = std::max(longest, Apart(tree, a, b));
+      int side = a;
+      while (rooted.At(side).parent != rooted.root) side = rooted.At(side).parent;
+      double& depth = deepest[side == rooted.At(rooted.root).children[0] ? 0 : 1];
+      depth = std::max(depth, DepthOf(rooted, a));
+    }
+    EXPECT_NEAR(deepest[0], longest / 2, 1e-12);
+    EXPECT_NEAR(deepest[1], longest / 2, 1e-12);
+  }
+}
+
+TEST(WideTree, TheOutgroupIsTheSmallestGroupThatHoldsItsTaxa) {
+  std::mt19937 generator(7);
+  int exact = 0;
+  for (int trial = 0; trial < 200; ++trial) {
+    const int n = 4 + trial % 9;
+    const Tree tree = TreeWithSupports(n, generator);
+    std::set<int> wanted;
+    while (static_cast<int>(wanted.size()) < 1 + trial % 3) {
+      wanted.insert(static_cast<int>(generator() % static_cast<unsigned>(n)));
+    }
+    std::size_t smallest = Index(n);
+    for (const auto& [split, edge] : Edges(tree)) {
+      const auto inside = std::count_if(wanted.begin(), wanted.end(),
+                                        [&split = split](int taxon) { return split.count(taxon); });
+      if (inside == static_cast<long>(wanted.size())) smallest = std::min(smallest, split.size());
+      if (inside == 0) smallest = std::min(smallest, Index(n) - split.size());
+    }
+    const Outgroup found = FindOutgroup(tree, {wanted.begin(), wanted.end()});
+    const Tree rooted = RootedAbove(tree, found.node, 0.5);
+    std::set<int> group;
+    for (int taxon = 0; taxon < n; ++taxon) {
+      int side = taxon;
+      while (rooted.At(side).parent != rooted.root) side = rooted.At(side).parent;
+      int first = *wanted.begin();
+      while (rooted.At(first).parent != rooted.root) first = rooted.At(first).parent;
+      if (side == first) group.insert(taxon);
+    }
+    EXPECT_TRUE(std::includes(group.begin(), group.end(), wanted.begin(), wanted.end()));
+    EXPECT_EQ(group.size(), smallest);
+    EXPECT_EQ(found.exact, group == wanted);
+    exact += found.exact ? 1 : 0;
+  }
+  EXPECT_GT(exact, 50);
+  EXPECT_LT(exact, 150);
+}
+
+TEST(WideTree, ATopologyKeepsTheGroupsAndResolvesPolytomies) {
+  std::mt19937 generator(8);
+  for (int trial = 0; trial < 100; ++trial) {
+    const int n = 4 + trial % 9;
+    const Tree tree = TreeWithSupports(n, generator);
+    const Tree resolved = MakeTree(TopologyOf(tree), [](int, int) { return 1; });
+    EXPECT_EQ(resolved.nodes.size(), Index(2 * n - 2));
+    const auto edges = Edges(resolved);
+    EXPECT_EQ(edges.size(), Index(2 * n - 3));
+    for (const auto& [split, edge] : Edges(tree)) EXPECT_EQ(edges.count(split), 1u);
+  }
+}
+
+TEST(WideTree, IsLadderised) {
+  // (a,(b,d),(c,(e,f))), put together the other way round.
+  Tree tree;
+  tree.taxa = 6;
+  tree.nodes.resize(10);
+  tree.root = 9;
+  tree.nodes[9].children = {8, 6, 0};
+  tree.nodes[8].children = {7, 2};
+  tree.nodes[7].children = {5, 4};
+  tree.nodes[6].children = {3, 1};
+  Ladderise(tree);
+  EXPECT_EQ(tree.preorder, (std::vector<int>{9, 0, 6, 1, 3, 8, 2, 7, 4, 5}));
+}
+
+TEST(WideNewick, QuotesOnlyWhatAReaderWouldTakeApart) {
+  EXPECT_EQ(QuotedForNewick("Homo s.|2_b"), "Homo_s.|2_b");
+  for (const std::string label : {"a-b/c+d=e<f>g*h`i\\j\"k{l}m", "12", "a_b"}) {
+    EXPECT_EQ(QuotedForNewick(label), label);
+  }
+  EXPECT_EQ(QuotedForNewick("it's"), "'it''s'");
+  for (const std::string label : {"a b(c", "d)", "[e", "f]", "g:h", "i;", "j,k"}) {
+    EXPECT_EQ(QuotedForNewick(label), "'" + label + "'");
+    EXPECT_EQ(QuotedForNexus(label), "'" + label + "'");
+  }
+  EXPECT_EQ(QuotedForNexus("a-b"), "'a-b'");
+  EXPECT_EQ(QuotedForNexus("a b_c"), "a_b_c");
+}
+
+TEST(WideNewick, ReadsBackTheSameLengths) {
+  std::mt19937 generator(2);
+  Tree view = RandomTree(40, generator);
+  view.nodes[view.root == 40 ? 41 : 40].support = 0.125;
+  std::vector<std::string> labels(40, "taxon");
+  labels[7] = "it's (7)";
+  const std::string text = Newick(view, labels);
+  std::multiset<double> lengths;
+  for (const std::string& length : zorvek::test::FindAll(text, ":([-+.e0-9]+)")) {
+    lengths.insert(std::stod(length));
+  }
+  std::multiset<double> expected;
+  for (const int node : view.preorder) {
+    if (node != view.root) expected.insert(view.ShownLength(node));
+  }
+  EXPECT_EQ(lengths, expected);
+  EXPECT_TRUE(Contains(text, "'it''s (7)':"));
+  EXPECT_TRUE(Contains(text, ")12.5:"));
+  EXPECT_TRUE(Contains(NexusTrees({view}, labels), "\n    8 'it''s (7)',\n"));
+  EXPECT_TRUE(Contains(NexusTrees({view}, labels), "[&U]"));
+  EXPECT_TRUE(Contains(NexusTrees({RootedAtMidpoint(view)}, labels), "[&R]"));
+}
+
+}  // namespace
+}  // namespace zorvek::wide
