@@ -10,7 +10,7 @@ namespace zorvek::wide {
 namespace {
 
 std::string NexusText(const Results& results) {
-  return NexusTrees(results.found.tree, results.input.Labels());
+  return NexusTrees({results.found.tree}, results.input.Labels());
 }
 
 std::string NewickText(const Results& results) {
