@@ -14,10 +14,10 @@
 #include <string>
 #include <vector>
 
+#include "core/pair_table.h"
 #include "driver/run_state.h"
 #include "input/distances.h"
 #include "input/nexus_reading.h"
-#include "input/pair_table.h"
 #include "tests/reference_input.h"
 #include "tree/candidate_lists.h"
 #include "tree/starting_tree.h"

@@ -12,10 +12,10 @@
 #include <new>
 #include <string>
 
+#include "core/pair_table.h"
 #include "input/diagnosis.h"
 #include "input/distances.h"
 #include "input/nexus_reading.h"
-#include "input/pair_table.h"
 
 // The sanitizer's own operator new ends the process where memory runs out. The run has
 // std::bad_alloc to answer then, so that is what a file gets here that asks for more than a fair

@@ -10,10 +10,10 @@
 #include <numeric>
 #include <vector>
 
+#include "core/pair_table.h"
 #include "driver/run_state.h"
 #include "input/cell_symbols.h"
 #include "input/nexus_reading.h"
-#include "input/pair_table.h"
 
 namespace zorvek {
 

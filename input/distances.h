@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "input/pair_table.h"
+#include "core/pair_table.h"
 
 class NxsDataBlock;
 

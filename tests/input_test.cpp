@@ -10,11 +10,11 @@
 #include <utility>
 #include <vector>
 
+#include "core/pair_table.h"
 #include "driver/run_state.h"
 #include "input/diagnosis.h"
 #include "input/distances.h"
 #include "input/nexus_reading.h"
-#include "input/pair_table.h"
 #include "tests/files.h"
 #include "tests/reference_input.h"
 #include "tree/candidate_lists.h"

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "core/eigen_rg.h"
 #include "driver/mt_rand.h"
-#include "input/eigen_rg.h"
 #include "input/lu.h"
 
 namespace zorvek {

@@ -9,7 +9,7 @@
 #include <fstream>
 #include <utility>
 
-#include "input/eigen_rg.h"
+#include "core/eigen_rg.h"
 
 namespace zorvek::reference {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "core/pair_table.h"
 #include "input/nexus_reading.h"
-#include "input/pair_table.h"
 
 namespace zorvek::reference {
 

@@ -4,8 +4,8 @@
 #include <limits>
 #include <map>
 
+#include "core/pair_table.h"
 #include "core/parallel.h"
-#include "input/pair_table.h"
 
 namespace zorvek::wide {
 

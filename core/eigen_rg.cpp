@@ -18,7 +18,7 @@
 //
 // Without vectors the same arithmetic is done in the same order, but the entries on which no
 // eigenvalue depends are left alone.
-#include "input/eigen_rg.h"
+#include "core/eigen_rg.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 // Eigenvalues and eigenvectors of a real general matrix.
-#ifndef ZORVEK_INPUT_EIGEN_RG_H
-#define ZORVEK_INPUT_EIGEN_RG_H
+#ifndef ZORVEK_CORE_EIGEN_RG_H
+#define ZORVEK_CORE_EIGEN_RG_H
 
 namespace zorvek {
 

@@ -3,12 +3,12 @@
 // number is its population count. Most processors count the bits of a word in one instruction; the
 // default build may not assume it, so the loop is compiled once for each kind and picked when it
 // runs.
-#include "input/pair_table.h"
+#include "core/pair_table.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "input/eigen_rg.h"
+#include "core/eigen_rg.h"
 
 namespace zorvek {
 

@@ -1,7 +1,7 @@
 // From sequences to the distance of a pair of taxa, without any file: bit planes, the pair table,
 // and the distance that its eigenvalues give.
-#ifndef ZORVEK_INPUT_PAIR_TABLE_H
-#define ZORVEK_INPUT_PAIR_TABLE_H
+#ifndef ZORVEK_CORE_PAIR_TABLE_H
+#define ZORVEK_CORE_PAIR_TABLE_H
 
 #include <cstddef>
 #include <cstdint>
