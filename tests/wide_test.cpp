@@ -67,7 +67,8 @@ TEST(WideIdentical, TaxaThatAreTheSameStayTogether) {
       return between(kind[static_cast<std::size_t>(i)], kind[static_cast<std::size_t>(j)]);
     });
     SearchSettings settings;
-    settings.rounds = 50;
+    settings.criterion = Criterion::kOls;
+    settings.iterations = 50;
     const Tree view = FindShortestTree(n, distances.Rows(), settings).tree;
     const Groups groups = IdenticalTaxa(n, distances.Rows());
     const std::vector<std::set<int>> splits = Splits(view);
@@ -227,8 +228,9 @@ TEST(WideSearch, FindsTheOptimumOfSmallData) {
           taxa_count, seed % 2 == 0 ? zorvek::test::RandomDistances(seed)
                                     : zorvek::test::TreeLikeDistances(taxa_count, 0.5, seed));
       SearchSettings settings;
+      settings.criterion = Criterion::kOls;
       settings.seed = seed;
-      settings.rounds = 1000;
+      settings.iterations = 1000;
       const double found = FindShortestTree(taxa_count, matrix.Rows(), settings).length;
       EXPECT_NEAR(found, Optimum(matrix).Length(), 1e-12);
     }
@@ -239,8 +241,9 @@ TEST(WideSearch, DependsOnItsSeedAndNotOnTheThreads) {
   const DistanceMatrix matrix =
       zorvek::test::Matrix(40, zorvek::test::TreeLikeDistances(40, 0.5, 5));
   SearchSettings settings;
+  settings.criterion = Criterion::kOls;
   settings.starts = 3;
-  settings.rounds = 100;
+  settings.iterations = 100;
   const Tree alone = FindShortestTree(40, matrix.Rows(), settings).tree;
   settings.threads = 3;
   const Tree shared = FindShortestTree(40, matrix.Rows(), settings).tree;

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "wide/criterion/balanced_neighbourhood.h"
 #include "wide/criterion/ols_neighbourhood.h"
 
 namespace zorvek::wide {
@@ -9,6 +10,8 @@ namespace zorvek::wide {
 std::unique_ptr<Neighbourhood> MakeNeighbourhood(Criterion criterion, const Topology& topology,
                                                  const double* const* distances) {
   switch (criterion) {
+    case Criterion::kBalanced:
+      return std::make_unique<BalancedNeighbourhood>(topology, distances);
     case Criterion::kOls:
       return std::make_unique<OlsNeighbourhood>(topology, distances);
   }

@@ -9,7 +9,8 @@
 namespace zorvek::wide {
 
 enum class Criterion {
-  kOls,  // the sum of the positive ordinary-least-squares edge lengths [Rzhetsky1993]
+  kBalanced,  // the sum of all balanced edge lengths [Pauplin2000]
+  kOls,       // the sum of the positive ordinary-least-squares edge lengths [Rzhetsky1993]
 };
 
 // The neighbourhood of a tree under a criterion.

@@ -1,16 +1,15 @@
-// What a search needs of a criterion: one tree under change, its length, and the SPR moves of each of
-// its subtrees. Descent and iterated search are written over these few functions; a new criterion
-// implements them.
+// What a search needs of a criterion: one tree under change, its length, and the moves that make it
+// shorter. Descent and iterated search are written over these few functions; a new criterion implements
+// them.
 #ifndef ZORVEK_WIDE_CRITERION_NEIGHBOURHOOD_H
 #define ZORVEK_WIDE_CRITERION_NEIGHBOURHOOD_H
-
-#include <vector>
 
 #include "wide/data/topology.h"
 
 namespace zorvek::wide {
 
-// One instance serves one thread. What it says depends on the distances and the topology alone.
+// One instance serves one thread. What it says depends on the distances and the topology alone, but for
+// rounding.
 class Neighbourhood {
  public:
   virtual ~Neighbourhood() = default;
@@ -20,15 +19,18 @@ class Neighbourhood {
 
   virtual const Topology& Current() const = 0;
 
-  // The length of the current tree, which the search makes small.
+  // The length of the current tree, which the search makes small. It may be 0 or negative.
   virtual double Length() = 0;
 
-  // Appends the SPR moves of the subtree `subtree` held by `holder` that may shorten the tree by more
-  // than `margin`, with their gains.
-  virtual void SprMoves(int holder, int subtree, double margin, std::vector<SprMove>& found) = 0;
+  // A tree is shorter than the current one when it is by more than this, which is above all rounding.
+  virtual double Margin() = 0;
 
-  // What Length() would be after a move of the subtree whose moves were asked for last.
-  virtual double LengthAfter(const SprMove& move) = 0;
+  // The SPR move of the subtree `subtree` held by `holder` that shortens the tree most, and by more than
+  // the margin, the first of equal ones. Returns whether there is one.
+  virtual bool BestSpr(int holder, int subtree, SprMove& best) = 0;
+
+  // The same of the two NNIs across the edge between internal nodes u and v.
+  virtual bool BestNni(int u, int v, SprMove& best) = 0;
 
   // Makes a move.
   virtual void Apply(const SprMove& move) = 0;

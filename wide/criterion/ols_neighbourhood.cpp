@@ -4,6 +4,12 @@
 
 namespace zorvek::wide {
 
+namespace {
+
+constexpr std::size_t kJudged = 16;  // moves of one subtree that are judged, by decreasing gain
+
+}  // namespace
+
 OlsNeighbourhood::OlsNeighbourhood(const Topology& topology, const double* const* distances)
     : topology_(topology),
       sums_(topology.taxa, distances),
@@ -102,6 +108,42 @@ void OlsNeighbourhood::SumsTo(int node, int subtree) {
   to_moved_[Index(subtree)] = 0;
   pass(last, static_cast<int>(order_.size()));
   pass(0, first);
+}
+
+bool OlsNeighbourhood::BestSpr(int holder, int subtree, SprMove& best) {
+  found_.clear();
+  SprMoves(holder, subtree, Margin(), found_);
+  const std::size_t judged = std::min(kJudged, found_.size());
+  std::partial_sort(found_.begin(), found_.begin() + static_cast<std::ptrdiff_t>(judged),
+                    found_.end(),
+                    [](const SprMove& x, const SprMove& y) { return x.gain > y.gain; });
+  return Judge(judged, best);
+}
+
+// The subtree at u goes to the other side of v, beside the one subtree there or the other.
+bool OlsNeighbourhood::BestNni(int u, int v, SprMove& best) {
+  const int subtree = topology_.Others(u, v).second;
+  SumsTo(u, subtree);
+  behind_[Index(v)] = u;
+  const auto [f, g] = topology_.Others(v, u);
+  found_ = {{u, subtree, v, f}, {u, subtree, v, g}};
+  return Judge(2, best);
+}
+
+// The best of the first moves in found_ by the length they give, if that is shorter.
+bool OlsNeighbourhood::Judge(std::size_t count, SprMove& best) {
+  const double before = Length();
+  double shortest = before - Margin();
+  bool any = false;
+  for (std::size_t i = 0; i < count; ++i) {
+    const double length = LengthAfter(found_[i]);
+    if (length >= shortest) continue;
+    shortest = length;
+    best = found_[i];
+    best.gain = before - length;
+    any = true;
+  }
+  return any;
 }
 
 // A move whose raw gain is a loss of more than all negative lengths together cannot shorten the sum of

@@ -42,11 +42,24 @@ class OlsNeighbourhood : public Neighbourhood {
   // Sum of the positive edge lengths.
   double Length() override { return positive_.Total(); }
 
-  // In the order of the walk.  Cost: constant for each edge outside the subtree.
-  void SprMoves(int holder, int subtree, double margin, std::vector<SprMove>& found) override;
+  // 1e-12 of the length.
+  double Margin() override { return Length() * kShorter; }
 
+  // Judges the most promising moves by the length they give.
+  // Cost: constant for each edge outside the subtree, and LengthAfter of a few.
+  bool BestSpr(int holder, int subtree, SprMove& best) override;
+
+  // Cost: LengthAfter of two moves.
+  bool BestNni(int u, int v, SprMove& best) override;
+
+  // Appends the SPR moves of the subtree `subtree` held by `holder` that may shorten the tree by more
+  // than `margin`, with the gains by which they are ranked, in the order of the walk.
+  // Cost: constant for each edge outside the subtree.
+  void SprMoves(int holder, int subtree, double margin, std::vector<SprMove>& found);
+
+  // What Length() would be after a move of the subtree whose moves were asked for last.
   // Cost: the number of edges on the way, and the smaller of two subtrees for two pairs.
-  double LengthAfter(const SprMove& move) override;
+  double LengthAfter(const SprMove& move);
 
   // Cost: as Set.
   void Apply(const SprMove& move) override;
@@ -54,6 +67,8 @@ class OlsNeighbourhood : public Neighbourhood {
   double EdgeLength(int u, int v) const override { return lengths_[Index(Up(u) == v ? u : v)]; }
 
  private:
+  static constexpr double kShorter = 1e-12;  // share of the length
+
   struct Step {
     int node, behind;
     double gain;
@@ -71,6 +86,7 @@ class OlsNeighbourhood : public Neighbourhood {
   }
   void Follow();
   void RefreshLengths();
+  bool Judge(std::size_t count, SprMove& best);
   void SumsTo(int holder, int subtree);
   void Walk(int holder, int subtree, double least, std::vector<SprMove>& found);
 
@@ -104,6 +120,7 @@ class OlsNeighbourhood : public Neighbourhood {
   double moved_leaves_ = 0;
   std::vector<int> behind_;  // per node of the last walk: where it was entered from
   std::vector<Step> stack_;
+  std::vector<SprMove> found_;
 };
 
 }  // namespace zorvek::wide

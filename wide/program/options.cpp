@@ -55,11 +55,23 @@ void AddSearch(CLI::App& app, Options& options) {
   app.add_option("--seed", options.search.seed, "seed of all random choices")
       ->type_name("N")
       ->capture_default_str();
-  app.add_option("--rounds", options.search.rounds,
-                 "perturbations to try; no limit with --time or --patience")
-      ->type_name("N")
-      ->check(CLI::Range(0L, SearchSettings::kUnlimited).description(""))
-      ->capture_default_str();
+  const std::map<std::string, Criterion> criteria{{"balanced", Criterion::kBalanced},
+                                                  {"ols", Criterion::kOls}};
+  const std::map<std::string, Moves> moves{
+      {"none", Moves::kNone}, {"nni", Moves::kNni}, {"spr", Moves::kSpr}};
+  app.add_option("--criterion", options.search.criterion, "balanced or ols; balanced unless given")
+      ->transform(CLI::CheckedTransformer(criteria, CLI::ignore_case).description(""))
+      ->type_name("NAME");
+  app.add_option("--search", options.search.moves, "none, nni or spr; spr unless given")
+      ->transform(CLI::CheckedTransformer(moves, CLI::ignore_case).description(""))
+      ->type_name("NAME");
+  for (const char* name : {"--iterations", "--rounds"}) {
+    app.add_option(name, options.search.iterations,
+                   "perturbations to try; 0, or no limit with --time or --patience")
+        ->type_name("N")
+        ->check(CLI::Range(0L, SearchSettings::kUnlimited).description(""));
+  }
+  app.get_option("--rounds")->group("");  // its former name
   app.add_option("--threads", options.search.threads, "threads; all cores unless given")
       ->type_name("N")
       ->check(CLI::Range(1, 4096).description(""));
@@ -93,7 +105,16 @@ void AddDefaults(const CLI::App& app, Options& options) {
     options.search.threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
   }
   const bool clock = options.search.seconds > 0 || options.search.patience > 0;
-  if (clock && app.count("--rounds") == 0) options.search.rounds = SearchSettings::kUnlimited;
+  const bool counted = app.count("--iterations") + app.count("--rounds") > 0;
+  if (clock && !counted && options.search.moves == Moves::kSpr) {
+    options.search.iterations = SearchSettings::kUnlimited;
+  }
+}
+
+void CheckSearch(const SearchSettings& search) {
+  if (search.iterations != 0 && search.moves != Moves::kSpr) {
+    throw CLI::ValidationError("--iterations needs --search spr");
+  }
 }
 
 // The files that are written must be different ones, and none of them the input.
@@ -127,6 +148,7 @@ bool ParseOptions(int argc, char** argv, Options& options, int& status) {
   try {
     app.parse(argc, argv);
     AddDefaults(app, options);
+    CheckSearch(options.search);
     CheckPaths(options);
     return true;
   } catch (const CLI::Success& asked) {

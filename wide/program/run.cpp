@@ -29,14 +29,14 @@ double SecondsSince(Clock::time_point then) {
 
 const char* Name(Progress::Phase phase) {
   if (phase == Progress::kStart) return "starting trees";
-  return phase == Progress::kDescent ? "descent" : "rounds";
+  return phase == Progress::kDescent ? "descent" : "iterations";
 }
 
 // What the progress line shows of a search: one by the clock is done when its time is over.
 void Show(const SearchSettings& settings, const Progress& progress, double seconds,
           ProgressLine& line) {
   const bool by_clock =
-      progress.phase == Progress::kRounds && settings.rounds == SearchSettings::kUnlimited;
+      progress.phase == Progress::kIterations && settings.iterations == SearchSettings::kUnlimited;
   const double of_time =
       settings.seconds > 0 ? std::min(seconds / settings.seconds, 1.0) : ProgressLine::kUnknown;
   const bool known = progress.length < std::numeric_limits<double>::infinity();

@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 
 #include <cstddef>
+#include <stdexcept>
 
 #include "wide/data/error.h"
 #include "wide/formats/numbers.h"
@@ -24,9 +25,24 @@ double Seconds(const timeval& time) {
 
 std::string Stop(const Results& results) {
   if (results.interrupted) return ", interrupted";
-  const long rounds = results.options.search.rounds;
-  return rounds == SearchSettings::kUnlimited ? ", by the clock"
-                                              : ", rounds " + std::to_string(rounds);
+  const long iterations = results.options.search.iterations;
+  return iterations == SearchSettings::kUnlimited ? ", by the clock"
+                                                  : ", iterations " + std::to_string(iterations);
+}
+
+// The length under the criterion, and what it would be with negative edges counted the other way.
+std::string Lengths(Criterion criterion, const SearchResult& found) {
+  const std::string length = Shortest(found.length);
+  switch (criterion) {
+    case Criterion::kBalanced:
+      return Line("length", length + " (balanced, sum of all edges)") +
+             Line("positive",
+                  Shortest(PositiveLength(found.tree)) + " (sum of the positive edges)");
+    case Criterion::kOls:
+      return Line("length", length + " (least squares, sum of the positive edges)") +
+             Line("raw length", Shortest(TotalLength(found.tree)) + " (sum of all edges)");
+  }
+  throw std::logic_error("no such criterion");
 }
 
 std::string Support(const BootstrapResult& support) {
@@ -48,8 +64,7 @@ std::string Summary(const Results& results) {
   std::string text = Line("taxa", std::to_string(input.Labels().size()));
   if (!input.left_out.empty()) text += Line("left out", Listed(input.left_out, ", "));
   if (input.alignment) text += Line("sites", std::to_string(input.alignment->Sites()));
-  text += Line("length", Shortest(results.found.length) + " (sum of the positive edges)");
-  text += Line("raw length", Shortest(TotalLength(results.found.tree)) + " (sum of all edges)");
+  text += Lengths(options.search.criterion, results.found);
   text += Line("negative", std::to_string(NegativeEdges(results.found.tree)) + " (written as 0)");
   if (options.replicates > 0) text += Line("support", Support(results.support));
   text += Line("seed", std::to_string(options.search.seed) + Stop(results));

@@ -6,16 +6,78 @@ namespace zorvek::wide {
 
 namespace {
 
-constexpr std::size_t kJudged = 16;  // moves of one subtree that are judged, by decreasing gain
+// So many taxa to a move make it cheaper to make all averages of the tree anew than to make the moves
+// one by one.
+constexpr std::size_t kTaxaPerMove = 20;
 
 }  // namespace
 
 Descent::Descent(std::unique_ptr<Neighbourhood> neighbourhood)
     : neighbourhood_(std::move(neighbourhood)), queued_(Index(Current().Nodes())) {}
 
-void Descent::Everywhere(const Poll& poll) {
-  for (int node = Current().taxa; node < Current().Nodes(); ++node) Enqueue(node);
-  EmptyQueue(poll);
+void Descent::ByNni(const Poll& poll) {
+  const std::size_t many = Index(Current().taxa) / kTaxaPerMove;
+  for (double rounds = 1;; ++rounds) {
+    const std::vector<SprMove> moves = NniBatch();
+    if (moves.empty() || poll(1 - 1 / rounds)) return;
+    if (!(moves.size() > many ? MakeTogether(moves) : MakeSingly(moves))) return;
+  }
+}
+
+// The best NNIs of the tree, by decreasing gain, of edges that do not touch each other's neighbours.
+std::vector<SprMove> Descent::NniBatch() {
+  const Topology& tree = Current();
+  std::vector<SprMove> moves;
+  for (int node = tree.taxa; node < tree.Nodes(); ++node) {
+    for (const int near : tree.At(node)) {
+      SprMove move;
+      if (near > node && neighbourhood_->BestNni(node, near, move)) moves.push_back(move);
+    }
+  }
+  std::stable_sort(moves.begin(), moves.end(),
+                   [](const SprMove& x, const SprMove& y) { return x.gain > y.gain; });
+  std::vector<char> taken(Index(tree.Nodes()));
+  const auto touches = [&](const SprMove& move) {
+    if (taken[Index(move.holder)] || taken[Index(move.from)]) return true;
+    for (const int end : {move.holder, move.from}) {
+      for (const int near : tree.At(end)) taken[Index(near)] = true;
+    }
+    return false;
+  };
+  moves.erase(std::remove_if(moves.begin(), moves.end(), touches), moves.end());
+  return moves;
+}
+
+// Makes the moves, the first half of them where all do not make the tree shorter, and so on.
+bool Descent::MakeTogether(const std::vector<SprMove>& moves) {
+  const Topology before = Current();
+  const double least = neighbourhood_->Length() - neighbourhood_->Margin();
+  for (std::size_t count = moves.size(); count > 0; count /= 2) {
+    Topology after = before;
+    for (std::size_t k = 0; k < count; ++k) after.Apply(moves[k]);
+    neighbourhood_->Set(after);
+    if (neighbourhood_->Length() < least) return true;
+  }
+  neighbourhood_->Set(before);
+  return false;
+}
+
+// Makes the moves one by one, each only if it still shortens the tree.
+bool Descent::MakeSingly(const std::vector<SprMove>& moves) {
+  bool any = false;
+  for (const SprMove& move : moves) {
+    SprMove best;
+    if (!neighbourhood_->BestNni(move.holder, move.from, best)) continue;
+    neighbourhood_->Apply(best);
+    any = true;
+  }
+  return any;
+}
+
+void Descent::BySpr(const Poll& poll) {
+  do {
+    EnqueueAll();
+  } while (EmptyQueue(poll));
 }
 
 void Descent::Perturbed(std::mt19937_64& generator, const Poll& poll) {
@@ -35,44 +97,48 @@ void Descent::Enqueue(int node) {
   queue_.push_back(node);
 }
 
-void Descent::EmptyQueue(const Poll& poll) {
+// Neighbours one after the other, since they look at the same averages.
+void Descent::EnqueueAll() {
+  const Topology& tree = Current();
+  std::vector<int> open{tree.leaf_adjacent[0]};
+  while (!open.empty()) {
+    const int node = open.back();
+    open.pop_back();
+    Enqueue(node);
+    for (const int near : tree.At(node)) {
+      if (!tree.IsLeaf(near) && !queued_[Index(near)]) open.push_back(near);
+    }
+  }
+}
+
+// Returns whether a move was made and the queue is empty.
+bool Descent::EmptyQueue(const Poll& poll) {
+  bool any = false;
+  const auto all = static_cast<double>(Current().taxa - 2);
   while (!queue_.empty()) {
+    if (poll(std::max(0.0, 1 - static_cast<double>(queue_.size()) / all))) {
+      for (const int node : queue_) queued_[Index(node)] = false;
+      queue_.clear();
+      return false;
+    }
     const int node = queue_.front();
     queue_.pop_front();
     queued_[Index(node)] = false;
-    if (!poll(queue_.size()) && ImproveAt(node)) Enqueue(node);
+    if (!ImproveAt(node)) continue;
+    Enqueue(node);
+    any = true;
   }
+  return any;
 }
 
 bool Descent::ImproveAt(int node) {
-  const std::array<int, 3> subtrees = Current().At(node);
-  return std::any_of(subtrees.begin(), subtrees.end(),
-                     [&](int subtree) { return Improve(node, subtree); });
-}
-
-// Judges the most promising moves of a subtree by the length they give, and makes the best one if that
-// is shorter.
-bool Descent::Improve(int holder, int subtree) {
-  const double before = neighbourhood_->Length();
-  const double margin = before * kShorter;
-  found_.clear();
-  neighbourhood_->SprMoves(holder, subtree, margin, found_);
-  const std::size_t judged = std::min(kJudged, found_.size());
-  std::partial_sort(found_.begin(), found_.begin() + static_cast<std::ptrdiff_t>(judged),
-                    found_.end(),
-                    [](const SprMove& x, const SprMove& y) { return x.gain > y.gain; });
-  const SprMove* best = nullptr;
-  double shortest = before - margin;
-  for (std::size_t i = 0; i < judged; ++i) {
-    const double length = neighbourhood_->LengthAfter(found_[i]);
-    if (length < shortest) {
-      shortest = length;
-      best = &found_[i];
-    }
+  for (const int subtree : Current().At(node)) {
+    SprMove best;
+    if (!neighbourhood_->BestSpr(node, subtree, best)) continue;
+    Make(best);
+    return true;
   }
-  if (best == nullptr) return false;
-  Make(*best);
-  return true;
+  return false;
 }
 
 // Makes a move and queues the nodes whose subtrees may have found a better place by it: those at the

@@ -1,18 +1,22 @@
-// Descent by SPR moves from joined starting trees, then rounds of local perturbation and descent.
+// Descent by NNI and SPR moves from joined starting trees, then iterations: local perturbation and
+// descent.
 //
-// Rounds come in batches of fixed size that all begin at the best tree so far, each with a
+// Iterations come in batches of fixed size that all begin at the best tree so far, each with a
 // generator seeded by its own number; the best result of a batch, the earliest of equal ones, is
 // the next best tree. So the outcome does not depend on how many threads share the work.
 #include "wide/search/search.h"
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <limits>
 #include <memory>
 #include <optional>
 #include <random>
+#include <string>
 
 #include "core/parallel.h"
+#include "wide/data/error.h"
 #include "wide/search/descent.h"
 #include "wide/search/identical.h"
 #include "wide/search/neighbour_joining.h"
@@ -21,9 +25,19 @@ namespace zorvek::wide {
 
 namespace {
 
-constexpr int kBatch = 8;  // rounds that begin at the same tree
+constexpr int kBatch = 8;  // iterations that begin at the same tree
 
 using Clock = std::chrono::steady_clock;
+
+void CheckFinite(int n, const double* const* distances) {
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < i; ++j) {
+      if (std::isfinite(distances[i][j])) continue;
+      throw Error("the distance of taxa " + std::to_string(j + 1) + " and " +
+                  std::to_string(i + 1) + " is no finite number; leave one of them out");
+    }
+  }
+}
 
 // The whole search: its clock, its best tree, and the threads.
 class Search {
@@ -42,7 +56,7 @@ class Search {
 
  private:
   struct Outcome {
-    double length = 0;
+    double length = 0, margin = 0;
     std::optional<Topology> topology;
   };
 
@@ -66,10 +80,8 @@ class Search {
     }
   }
 
-  void ReportDescent(std::size_t queued, double length) {
-    if (!settings_.on_progress) return;
-    const double left = static_cast<double>(queued) / (n_ - 2);
-    settings_.on_progress({Progress::kDescent, std::max(1 - left, 0.0), length, false});
+  void ReportDescent(double fraction, double length) {
+    if (settings_.on_progress) settings_.on_progress({Progress::kDescent, fraction, length, false});
   }
 
   // Runs task(descent of the thread, number) for numbers 0..count-1 on all threads and gives the
@@ -88,9 +100,10 @@ class Search {
     bool improved = false;
     for (const Outcome& outcome : outcomes) {
       if (!outcome.topology) continue;
-      if (best_ && !(outcome.length < best_length_ * (1 - kShorter))) continue;
+      if (best_ && !(outcome.length < best_length_ - margin_)) continue;
       best_ = outcome.topology;
       best_length_ = outcome.length;
+      margin_ = outcome.margin;
       improved = true;
     }
     return improved;
@@ -105,17 +118,27 @@ class Search {
     }
   }
 
+  static Outcome Found(Neighbourhood& tree) {
+    return {tree.Length(), tree.Margin(), tree.Current()};
+  }
+
+  void Descend(Descent& descent, const Descent::Poll& poll) const {
+    if (settings_.moves == Moves::kNone) return;
+    descent.ByNni(poll);
+    if (settings_.moves == Moves::kSpr) descent.BySpr(poll);
+  }
+
   void DescendFromStarts() {
     const auto descend = [this](std::unique_ptr<Descent>& descent, int number) {
       std::mt19937_64 generator = Generator(0, static_cast<std::uint64_t>(number));
       Place(descent, number == 0 ? JoinNeighbours(n_, distances_)
                                  : JoinNeighbours(n_, distances_, settings_.greedy, &generator));
       const bool reports = &descent == &descents_[0];  // on the thread that called
-      descent->Everywhere([&](std::size_t queued) {
-        if (reports) ReportDescent(queued, descent->Around().Length());
+      Descend(*descent, [&](double fraction) {
+        if (reports) ReportDescent(fraction, descent->Around().Length());
         return Stopped();
       });
-      return Outcome{descent->Around().Length(), descent->Around().Current()};
+      return Found(descent->Around());
     };
     const double before = best_length_;
     Adopt(Share(std::max(1, settings_.starts), descend));
@@ -124,21 +147,20 @@ class Search {
 
   void Improve() {
     Clock::time_point improved = Clock::now();
-    for (long done = 0; done < settings_.rounds && !Stopped(); done += kBatch) {
+    for (long done = 0; done < settings_.iterations && !Stopped(); done += kBatch) {
       if (settings_.patience > 0 && Seconds(improved) > settings_.patience) return;
-      const int count = static_cast<int>(std::min<long>(kBatch, settings_.rounds - done));
-      const auto round = [this, done](std::unique_ptr<Descent>& descent, int number) {
+      const int count = static_cast<int>(std::min<long>(kBatch, settings_.iterations - done));
+      const auto iterate = [this, done](std::unique_ptr<Descent>& descent, int number) {
         std::mt19937_64 generator = Generator(1, static_cast<std::uint64_t>(done + number));
         Place(descent, *best_);
-        descent->Perturbed(generator, [this](std::size_t) { return Stopped(); });
-        const double length = descent->Around().Length();
-        if (!(length < best_length_ * (1 - kShorter))) return Outcome{};
-        return Outcome{length, descent->Around().Current()};
+        descent->Perturbed(generator, [this](double) { return Stopped(); });
+        if (!(descent->Around().Length() < best_length_ - margin_)) return Outcome{};
+        return Found(descent->Around());
       };
       const double before = best_length_;
-      if (Adopt(Share(count, round))) improved = Clock::now();
-      Report(Progress::kRounds,
-             static_cast<double>(done + count) / static_cast<double>(settings_.rounds), before);
+      if (Adopt(Share(count, iterate))) improved = Clock::now();
+      Report(Progress::kIterations,
+             static_cast<double>(done + count) / static_cast<double>(settings_.iterations), before);
     }
   }
 
@@ -160,12 +182,14 @@ class Search {
   std::vector<std::unique_ptr<Descent>> descents_;  // one a thread, made where it is first used
   std::optional<Topology> best_;
   double best_length_ = std::numeric_limits<double>::infinity();
+  double margin_ = 0;  // of the best tree
 };
 
 }  // namespace
 
 SearchResult FindShortestTree(int n, const double* const* distances,
                               const SearchSettings& settings) {
+  CheckFinite(n, distances);
   return Search(n, distances, settings).Run();
 }
 

@@ -1,4 +1,4 @@
-// The search of zorvek-wide: the shortest minimum-evolution tree over the whole tree space.
+// The search of zorvek-wide: the shortest tree under a criterion over the whole tree space.
 #ifndef ZORVEK_WIDE_SEARCH_SEARCH_H
 #define ZORVEK_WIDE_SEARCH_SEARCH_H
 
@@ -13,20 +13,28 @@ namespace zorvek::wide {
 
 // What the search tells while it runs, on the thread that called it.
 struct Progress {
-  enum Phase { kStart, kDescent, kRounds } phase;
+  enum Phase { kStart, kDescent, kIterations } phase;
   double fraction;  // of the phase, 0..1
   double length;    // of the best tree so far, in a descent of the present one
   bool improved;    // whether that length is new since the last report
 };
 
-struct SearchSettings {
-  static constexpr long kUnlimited = 1000000000000;  // as rounds: until the clock ends the search
+// What improves a starting tree.
+enum class Moves {
+  kNone,
+  kNni,
+  kSpr,  // NNI, then SPR
+};
 
-  Criterion criterion = Criterion::kOls;
+struct SearchSettings {
+  static constexpr long kUnlimited = 1000000000000;  // as iterations: until the clock ends it
+
+  Criterion criterion = Criterion::kBalanced;
+  Moves moves = Moves::kSpr;
   std::uint64_t seed = 1;
   int starts = 1;       // starting trees: neighbour joining, then randomised joinings
   double greedy = 0.5;  // randomised joinings: share of greedy joins, 0..1
-  long rounds = 1000;   // perturbations tried after the descents
+  long iterations = 0;  // perturbations tried after the descents
   int threads = 1;
   double seconds = 0;   // wall-clock limit, 0 for none
   double patience = 0;  // wall-clock seconds without an improvement that end the search, 0 for none
@@ -39,10 +47,10 @@ struct SearchResult {
   double length = 0;  // under the criterion
 };
 
-// The shortest tree found, identical taxa side by side. The result depends on the distances, seed, starts, greedy and rounds alone,
-// not on the number of threads, unless a time limit or `stop` ends it early.
-// Requires: n >= 4, a symmetric matrix of finite numbers.
-// Memory: 24 n^2 bytes a thread while it joins a starting tree, 16 n^2 after.
+// The shortest tree found, identical taxa side by side. The result depends on the distances and on the
+// settings but for `threads`, unless a time limit or `stop` ends it early.
+// Requires: n >= 4, a symmetric matrix.  Throws Error if a distance is not finite.
+// Memory: that of the criterion for each thread that has a tree, and 8 n^2 bytes while it joins one.
 SearchResult FindShortestTree(int n, const double* const* distances,
                               const SearchSettings& settings);
 

@@ -23,7 +23,7 @@ std::vector<std::size_t> DrawSites(std::size_t sites, std::mt19937_64& generator
 // The search that a replicate is given: one descent on one thread, all else as for the tree.
 SearchSettings OneDescent(SearchSettings search) {
   search.starts = 1;
-  search.rounds = 0;
+  search.iterations = 0;
   search.threads = 1;
   search.seconds = 0;
   search.patience = 0;

@@ -24,7 +24,7 @@ struct BootstrapResult {
 
 // Sets the support of each inner edge of `tree` to the share of replicates that have it. In a
 // replicate as many sites as there are are drawn with replacement, the distances estimated again,
-// and a tree found by neighbour joining and a descent under the criterion of the search settings;
+// and a tree found by neighbour joining and a descent by the criterion and moves of the search settings;
 // of these the seed, the threads and the stop flag count too, and no others. What replicate k draws
 // depends on the seed and k alone, so the result is the same for any number of threads.
 BootstrapResult Bootstrap(const Alignment& alignment, const BootstrapSettings& settings,

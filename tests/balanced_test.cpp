@@ -1,0 +1,231 @@
+// The balanced criterion against its definition, and the search under it against all trees.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <numeric>
+#include <random>
+#include <vector>
+
+#include "tests/data.h"
+#include "wide/criterion/balanced_neighbourhood.h"
+#include "wide/data/error.h"
+#include "wide/search/neighbour_joining.h"
+#include "wide/search/search.h"
+
+namespace zorvek::wide {
+namespace {
+
+// The sum over the pairs of taxa of 2^(1-p) d(i,j), p the edges between them.
+double DirectLength(const Topology& tree, const DistanceMatrix& distances) {
+  long double sum = 0;
+  for (int i = 0; i < tree.taxa; ++i) {
+    struct Visit {
+      int node, behind;
+      long double weight;
+    };
+    std::vector<Visit> open{{tree.leaf_adjacent[Index(i)], i, 1}};
+    while (!open.empty()) {
+      const Visit at = open.back();
+      open.pop_back();
+      if (tree.IsLeaf(at.node)) {
+        sum += at.weight * distances(i, at.node) / 2;
+        continue;
+      }
+      const auto [a, b] = tree.Others(at.node, at.behind);
+      open.push_back({a, at.node, at.weight / 2});
+      open.push_back({b, at.node, at.weight / 2});
+    }
+  }
+  return static_cast<double>(sum);
+}
+
+// All SPR moves of a subtree.
+std::vector<SprMove> Places(const Topology& tree, int holder, int subtree) {
+  std::vector<SprMove> places;
+  const auto [a, b] = tree.Others(holder, subtree);
+  std::vector<std::pair<int, int>> open{{a, holder}, {b, holder}};
+  while (!open.empty()) {
+    const auto [node, behind] = open.back();
+    open.pop_back();
+    if (tree.IsLeaf(node)) continue;
+    const auto [f, g] = tree.Others(node, behind);
+    for (const int next : {f, g}) {
+      places.push_back({holder, subtree, node, next});
+      open.push_back({next, node});
+    }
+  }
+  return places;
+}
+
+SprMove RandomMove(const Topology& tree, std::mt19937_64& generator) {
+  for (;;) {
+    const int holder = tree.taxa + static_cast<int>(generator() % Index(tree.taxa - 2));
+    const std::vector<SprMove> places = Places(tree, holder, tree.At(holder)[generator() % 3]);
+    if (!places.empty()) return places[generator() % places.size()];
+  }
+}
+
+Topology RandomTopology(const DistanceMatrix& distances, std::mt19937_64& generator) {
+  return JoinNeighbours(distances.Size(), distances.Rows(), 0, &generator);
+}
+
+// Distances of which some are 0 and some negative.
+DistanceMatrix Noise(int n, std::uint32_t seed) {
+  return test::Matrix(n, [random = test::RandomDistances(seed)](int i, int j) mutable {
+    return std::max(random(i, j), 0.1) - 0.1 - (i == 1 ? 0.2 : 0);
+  });
+}
+
+SearchResult Find(const DistanceMatrix& distances, long iterations = 0) {
+  SearchSettings settings;
+  settings.iterations = iterations;
+  return FindShortestTree(distances.Size(), distances.Rows(), settings);
+}
+
+TEST(Balanced, KeepsItsAveragesThroughLongWalks) {
+  for (const int n : {4, 5, 9, 40, 150}) {
+    std::mt19937_64 generator(static_cast<std::uint64_t>(n));
+    const DistanceMatrix distances = Noise(n, 1);
+    BalancedNeighbourhood tree(RandomTopology(distances, generator), distances.Rows());
+    for (int step = 0; step < 2000; ++step) {
+      SprMove move = RandomMove(tree.Current(), generator);
+      if (step % 2 == 0) {  // an NNI
+        const auto [a, b] = tree.Current().Others(move.holder, move.subtree);
+        const int end = tree.Current().IsLeaf(a) ? b : a;
+        move = {move.holder, move.subtree, end, tree.Current().Others(end, move.holder).first};
+      }
+      tree.Apply(move);
+    }
+    const BalancedNeighbourhood anew(tree.Current(), distances.Rows());
+    double edges = 0;
+    for (int u = 0; u < tree.Current().Nodes(); ++u) {
+      for (int v = 0; v < u; ++v) ASSERT_NEAR(tree.Average(u, v), anew.Average(u, v), 1e-14);
+      if (u < n) continue;
+      for (const int v : tree.Current().At(u)) edges += v < u ? tree.EdgeLength(u, v) : 0;
+    }
+    EXPECT_NEAR(tree.Length(), DirectLength(tree.Current(), distances), 1e-13 * n);
+    EXPECT_NEAR(tree.Length(), edges, 1e-13 * n);
+  }
+}
+
+TEST(Balanced, FindsTheBestPlaceOfEverySubtree) {
+  for (const int n : {4, 5, 6, 9, 16}) {
+    std::mt19937_64 generator(static_cast<std::uint64_t>(n));
+    const DistanceMatrix distances = Noise(n, 2);
+    BalancedNeighbourhood tree(RandomTopology(distances, generator), distances.Rows());
+    const auto expect_best = [&](const std::vector<SprMove>& places, bool found, SprMove best) {
+      double least = tree.Length() - tree.Margin();
+      for (const SprMove& place : places) {
+        Topology after = tree.Current();
+        after.Apply(place);
+        least = std::min(least, DirectLength(after, distances));
+      }
+      ASSERT_EQ(found, least < tree.Length() - tree.Margin());
+      if (!found) return;
+      ASSERT_NEAR(tree.Length() - best.gain, least, 1e-13);
+      Topology after = tree.Current();
+      after.Apply(best);
+      ASSERT_NEAR(DirectLength(after, distances), least, 1e-13);
+    };
+    for (int change = 0; change < 10; ++change) {
+      for (int u = n; u < 2 * n - 2; ++u) {
+        for (const int v : tree.Current().At(u)) {
+          SprMove best;
+          bool found = tree.BestSpr(u, v, best);
+          expect_best(Places(tree.Current(), u, v), found, best);
+          if (tree.Current().IsLeaf(v)) continue;
+          const int b = tree.Current().Others(u, v).second;
+          const auto [c, e] = tree.Current().Others(v, u);
+          found = tree.BestNni(u, v, best);
+          expect_best({{u, b, v, c}, {u, b, v, e}}, found, best);
+        }
+      }
+      tree.Apply(RandomMove(tree.Current(), generator));
+    }
+  }
+}
+
+// The least length of all trees, by adding the taxa one after the other in all places.
+double Optimum(const DistanceMatrix& distances) {
+  const int n = distances.Size();
+  double least = std::numeric_limits<double>::infinity();
+  std::vector<Topology> open;
+  Topology three(n);
+  three.adjacent[0] = {0, 1, 2};
+  three.leaf_adjacent[0] = three.leaf_adjacent[1] = three.leaf_adjacent[2] = n;
+  open.push_back(three);
+  while (!open.empty()) {
+    const Topology tree = open.back();
+    open.pop_back();
+    const int next =
+        static_cast<int>(std::find(tree.leaf_adjacent.begin(), tree.leaf_adjacent.end(), -1) -
+                         tree.leaf_adjacent.begin());
+    if (next == n) {
+      least = std::min(least, DirectLength(tree, distances));
+      continue;
+    }
+    const int node = n + next - 2;
+    for (int u = n; u < node; ++u) {
+      for (const int v : tree.At(u)) {
+        if (v > u) continue;  // each edge once
+        Topology more = tree;
+        more.Replace(u, v, node);
+        more.Replace(v, u, node);
+        more.leaf_adjacent[Index(next)] = node;
+        more.adjacent[Index(node - n)] = {u, v, next};
+        open.push_back(more);
+      }
+    }
+  }
+  return least;
+}
+
+TEST(Balanced, FindsTheOptimumOfSmallData) {
+  for (std::uint32_t seed = 1; seed <= 1000; ++seed) {
+    const int n = seed % 40 == 0 ? 8 : 4 + static_cast<int>(seed % 4);
+    const DistanceMatrix distances =
+        seed % 3 == 0 ? test::Matrix(n, test::TreeLikeDistances(n, 0.5, seed)) : Noise(n, seed);
+    EXPECT_NEAR(Find(distances, 20).length, Optimum(distances), 1e-13) << n << " " << seed;
+  }
+}
+
+TEST(Balanced, OrderAndUnitOfTheDistancesDoNotMatter) {
+  const int n = 60;
+  const DistanceMatrix distances = test::Matrix(n, test::TreeLikeDistances(n, 0.3, 1));
+  const double length = Find(distances).length;
+  for (const double factor : {1e-200, 0.37, 1e200}) {
+    const DistanceMatrix scaled =
+        test::Matrix(n, [&](int i, int j) { return distances(i, j) * factor; });
+    EXPECT_NEAR(Find(scaled).length / factor, length, 1e-12);
+  }
+  std::vector<int> order(n);
+  std::iota(order.begin(), order.end(), 0);
+  std::mt19937 generator(1);
+  std::shuffle(order.begin(), order.end(), generator);
+  const DistanceMatrix permuted =
+      test::Matrix(n, [&](int i, int j) { return distances(order[Index(i)], order[Index(j)]); });
+  EXPECT_NEAR(Find(permuted, 300).length, Find(distances, 300).length, 1e-12);
+}
+
+TEST(Balanced, TiesEndAndWhatIsNoNumberIsRefused) {
+  for (const double all : {0.0, 0.1, -1.0}) {
+    const DistanceMatrix equal = test::Matrix(30, [&](int, int) { return all; });
+    EXPECT_NEAR(Find(equal, 5).length, 15 * all, 1e-14);
+  }
+  std::mt19937 generator(1);
+  const DistanceMatrix tied =
+      test::Matrix(50, [&](int, int) { return static_cast<double>(generator() % 3); });
+  const SearchResult found = Find(tied, 20);
+  EXPECT_NEAR(found.length, TotalLength(found.tree), 1e-12);
+  for (const double bad : {std::nan(""), HUGE_VAL}) {
+    const DistanceMatrix distances =
+        test::Matrix(5, [&](int i, int j) { return i + j == 5 ? bad : 1.0; });
+    EXPECT_THROW(Find(distances), Error);
+  }
+}
+
+}  // namespace
+}  // namespace zorvek::wide

@@ -1,0 +1,131 @@
+// Balanced minimum evolution: one tree under change, the balanced average of every two of its subtrees,
+// its length, and the moves that shorten it.
+//
+// The length of a tree is the sum over the pairs of taxa of 2^(1-p) d(i,j), with p the number of edges
+// between i and j [Pauplin2000]. For two nodes u and v let D(u,v) be the balanced average between the
+// subtree at u away from v and the subtree at v away from u. With a and b the neighbours of u away from v
+//
+//        a            D(u,v) = (D(a,v) + D(b,v)) / 2        [Desper2002, equation 6]
+//         \                                                         .
+//          u -- ... -- v
+//         /
+//        b
+//
+// and between taxa D is the distance. All that is asked for follows from D: the length is half the sum
+// over the leaves of D(leaf, its neighbour), and putting a subtree X into the edge (u,v) of the tree
+// without X costs (D(X,u) + D(X,v) - D(u,v)) / 2.
+#ifndef ZORVEK_WIDE_CRITERION_BALANCED_NEIGHBOURHOOD_H
+#define ZORVEK_WIDE_CRITERION_BALANCED_NEIGHBOURHOOD_H
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "wide/criterion/neighbourhood.h"
+
+namespace zorvek::wide {
+
+// Memory: 32 n^2 bytes.
+class BalancedNeighbourhood : public Neighbourhood {
+ public:
+  // Requires: n >= 4, a symmetric matrix of finite numbers that outlives it.  Cost: n^2.
+  BalancedNeighbourhood(const Topology& topology, const double* const* distances);
+
+  // Makes all averages anew.  Cost: n^2.
+  void Set(const Topology& topology) override;
+
+  const Topology& Current() const override { return topology_; }
+
+  // Sum of all edge lengths, negative ones included.
+  double Length() override { return length_ * unit_; }
+
+  // 1e-12 of the largest distance.
+  double Margin() override { return margin_ * unit_; }
+
+  // Cost: constant for each edge outside the subtree; it reads two rows of D.
+  bool BestSpr(int holder, int subtree, SprMove& best) override;
+
+  // Cost: constant.
+  bool BestNni(int u, int v, SprMove& best) override;
+
+  // Remakes the averages of the pairs of subtrees that the move changes.
+  // Cost: n for each node on the way, and n times the mean depth of the subtrees that hang from it; from
+  // some 50 levels down nothing changes any more.
+  void Apply(const SprMove& move) override;
+
+  double EdgeLength(int u, int v) const override;
+
+  // D(u,v) of two different nodes.
+  double Average(int u, int v) const { return At(RowOf(u), RowOf(v)) * unit_; }
+
+ private:
+  // A node that a walk comes to from `behind`. For the subtree X that is walked and the subtree B on
+  // the other side of its first node: `near` is the average between X and all that is behind, without
+  // X, and `weight` that of X in what is behind as it is.
+  struct Step {
+    int node, behind;
+    double near, weight;
+  };
+
+  // A node of a hanging subtree, its parent, its sibling, and its depth there.
+  struct Hanging {
+    int node, parent, sibling;
+    std::size_t depth;
+  };
+
+  // One of the nodes whose subtrees a move changes, which are a path in the tree: its neighbours on the
+  // path, or off its ends, and the one beside the path.
+  struct PathNode {
+    int node, left, right, beside;
+  };
+
+  using Target = std::pair<int, int>;
+
+  int RowOf(int node) const { return row_[Index(node)]; }
+  double* Row(int row) { return averages_.get() + Index(row) * row_.size(); }
+  const double* Row(int row) const { return averages_.get() + Index(row) * row_.size(); }
+  double At(int u, int v) const { return Row(u)[v]; }
+  bool IsLeaf(int row) const { return near_[Index(row)][1] < 0; }
+  std::pair<int, int> Others(int row, int skipped) const;
+
+  void NumberNodes();
+  void FillUnrelated(const double* const* distances);
+  void FillAncestors();
+  void Mirror();
+  void TakeAcross();
+  void SumLength();
+
+  double Walk(int subtree, int start, int other, int holder, double least, Target& target);
+  void Write(int u, int v, double average);
+  void WriteAcross(int u, int v, double average);
+  void Link(const SprMove& move);
+  void FindPath(int holder, int from, int to, int a, int b);
+  void RefreshHanging(int root, int place);
+  void RefreshFrom(int place, const Hanging& at);
+  void RefreshPath();
+
+  Topology topology_;
+  const double* const* distances_;
+  double unit_;    // value of 1 here: a power of two, for which the distances are at most 1
+  double margin_;  // in that unit, as are all averages
+  double length_ = 0;
+
+  // Nodes are numbered here as a depth-first walk meets them: the rows of a subtree stand together.
+  // These are by that number; row_ is that number by node.
+  std::vector<int> row_, node_;
+  std::vector<std::array<int, 3>> near_;       // neighbours; a leaf has one, then -1
+  std::vector<std::array<double, 3>> across_;  // D to them
+  std::vector<int> first_;                     // the lowest row in the subtree, while D is made
+  std::unique_ptr<double[]> averages_;         // D, rows of 2n-2; the diagonal is 0
+
+  std::vector<Step> stack_;
+  std::vector<Hanging> open_;
+  std::vector<int> behind_;
+  std::vector<PathNode> path_;
+  std::vector<int> ancestors_, beside_;  // of the node that is refreshed, from the path on
+};
+
+}  // namespace zorvek::wide
+
+#endif
