@@ -4,126 +4,13 @@
 #include <cmath>
 #include <cstddef>
 
+#include "core/index.h"
+
 namespace zorvek::wide {
 
 namespace {
 
 constexpr double kTurn = 2 * 3.14159265358979323846;
-constexpr int kPasses = 3;  // over all nodes, for equal daylight
-
-std::vector<int> TaxaBelow(const Tree& tree) {
-  std::vector<int> below(tree.nodes.size());
-  for (auto node = tree.preorder.rbegin(); node != tree.preorder.rend(); ++node) {
-    if (tree.IsTaxon(*node)) below[Index(*node)] = 1;
-    for (const int child : tree.At(*node).children) below[Index(*node)] += below[Index(child)];
-  }
-  return below;
-}
-
-std::vector<Point> EqualAngle(const Tree& tree) {
-  const std::vector<int> below = TaxaBelow(tree);
-  std::vector<double> wedge(tree.nodes.size());  // where that of each node begins
-  std::vector<Point> places(tree.nodes.size());
-  for (const int node : tree.preorder) {
-    double begin = wedge[Index(node)];
-    for (const int child : tree.At(node).children) {
-      const double width = kTurn * below[Index(child)] / tree.taxa;
-      const double angle = begin + width / 2;
-      const double length = tree.ShownLength(child);
-      const Point from = places[Index(node)];
-      places[Index(child)] = {from.x + length * std::cos(angle), from.y + length * std::sin(angle)};
-      wedge[Index(child)] = begin;
-      begin += width;
-    }
-  }
-  return places;
-}
-
-// Turns subtrees about their upper ends. The nodes of a subtree follow each other in preorder.
-class Daylight {
- public:
-  Daylight(const Tree& tree, std::vector<Point>& places)
-      : tree_(tree), places_(places), begin_(places.size()), end_(places.size()) {
-    for (std::size_t k = 0; k < places.size(); ++k) begin_[Index(tree.preorder[k])] = k;
-    for (auto node = tree.preorder.rbegin(); node != tree.preorder.rend(); ++node) {
-      const std::vector<int>& children = tree.At(*node).children;
-      end_[Index(*node)] =
-          children.empty() ? begin_[Index(*node)] + 1 : end_[Index(children.back())];
-    }
-  }
-
-  // What is above the node, or at the top the first child, stays; the others follow in their order,
-  // with equal gaps between what is seen of them.
-  void Spread(int node) {
-    const std::vector<int>& children = tree_.At(node).children;
-    const bool top = node == tree_.root;
-    const Sight fixed = top ? Below(node, children[0]) : Above(node);
-    std::vector<Sight> turning;
-    double seen = fixed.to - fixed.from;
-    for (std::size_t k = top ? 1 : 0; k < children.size(); ++k) {
-      turning.push_back(Below(node, children[k]));
-      seen += turning.back().to - turning.back().from;
-    }
-    const double gap = (kTurn - seen) / (static_cast<double>(turning.size()) + 1);
-    if (gap < 0) return;
-    double at = fixed.to + gap;
-    for (std::size_t k = 0; k < turning.size(); ++k) {
-      Turn(node, children[k + (top ? 1 : 0)], at - turning[k].from);
-      at += turning[k].to - turning[k].from + gap;
-    }
-  }
-
- private:
-  // The angles between which some nodes are seen; no more than a turn lies between them.
-  struct Sight {
-    double from = 0;
-    double to = 0;
-    bool any = false;
-  };
-
-  Sight Below(int node, int child) const {
-    Sight sight;
-    Look(node, begin_[Index(child)], end_[Index(child)], sight);
-    return sight;
-  }
-
-  Sight Above(int node) const {
-    Sight sight;
-    Look(node, 0, begin_[Index(node)], sight);
-    Look(node, end_[Index(node)], places_.size(), sight);
-    return sight;
-  }
-
-  // Widens the sight by the nodes from, to in preorder.
-  void Look(int node, std::size_t from, std::size_t to, Sight& sight) const {
-    const Point eye = places_[Index(node)];
-    for (std::size_t k = from; k < to; ++k) {
-      const Point p = places_[Index(tree_.preorder[k])];
-      if (p.x == eye.x && p.y == eye.y) continue;
-      double angle = std::atan2(p.y - eye.y, p.x - eye.x);
-      if (!sight.any) sight = {angle, angle, true};
-      const double middle = (sight.from + sight.to) / 2;
-      angle = middle + std::remainder(angle - middle, kTurn);
-      sight = {std::min(sight.from, angle), std::max(sight.to, angle), true};
-    }
-  }
-
-  void Turn(int node, int child, double angle) {
-    const Point pivot = places_[Index(node)];
-    const double sine = std::sin(angle);
-    const double cosine = std::cos(angle);
-    for (std::size_t k = begin_[Index(child)]; k < end_[Index(child)]; ++k) {
-      Point& p = places_[Index(tree_.preorder[k])];
-      const Point arm{p.x - pivot.x, p.y - pivot.y};
-      p = {pivot.x + arm.x * cosine - arm.y * sine, pivot.y + arm.x * sine + arm.y * cosine};
-    }
-  }
-
-  const Tree& tree_;
-  std::vector<Point>& places_;
-  std::vector<std::size_t> begin_;  // of each node's subtree in preorder
-  std::vector<std::size_t> end_;
-};
 
 // The angles at which the taxa stand, in the tree's order, each within half a turn of the angle of
 // its wedge, so that they hardly ever fall.
@@ -162,6 +49,17 @@ std::vector<double> NeverFalling(const std::vector<double>& values) {
 
 }  // namespace
 
+std::vector<double> DrawnLengths(const Tree& tree) {
+  double longest = 0;
+  for (const int node : tree.preorder) longest = std::max(longest, tree.ShownLength(node));
+  std::vector<double> lengths(tree.nodes.size());
+  for (const int node : tree.preorder) {
+    const double length = tree.ShownLength(node);
+    if (node != tree.root && length > kLeastDrawn * longest) lengths[Index(node)] = length;
+  }
+  return lengths;
+}
+
 // Less `apart` times their rank, angles that are far enough from each other never fall. The circle
 // is cut open where the gap is widest.
 std::vector<double> LabelAngles(const Tree& tree, const std::vector<Point>& places, double apart) {
@@ -190,24 +88,14 @@ std::vector<double> LabelAngles(const Tree& tree, const std::vector<Point>& plac
   return angles;
 }
 
-std::vector<Point> UnrootedLayout(const Tree& tree) {
-  std::vector<Point> places = EqualAngle(tree);
-  Daylight daylight(tree, places);
-  for (int pass = 0; pass < kPasses; ++pass) {
-    for (const int node : tree.preorder) {
-      if (!tree.IsTaxon(node)) daylight.Spread(node);
-    }
-  }
-  return places;
-}
-
 std::vector<Point> PhylogramLayout(const Tree& tree) {
+  const std::vector<double> lengths = DrawnLengths(tree);
   std::vector<Point> places(tree.nodes.size());
   double row = 0;
   for (const int node : tree.preorder) {
     if (tree.IsTaxon(node)) places[Index(node)].y = row++;
     for (const int child : tree.At(node).children) {
-      places[Index(child)].x = places[Index(node)].x + tree.ShownLength(child);
+      places[Index(child)].x = places[Index(node)].x + lengths[Index(child)];
     }
   }
   for (auto node = tree.preorder.rbegin(); node != tree.preorder.rend(); ++node) {
