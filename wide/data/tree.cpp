@@ -25,8 +25,9 @@ std::vector<Edge> EdgesOf(const Tree& tree) {
   if (tree.IsRooted()) {
     const int a = tree.At(tree.root).children[0];
     const int b = tree.At(tree.root).children[1];
+    const bool inner = !tree.IsTaxon(a) && !tree.IsTaxon(b);
     edges.push_back({a, b, tree.At(a).length + tree.At(b).length,
-                     std::max(tree.At(a).support, tree.At(b).support)});
+                     inner ? std::max(tree.At(a).support, tree.At(b).support) : Tree::kNoSupport});
   }
   return edges;
 }
