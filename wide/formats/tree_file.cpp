@@ -5,6 +5,7 @@
 #include <cmath>
 #include <utility>
 
+#include "wide/data/ascii.h"
 #include "wide/data/error.h"
 #include "wide/data/labels.h"
 #include "wide/formats/alignment_file.h"
