@@ -101,7 +101,7 @@ std::string TreeReader::Label(std::string_view ends) {
 
 std::string TreeReader::Word() {
   std::string word = Label(kNameEnds);
-  for (char& c : word) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+  for (char& c : word) c = ToLower(c);
   return word;
 }
 
@@ -252,12 +252,15 @@ Tree TreeReader::Build() const {
   tree.taxa = static_cast<int>(labels_.size());
   tree.nodes.resize(labels_.size());
   std::vector<int> place(parsed_.size(), -1);  // in the tree; of a node left out that of its parent
-  std::vector<double> carried(parsed_.size(), 0);  // length of the nodes left out above
+  std::vector<double> carried(parsed_.size());  // by those left out: their length and that above
   for (std::size_t k = 0; k < parsed_.size(); ++k) {
     const Parsed& node = parsed_[k];
     const int parent = node.parent < 0 ? -1 : place[Index(node.parent)];
     const bool left_out_above = node.parent >= 0 && parsed_[Index(node.parent)].children == 1;
-    const double length = node.length + (left_out_above ? carried[Index(node.parent)] : 0);
+    const double above = left_out_above ? carried[Index(node.parent)] : Tree::kNoLength;
+    const double length = std::isnan(above)         ? node.length
+                          : std::isnan(node.length) ? above
+                                                    : node.length + above;
     if (node.children == 1) {
       place[k] = parent;
       carried[k] = length;
