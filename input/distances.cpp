@@ -36,7 +36,7 @@ void FillDistances(const NucleotidePlanes& planes) {
       PairTable table;
       CountPairs(first.data(), planes.Planes(static_cast<std::size_t>(j)), planes.Words(), table);
       const double distance = PairDistance(table);
-      if (distance == 0 && n >= 4) {
+      if (distance == 0) {
         StopAtUnstablePair(static_cast<unsigned>(i), static_cast<unsigned>(j));
       }
       DM1[i][j] = DM1[j][i] = distance;

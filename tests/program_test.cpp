@@ -155,6 +155,9 @@ TEST_F(ProgramTest, IdenticalSequencesStopTheRunWithAWarning) {
       "Remove them and relaunch the analysis.\n");
   EXPECT_TRUE(Contains(Read("same.log"), "ACGTACGTTC\n"));
   EXPECT_EQ(Files(), (std::vector<string>{"same", "same.log"}));
+
+  Write("two", NexusFile(2, 10, kDna, twins.substr(0, 47)));  // the pair comes before the count
+  EXPECT_EQ(Run("two").out, ended.out);
 }
 
 TEST_F(ProgramTest, FilesThatCannotBeWrittenAreDoneWithoutSilently) {
