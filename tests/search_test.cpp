@@ -340,6 +340,7 @@ TEST(RandomNJ, KeepsTheLastTreeAndTheBestAndLeavesTheNodeMatrixAsInitDid) {
   const double last = std::exchange(t1_val, 1e8);
   r->seedWithValue(1);
   n_ants = 6;
+  EM[0][0] = EM[n][0] = EM[0][n] = EM[n + 1][n] = 3;
   RandomNJ();
   EXPECT_EQ(t1_val, last) << "six constructions in one call are those of six calls";
   for (int i = 0; i < 2 * n - 2; ++i) {
