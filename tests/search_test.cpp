@@ -116,6 +116,13 @@ TEST(Moves, TwoOptTriesTheNearestTaxaInOrderWithinTheHorizon) {
   });
 }
 
+TEST(Moves, TwoOptWithoutAHorizonNeedsNoCandidateLists) {
+  const test::Workspace workspace(6, test::RandomDistances(2));
+  int** const lists = std::exchange(CL, nullptr);
+  EXPECT_EQ(TWOoptLocalSearch(T1, 0.125), 0.125);
+  CL = lists;
+}
+
 TEST(Moves, ThreeOptTriesTheFivePlacementsOfEachTripleInOrder) {
   OnRandomTrees([](const Tree& start, std::uint32_t seed) {
     ExpectFirstBelowEveryBound(
