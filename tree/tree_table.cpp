@@ -68,7 +68,8 @@ void Interchange(TreeTable tree, int node, int child) {
 }
 
 void Reset(double** table, int rows, int columns) {
-  for (int row = 0; row < rows; ++row) std::fill_n(table[row], std::max(columns, 0), 0.0);
+  if (columns < 1) return;
+  for (int row = 0; row < rows; ++row) std::fill_n(table[row], columns, 0.0);
 }
 
 void Print(double** table, unsigned rows, unsigned columns) {

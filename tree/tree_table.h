@@ -92,7 +92,8 @@ void FindAdj(TreeTable tree);
 // Reads: n.
 void Interchange(TreeTable tree, int node, int child);
 
-// Sets the first `columns` values of each of the first `rows` rows to 0.
+// Sets the first `columns` values of each of the first `rows` rows to 0. Touches nothing, the row
+// pointers included, when either is below 1.
 void Reset(double** table, int rows, int columns);
 
 // Writes the table to standard output: a tab after each value, a line end after each row, and one
