@@ -279,7 +279,7 @@ Joins Agglomerate(const Choose& choose) {
   return joins;
 }
 
-// The documented arithmetic, on small whole distances: they tie often.
+// The plain arithmetic, on small whole distances: they tie often.
 TEST(RandomNJ, NeighbourJoiningTakesTheFirstOfEqualPairs) {
   std::mt19937 generator(4);
   for (int taxa_count = 4; taxa_count <= 14; ++taxa_count) {
