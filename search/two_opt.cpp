@@ -7,11 +7,13 @@
 
 #include "driver/run_state.h"
 #include "search/leaf_slots.h"
+#include "tree/tree_follower.h"
 #include "tree/tree_length.h"
 
 namespace zorvek {
 
 double TWOoptLocalSearch(TreeTable tree, double bound) {
+  const FollowerScope scope;
   double& slot = DrawLeafSlot(tree);
   const int leaf = static_cast<int>(slot);
   std::vector<double*> slot_of(static_cast<std::size_t>(n));

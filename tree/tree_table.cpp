@@ -7,7 +7,6 @@
 
 #include "driver/run_state.h"
 #include "tree/candidate_lists.h"
-#include "tree/tree_length.h"
 
 namespace zorvek {
 
@@ -20,12 +19,10 @@ void Init() {
       if (i != j) EM[i][j] = DM1[i][j];
     }
   }
-  ForgetDistances();
   BuildCL();
 }
 
 void Finalize() {
-  ForgetDistances();
   for (double*** table : {&OPT, &T1, &T2, &EM}) DeleteRows(*table);
 }
 

@@ -70,7 +70,7 @@ inline int Id(const double* row, Field field) {
 // Cost: n^2 for EM, n log n per row of CL.
 void Init();
 
-// Releases what Init allocated, and the sums of the last tree evaluated, and sets the pointers to null.
+// Releases what Init allocated and sets the pointers to null.
 void Finalize();
 
 // Appends to temp1 every leaf of the subtree at `node` as seen from `from`: depth first, the parent
