@@ -20,7 +20,7 @@ install(FILES packaging/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/zorve
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zorvek)
 install(TARGETS zorvek_lib EXPORT zorvek COMPONENT development)
-install(DIRECTORY driver input tree search output wide
+install(DIRECTORY core driver input tree search output wide
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zorvek COMPONENT development
         FILES_MATCHING PATTERN *.h)
 install(EXPORT zorvek NAMESPACE zorvek:: FILE zorvek-targets.cmake DESTINATION ${package_dir}

@@ -60,7 +60,7 @@ NucleotidePlanes ReadPlanes(const NxsDataBlock& data, std::size_t rows) {
   CellSymbols symbols(data);
   for (unsigned taxon = 0; taxon < rows; ++taxon) {
     const NxsDiscreteStateRow& row = data.GetDiscreteMatrixRow(taxon);
-    for (unsigned site = 0; site < sites; ++site) {
+    for (unsigned site = 0; site < row.size(); ++site) {
       const char symbol = symbols.At(taxon, site, row[site]);
       if (symbol != CellSymbols::kNone) planes.Set(taxon, site, symbol);
     }

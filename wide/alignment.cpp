@@ -12,6 +12,7 @@
 #include <sstream>
 #include <string_view>
 
+#include "core/nexus_guard.h"
 #include "input/cell_symbols.h"
 #include "wide/error.h"
 #include "wide/sequence_scan.h"
@@ -23,51 +24,85 @@ namespace {
 
 constexpr int kBlocks =
     PublicNexusReader::NEXUS_TAXA_BLOCK_BIT | PublicNexusReader::NEXUS_CHARACTERS_BLOCK_BIT;
-const char kMendNexus[] = "; mend it, and put single quotes around labels that hold punctuation";
+const char kFixNexus[] = "; fix it, and put single quotes around labels that hold punctuation";
 
 std::string OneLine(std::string text) {
   std::replace(text.begin(), text.end(), '\n', ' ');
   return text;
 }
 
-// Has the library read the text; it keeps what it reads until Free().
-class LibraryReader {
+// Makes the taxa that a DATA block brings along.
+class TaxaFactory : public NxsTaxaBlockFactory {
  public:
-  LibraryReader() : reader_(kBlocks, NxsReader::IGNORE_WARNINGS) {
-    reader_.SetWarningOutputLevel(NxsReader::SUPPRESS_WARNINGS_LEVEL);
+  explicit TaxaFactory(const NxsTaxaBlock& prototype) : prototype_(prototype) {}
+  NxsTaxaBlock* GetBlockReaderForID(const std::string&, NxsReader*, NxsToken*) override {
+    return prototype_.Clone();
   }
-  ~LibraryReader() { reader_.DeleteBlocksFromFactories(); }
-  LibraryReader(const LibraryReader&) = delete;
-  LibraryReader& operator=(const LibraryReader&) = delete;
 
-  void Read(const std::string& path, const std::string& text,
-            MultiFormatReader::DataFormatType format) {
-    std::istringstream stream(text);
+ private:
+  const NxsTaxaBlock& prototype_;
+};
+
+// Has the library read the text, with guards in front of all blocks; it keeps what it reads.
+class LibraryReader : private MultiFormatReader {
+ public:
+  explicit LibraryReader(const std::string& text) : LibraryReader(static_cast<double>(text.size())) {
+    source_.str(text);
+  }
+  ~LibraryReader() override { DeleteBlocksFromFactories(); }
+
+  void Read(const std::string& path, DataFormatType format) {
+    CommentFilter filter(&source_, bytes_);
+    std::istream stream(&source_);
+    if (format == NEXUS_FORMAT) stream.rdbuf(&filter);
     try {
-      reader_.ReadStream(stream, format, path.c_str());
+      ReadStream(stream, format, path.c_str());
     } catch (const NxsException& fault) {
-      throw Error(At(path, fault.line, fault.col) + ": " + OneLine(fault.msg) + kMendNexus);
+      throw Error(At(path, fault.line, fault.col) + ": " + OneLine(fault.msg) + kFixNexus);
     } catch (const std::bad_alloc&) {
-      throw Error(At(path) + ": asks for more memory than there is; mend NTAX and NCHAR");
+      throw Error(At(path) + ": asks for more memory than there is; fix NTAX and NCHAR");
     } catch (const std::exception& fault) {
-      throw Error(At(path) + ": " + OneLine(fault.what()) + kMendNexus);
+      throw Error(At(path) + ": " + OneLine(fault.what()) + kFixNexus);
     }
   }
 
   // All matrices that were read.
   std::vector<NxsCharactersBlock*> Matrices() const {
     std::vector<NxsCharactersBlock*> found;
-    for (unsigned t = 0; t < reader_.GetNumTaxaBlocks(); ++t) {
-      const NxsTaxaBlock* taxa = reader_.GetTaxaBlock(t);
-      for (unsigned b = 0; b < reader_.GetNumCharactersBlocks(taxa); ++b) {
-        found.push_back(reader_.GetCharactersBlock(taxa, b));
+    for (unsigned t = 0; t < GetNumTaxaBlocks(); ++t) {
+      const NxsTaxaBlock* taxa = GetTaxaBlock(t);
+      for (unsigned b = 0; b < GetNumCharactersBlocks(taxa); ++b) {
+        found.push_back(GetCharactersBlock(taxa, b));
       }
     }
     return found;
   }
 
  private:
-  MultiFormatReader reader_;
+  explicit LibraryReader(double bytes)
+      : MultiFormatReader(kBlocks, IGNORE_WARNINGS),
+        bytes_(bytes),
+        taxa_(bytes),
+        taxa_factory_(taxa_),
+        characters_(nullptr, nullptr, bytes),
+        data_(nullptr, nullptr, bytes) {
+    SetWarningOutputLevel(SUPPRESS_WARNINGS_LEVEL);
+    static_cast<NxsTaxaBlock&>(taxa_) = *taxaBlockTemplate;
+    static_cast<NxsCharactersBlock&>(characters_) = *charactersBlockTemplate;
+    static_cast<NxsDataBlock&>(data_) = *dataBlockTemplate;
+    taxaBlockFactory = &taxa_factory_;
+    cloneFactory.AddPrototype(&taxa_, "TAXA");
+    cloneFactory.AddPrototype(&characters_, "CHARACTERS");
+    cloneFactory.AddPrototype(&data_, "DATA");
+  }
+
+  const double bytes_;
+  std::stringbuf source_;
+  // What the library clones for each block that it meets.
+  GuardedTaxa taxa_;
+  TaxaFactory taxa_factory_;
+  GuardedMatrix<NxsCharactersBlock> characters_;
+  GuardedMatrix<NxsDataBlock> data_;
 };
 
 bool HoldsNucleotides(const NxsCharactersBlock& matrix) {
@@ -112,8 +147,8 @@ Alignment Copy(NxsCharactersBlock& matrix) {
 }
 
 Alignment FromNexus(const std::string& path, const std::string& text) {
-  LibraryReader reader;
-  reader.Read(path, text, MultiFormatReader::NEXUS_FORMAT);
+  LibraryReader reader(text);
+  reader.Read(path, MultiFormatReader::NEXUS_FORMAT);
   return Copy(NucleotideMatrix(path, reader));
 }
 
@@ -129,9 +164,9 @@ Alignment FromSequences(const std::string& path, const std::vector<ScannedSequen
     plain += ">" + std::to_string(i) + "\n" + sequences[i].symbols + "\n";
   }
   if (sequences.empty() || sequences[0].symbols.empty()) return {};
-  LibraryReader reader;
+  LibraryReader reader(plain);
   reader.Read(
-      path, plain,
+      path,
       IsRna(sequences) ? MultiFormatReader::FASTA_RNA_FORMAT : MultiFormatReader::FASTA_DNA_FORMAT);
   Alignment alignment = Copy(NucleotideMatrix(path, reader));
   for (std::size_t i = 0; i < sequences.size(); ++i) alignment.labels[i] = sequences[i].label;
