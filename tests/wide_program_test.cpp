@@ -140,13 +140,13 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
        "odd.fa:4:4: 'J' stands for no nucleotide; write a code, ? or -\n"
        "odd.fa:4:5: 'U' after T; write one of T and U in the whole file\n"},
       {"short.phy", "5 3\na ACG\nb ACG\nc ACG\n",
-       "short.phy:4:1: 3 sequences, not the 5 of the first line; mend that line, or sequences that "
+       "short.phy:4:1: 3 sequences, not the 5 of the first line; fix that line, or sequences that "
        "are not 3 sites long\n"},
       {"hyphen.nex",
        "#NEXUS\nBEGIN DATA;\nDIMENSIONS NTAX=2 NCHAR=4;\nFORMAT DATATYPE=DNA;\nMATRIX\n"
        "a ACGT\nb-1 ACGT\n;\nEND;\n",
        "hyphen.nex:7:3: Error reading character 1 for taxon 2 (name \"b\"): Invalid state "
-       "specified \"-\"; mend it, and put single quotes around labels that hold punctuation\n"},
+       "specified \"-\"; fix it, and put single quotes around labels that hold punctuation\n"},
       {"standard.nex",
        "#NEXUS begin data; dimensions ntax=2 nchar=2; format datatype=standard; matrix a 00 b 01; "
        "end;",
@@ -215,8 +215,8 @@ TEST_F(WideProgramTest, NamesPairsWithoutADistanceAndLeavesTaxaOut) {
   EXPECT_TRUE(Contains(tree, "'g,':"));
   EXPECT_TRUE(Contains(Run("x.fa --drop-undefined").out, "taxa        5\nleft out    b, c, h\n"));
   EXPECT_EQ(Run("x.fa --leave-out b,i --leave-out c,j").err,
-            "zorvek-wide: x.fa: no taxon i to leave out; mend the label\n"
-            "zorvek-wide: x.fa: no taxon j to leave out; mend the label\n");
+            "zorvek-wide: x.fa: no taxon i to leave out; fix the label\n"
+            "zorvek-wide: x.fa: no taxon j to leave out; fix the label\n");
 }
 
 TEST_F(WideProgramTest, KeepsIdenticalSequencesTogether) {

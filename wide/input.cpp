@@ -58,7 +58,7 @@ void LeaveOutNamed(const Options& options, Input& input) {
   for (const std::string& name : Named(options.leave_out, folded)) {
     const auto found = std::find(folded.begin(), folded.end(), Folded(name));
     if (found == folded.end()) {
-      faults.Add(At(options.file) + ": no taxon " + name + " to leave out; mend the label");
+      faults.Add(At(options.file) + ": no taxon " + name + " to leave out; fix the label");
     } else {
       left_out[static_cast<std::size_t>(found - folded.begin())] = true;
     }

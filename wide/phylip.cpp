@@ -41,7 +41,7 @@ class MatrixParser {
     if (!rest.text.empty()) {
       Stop(rest, "\"" + std::string(rest.text) +
                      "\" after the last distance; the first line says " + std::to_string(n) +
-                     " taxa, mend it or the rows");
+                     " taxa, fix it or the rows");
     }
     CheckSymmetry();
     faults_.ThrowIfAny();
@@ -75,7 +75,7 @@ class MatrixParser {
     if (label.text.empty()) {
       Stop(label, "the file ends after " + std::to_string(i) + " of " +
                       std::to_string(values_.size()) +
-                      " taxa; mend the first line or add the rest");
+                      " taxa; fix the first line or add the rest");
     }
     labels_.emplace_back(label.text);
     for (std::size_t j = 0; j < values_.size(); ++j) ReadDistance(i, j);

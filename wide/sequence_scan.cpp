@@ -212,7 +212,7 @@ std::vector<ScannedSequence> ScanPhylip(const std::string& path, const std::stri
     const long line = file.lines.empty() ? 1 : file.lines.back().number;
     throw Error(At(path, line, 1) + ": " + std::to_string(sequences.size()) +
                 " sequences, not the " + std::to_string(file.taxa) +
-                " of the first line; mend that line, or sequences that are not " +
+                " of the first line; fix that line, or sequences that are not " +
                 std::to_string(file.sites) + " sites long");
   }
   sites.ThrowIfAny();
