@@ -1,6 +1,6 @@
 // The input stage by phase, on alignments simulated along random trees: reading (with the log), planes,
 // counting, eigensystems, candidate lists, and all of it up to the starting length. Names are
-// PHASE/fast/TAXA/SITES, and PHASE/slow/TAXA/SITES for the documented loops on the same data. Items per
+// PHASE/fast/TAXA/SITES, and PHASE/slow/TAXA/SITES for the plain loops on the same data. Items per
 // second are cells of the matrix, pairs of taxa, or lists.
 #include <benchmark/benchmark.h>
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Runs the input benchmark and prints its table: the time of each phase up to the starting length, and in
-# brackets how many times as long the documented loops take in the same run, where that is bearable.
+# brackets how many times as long the plain loops take in the same run, where that is bearable.
 # Usage: bench/input_table.sh  (Google Benchmark and the build's packages installed)
 set -euo pipefail
 source "$(dirname "$0")/measure.sh"

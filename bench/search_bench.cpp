@@ -1,7 +1,7 @@
 // The search: evaluations of trees not seen before, passes (an evaluation and a fast local search,
 // one interchange after the other) and whole search steps, each beside the plain loops on the same
-// data. Names are WHAT/fast/TAXA and WHAT/slow/TAXA; items per second are evaluations, passes and
-// steps.
+// data. As in a run, one FollowerScope holds all of them. Names are WHAT/fast/TAXA and
+// WHAT/slow/TAXA; items per second are evaluations, passes and steps.
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -13,6 +13,7 @@
 #include "tests/data.h"
 #include "tests/reference.h"
 #include "tree/fast_local_search.h"
+#include "tree/tree_follower.h"
 #include "tree/tree_length.h"
 
 namespace zorvek {
@@ -35,8 +36,10 @@ test::Workspace Simulated(const benchmark::State& state) {
 
 void Evaluation(benchmark::State& state, double (*evaluate)(TreeTable)) {
   const test::Workspace workspace = Simulated(state);
+  const FollowerScope scope;
   std::mt19937 generator(kSeed);
   for (TreeTable tree : {T1, T2}) test::Shuffle(tree, generator);
+  scope.Follow(T1);
   for (auto _ : state) {
     benchmark::DoNotOptimize(evaluate(T1));
     std::swap(T1, T2);
@@ -46,6 +49,7 @@ void Evaluation(benchmark::State& state, double (*evaluate)(TreeTable)) {
 
 void Passes(benchmark::State& state, double (*evaluate)(TreeTable), bool (*improve)(TreeTable)) {
   const test::Workspace workspace = Simulated(state);
+  const FollowerScope scope;
   std::mt19937 generator(kSeed);
   const auto restart = [&] {
     test::Shuffle(T1, generator);
@@ -70,6 +74,7 @@ void WarmUp() {
 
 void FastSteps(benchmark::State& state) {
   const test::Workspace workspace = Simulated(state);
+  const FollowerScope scope;
   WarmUp();
   Search search;
   for (auto _ : state) search.Step();

@@ -95,7 +95,7 @@ bool ScaleRow(int n, double** a, double* fv, int i, Block block) {
   double f = 1;
   for (const double g = r / 2; c < g; c *= 4) f *= 2;
   for (const double g = r * 2; c >= g; c /= 4) f /= 2;
-  if ((c + r) / f >= 0.95 * s) return false;
+  if (!((c + r) / f < 0.95 * s)) return false;  // NaN is no gain
   fv[i] *= f;
   for (int j = block.low; j < n; ++j) a[i][j] *= 1 / f;
   for (int j = 0; j <= block.high; ++j) a[j][i] *= f;
@@ -168,7 +168,8 @@ void Accumulate(int n, double** a, double** z, const int* iv, Block block) {
 }
 
 // The QR iteration. `kVectors` says whether the whole quasi-triangular form and z are wanted or the
-// eigenvalues only, for which it suffices to transform the active block [l, en].
+// eigenvalues only, for which it suffices to transform the rows and columns from low to en. (Those
+// above l too: l may move up again before en does.)
 template <bool kVectors>
 class QRIteration {
  public:
@@ -176,8 +177,8 @@ class QRIteration {
               Block balanced)
       : n(order), a(matrix), wr(real), wi(imaginary), z(vectors), block(balanced) {}
 
-  // Returns the norm of the Hessenberg form, or a negative number when the budget was spent.
-  double Run() {
+  // Returns whether every eigenvalue was found before the budget was spent.
+  bool Run() {
     for (int i = 0; i < n; ++i) {
       for (int j = std::max(i - 1, 0); j < n; ++j) norm += std::fabs(a[i][j]);
       if (i < block.low || i > block.high) SetRoot(i, a[i][i], 0);
@@ -187,7 +188,7 @@ class QRIteration {
     for (en = block.high; en >= block.low;) {
       l = StartOfActiveBlock();
       if (en - l >= 2) {
-        if (steps == budget) return -1;
+        if (steps == budget) return false;
         if (steps == 10 || steps == 20) {
           ShiftExceptionally();
         } else {
@@ -208,8 +209,11 @@ class QRIteration {
       budget -= steps;
       steps = 0;
     }
-    return norm;
+    return true;
   }
+
+  // Sum of the absolute entries of the Hessenberg form.
+  double Norm() const { return norm; }
 
  private:
   void SetRoot(int i, double real, double imaginary) {
@@ -309,7 +313,7 @@ class QRIteration {
     return m;
   }
 
-  // One double QR step on rows l..en and columns m..en.
+  // One double QR step on the active block, from row m on.
   void Step(int m) {
     for (int k = m; k < en; ++k) {
       const bool three = k != en - 1;
@@ -352,7 +356,9 @@ class QRIteration {
       if constexpr (kSize == 3) sum += v.e[2] * a[k + 2][j];
       for (int i = 0; i < kSize; ++i) a[k + i][j] -= sum * u.e[i];
     }
-    for (int i = kVectors ? 0 : l; i <= std::min(en, k + 3); ++i) ReflectRow<kSize>(a[i], k, u, v);
+    for (int i = kVectors ? 0 : block.low; i <= std::min(en, k + 3); ++i) {
+      ReflectRow<kSize>(a[i], k, u, v);
+    }
     if constexpr (kVectors) {
       for (int i = block.low; i <= block.high; ++i) ReflectRow<kSize>(z[i], k, u, v);
     }
@@ -512,7 +518,7 @@ class BackSubstitution {
     double t = size;
     do {
       t *= 0.01;
-    } while (!Negligible(t, size));
+    } while (size + t > size);
     return t;
   }
 
@@ -561,9 +567,9 @@ int EigenRG(int n, double** a, double* wr, double* wi, double** z, int* iv, doub
   const Block block = Balance(n, a, fv);
   ReduceToHessenberg(n, a, iv, block);
   Accumulate(n, a, z, iv, block);
-  const double norm = QRIteration<true>(n, a, wr, wi, z, block).Run();
-  if (norm > 0) {
-    BackSubstitution(n, a, wr, wi, norm).Run();
+  QRIteration<true> iteration(n, a, wr, wi, z, block);
+  if (iteration.Run() && iteration.Norm() != 0) {
+    BackSubstitution(n, a, wr, wi, iteration.Norm()).Run();
     MultiplyVectors(n, a, z, block);
   }
   UndoBalance(n, z, fv, block);

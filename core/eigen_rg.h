@@ -14,8 +14,8 @@ namespace zorvek {
 //           (j, j+1) column j is the real and column j+1 the imaginary part of the vector of j.
 //   iv, fv  n each: work arrays.
 // Returns 0 in every case. When the iteration spends its 30n steps, the eigenvalues it has not
-// reached keep what the caller had in wr and wi, and z holds no eigenvectors. Requires: finite
-// entries (with an infinite one the balancing does not end).  Cost: about 25 n^3.
+// reached keep what the caller had in wr and wi, and z holds no eigenvectors. Requires: no infinite
+// entry (the balancing would not end); NaN spreads.  Cost: about 25 n^3.
 int EigenRG(int n, double** a, double* wr, double* wi, double** z, int* iv, double* fv);
 
 // The same under its other name.

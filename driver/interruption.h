@@ -5,7 +5,9 @@
 namespace zorvek {
 
 // From now on the first SIGINT or SIGTERM only makes Interrupted() true, even where the signal was
-// ignored so far (as in a script's background job); a second one of either kind ends the process.
+// ignored so far (as in a script's background job). More of either kind within a second are the
+// same one (a program that passes on what its group got too sends two); a later one ends the
+// process.
 void CatchInterruptions();
 
 // Whether one of the two signals has come since CatchInterruptions().

@@ -13,6 +13,7 @@
 #include "search/iterated_local_search.h"
 #include "search/random_perturbation.h"
 #include "tree/starting_tree.h"
+#include "tree/tree_follower.h"
 #include "tree/tree_length.h"
 #include "tree/tree_table.h"
 
@@ -78,6 +79,7 @@ void Run(const char* path) {
   std::signal(SIGPIPE, SIG_IGN);
   if (!ReadInput(path)) return;
   outML.open(std::string(path) + ".Tavlen.log");
+  const FollowerScope scope;  // nobody changes the distances from here on
   BuildStartingTree();
   SearchUntilStopped();
   WriteBestTree(path);

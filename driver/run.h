@@ -11,7 +11,8 @@ class Search {
  public:
   // One step of ILS. After every 21st step that improved nothing, improving steps in between not
   // counted, T1 becomes a randomly perturbed copy of OPT.
-  // Requires: Init, DJT, and the sources r and t.
+  // Requires: Init, DJT, and the sources r and t.  Cost: n^2 for a FollowerScope of its own, unless
+  // there is one.
   void Step();
 
  private:

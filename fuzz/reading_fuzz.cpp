@@ -9,22 +9,12 @@
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
-#include <new>
 #include <string>
 
 #include "core/pair_table.h"
 #include "input/diagnosis.h"
 #include "input/distances.h"
 #include "input/nexus_reading.h"
-
-// The sanitizer's own operator new ends the process where memory runs out. The run has
-// std::bad_alloc to answer then, so that is what a file gets here that asks for more than a fair
-// amount.
-void* operator new(std::size_t size) {
-  constexpr std::size_t kFair = std::size_t{1} << 30;
-  if (size > kFair) throw std::bad_alloc();
-  return operator new(size, std::nothrow);
-}
 
 namespace {
 

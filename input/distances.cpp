@@ -36,7 +36,7 @@ void FillDistances(const NucleotidePlanes& planes) {
       PairTable table;
       CountPairs(first.data(), planes.Planes(static_cast<std::size_t>(j)), planes.Words(), table);
       const double distance = PairDistance(table);
-      if (distance == 0 && n >= 4) {
+      if (distance == 0) {
         StopAtUnstablePair(static_cast<unsigned>(i), static_cast<unsigned>(j));
       }
       DM1[i][j] = DM1[j][i] = distance;
@@ -60,7 +60,7 @@ NucleotidePlanes ReadPlanes(const NxsDataBlock& data, std::size_t rows) {
   CellSymbols symbols(data);
   for (unsigned taxon = 0; taxon < rows; ++taxon) {
     const NxsDiscreteStateRow& row = data.GetDiscreteMatrixRow(taxon);
-    for (unsigned site = 0; site < sites; ++site) {
+    for (unsigned site = 0; site < row.size(); ++site) {
       const char symbol = symbols.At(taxon, site, row[site]);
       if (symbol != CellSymbols::kNone) planes.Set(taxon, site, symbol);
     }

@@ -79,7 +79,7 @@ int LUDecompose(double** a, int order, double* scale, int* indx, double* d) {
     indx[j] = PivotRow(a, order, scale, j);
     if (indx[j] != j) {
       std::swap_ranges(a[j], a[j] + order, a[indx[j]]);
-      std::swap(scale[j], scale[indx[j]]);
+      scale[indx[j]] = scale[j];  // row j is done with
       sign = -sign;
     }
     if (a[j][j] == 0) a[j][j] = kTinyPivot;

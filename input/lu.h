@@ -8,7 +8,8 @@ namespace zorvek {
 // Factors the matrix `a` of `order` rows in place, by Crout's method with pivots chosen relative to
 // the largest entry of their row: below the diagonal the multipliers of L, whose own diagonal is 1,
 // above it and on it U, both for the matrix with its rows exchanged.
-//   scale  `order` doubles of the caller; afterwards 1 / largest |entry| of each row, as exchanged
+//   scale  `order` doubles of the caller: 1 / largest |entry| of each row; an exchange writes over
+//          that of the row which became the pivot with that of the row which made way
 //   indx   indx[j] is the row that was exchanged with row j in step j, j itself for none
 //   d      unless null, +1 or -1 for an even or odd number of exchanges; d times the product of
 //          the diagonal of U is the determinant

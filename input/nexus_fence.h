@@ -1,6 +1,4 @@
-// What stands between a run and the NEXUS Class Library (NCL) [Lewis2003], which follows a bad file
-// into the end of the process: by its assertions, by its arrays' bounds, or by the exhaustion of
-// memory. No input may do that.
+// The guarded reading (core/nexus_guard.h) as a run has it: its blocks, and a limit on memory.
 #ifndef ZORVEK_INPUT_NEXUS_FENCE_H
 #define ZORVEK_INPUT_NEXUS_FENCE_H
 
@@ -9,28 +7,10 @@
 
 #include <istream>
 #include <memory>
-#include <streambuf>
-#include <vector>
+
+#include "core/nexus_guard.h"
 
 namespace zorvek {
-
-// The text of a NEXUS file, up to a number of bytes (an endless one ends there), with a blank put into
-// each empty comment ("[]" outside quotes and comments), since NCL aborts the process at one that
-// stands within parentheses.
-class CommentFilter : public std::streambuf {
- public:
-  CommentFilter(std::streambuf* source, double bytes);
-
- protected:
-  int_type underflow() override;
-
- private:
-  std::streambuf* source_;
-  std::size_t left_;  // bytes that are still read
-  std::vector<char> buffer_;
-  int depth_ = 0;        // of the comment it is in
-  bool quoted_ = false;  // whether it is within single quotes
-};
 
 // The text of a NEXUS file for NCL, which is kept from taking the process down while this object
 // lives: comments as CommentFilter gives them, and memory within what a file of that size can need,
@@ -47,10 +27,7 @@ class FencedInput : public std::istream {
   rlimit outside_;
 };
 
-// The blocks that are read: TAXA, ASSUMPTIONS, DATA and TREES, and no block of another name. They
-// stop the reading (by an exception that NCL catches and reports) at what NCL itself would follow
-// into the exhaustion of memory or beyond its arrays: DIMENSIONS that the file cannot hold, and
-// DIMENSIONS or FORMAT commands that stand after the matrix.
+// The blocks that are read: TAXA, ASSUMPTIONS, DATA and TREES, and no block of another name.
 struct NexusBlocks {
   // For the file at `inputPath`, whose size sets the limits.
   explicit NexusBlocks(const char* inputPath);

@@ -4,6 +4,7 @@
 #include "search/shift.h"
 #include "search/two_opt.h"
 #include "tree/fast_local_search.h"
+#include "tree/tree_follower.h"
 #include "tree/tree_length.h"
 
 namespace zorvek {
@@ -27,6 +28,7 @@ bool Improves(const char* tag) {
 }  // namespace
 
 int ILS(int) {
+  const FollowerScope scope;
   int failures = 3;
   while (FastLocalSearch(T1) && WithinInnerLimit()) {
   }

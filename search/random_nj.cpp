@@ -114,7 +114,7 @@ void Construct() {
   SetNode(n - 3, 0, active[0], active[1]);
   SetNode(n - 2, -1, 2 * n - 3, 2 * n - 4);
   FindAdj(T2);
-  if (!random) ResetInternalDistances();
+  ResetInternalDistances();
 }
 
 }  // namespace

@@ -11,8 +11,8 @@ namespace zorvek {
 // the list. Each tree of length below 1e8 becomes T1, and OPT too when it is shorter than opt_val;
 // that writes the line "RandomNJ improved primal bound:LENGTH at:SECONDS" on standard output.
 // Reads: n, DM1, EM's leaf block, alpha, n_ants, r, t.  Writes: T1, T2, OPT, t1_val, t2_val,
-// opt_val; EM's other entries during a construction by neighbour joining, 0 again after it.
-// Requires: Init, n >= 4.  Cost of a tree: n^3 for neighbour joining, else that of an Evaluate.
+// opt_val; EM's other entries during a construction by neighbour joining, 0 after every one.
+// Requires: Init, n >= 4.  Cost of a tree: n^3 for neighbour joining, else n^2.
 void RandomNJ();
 
 }  // namespace zorvek

@@ -44,9 +44,8 @@ double Shift(TreeTable tree, double bound) {
   DrawSubtree(tree);
   Redeal(tree);
   const std::size_t passes = temp1.size();
-  temp1.clear();
-  TreeFollower& follower = SharedFollower();
-  follower.Follow(tree);
+  const FollowerScope scope;
+  TreeFollower& follower = scope.Follow(tree);  // empties temp1
   for (std::size_t pass = 1;; ++pass) {
     const double length = follower.Length();
     const bool last = length < bound || pass == passes || !follower.CanImprove();

@@ -4,6 +4,7 @@
 
 #include "driver/run_state.h"
 #include "search/leaf_slots.h"
+#include "tree/tree_follower.h"
 #include "tree/tree_length.h"
 
 namespace zorvek {
@@ -19,6 +20,7 @@ constexpr std::array<Triple, 5> kPlacements{
 }  // namespace
 
 double THREEoptLocalSearch(TreeTable tree, double bound) {
+  const FollowerScope scope;
   double& first = DrawLeafSlot(tree);
   double* second;
   do {

@@ -44,9 +44,10 @@ TEST(LU, FactorsAndInverseOfRandomMatrices) {
   random.seedWithValue(11);
   for (std::size_t order = 0; order <= 6; ++order) {
     Values a(order, std::vector<double>(order));
+    std::vector<double> units;  // the rows are of very different size
     for (auto& row : a) {
-      const double unit = std::pow(10.0, random.nextAtMost(4));  // rows of very different size
-      for (double& entry : row) entry = unit * (random.nextAtMost(2000) - 1000.0);
+      units.push_back(std::pow(10.0, 3 + random.nextAtMost(4)));
+      for (double& entry : row) entry = units.back() * (random.nextAtMost(2000) / 1000.0 - 1);
     }
     const Factors f(a);
     ASSERT_EQ(f.result + f.inverted, 0);
@@ -55,6 +56,7 @@ TEST(LU, FactorsAndInverseOfRandomMatrices) {
     for (std::size_t j = 0; j < order; ++j) {
       const auto other = static_cast<std::size_t>(f.indx[j]);
       std::swap(exchanged[j], exchanged[other]);
+      std::swap(units[j], units[other]);
       if (other != j) parity = -parity;
     }
     EXPECT_EQ(f.d, parity);
@@ -62,7 +64,7 @@ TEST(LU, FactorsAndInverseOfRandomMatrices) {
       for (std::size_t j = 0; j < order; ++j) {
         double lower_upper = i <= j ? f.a[i][j] : 0;
         for (std::size_t k = 0; k < std::min(i, j + 1); ++k) lower_upper += f.a[i][k] * f.a[k][j];
-        EXPECT_NEAR(lower_upper * f.scale[i], exchanged[i][j] * f.scale[i], 1e-13);
+        EXPECT_NEAR(lower_upper, exchanged[i][j], 1e-13 * units[i]);
         double identity = 0;
         for (std::size_t k = 0; k < order; ++k) identity += f.y[i][k] * a[k][j];
         EXPECT_NEAR(identity, i == j, 1e-9);
@@ -74,7 +76,7 @@ TEST(LU, FactorsAndInverseOfRandomMatrices) {
 TEST(LU, PivotsAreRelativeToTheirRowAndTiesGoToTheLaterRow) {
   const Factors relative({{2, 1000}, {1, 1}});
   EXPECT_EQ(relative.indx[0], 1);
-  EXPECT_EQ(relative.scale, (std::vector<double>{1, 0.001}));
+  EXPECT_EQ(relative.scale, (std::vector<double>{0.001, 0.001}));  // the pivot's is written over
   EXPECT_EQ(Factors({{1, 1}, {1, 0}}).indx[0], 1);
 }
 
@@ -211,6 +213,39 @@ TEST(Eigen, VectorsSolveTheirEquation) {
     pairs += ExpectSolved(Eigensystem(m), trial % 4 == 0 ? 1e-6 : 1e-11);
   }
   EXPECT_GT(pairs, 1000);
+}
+
+// Entries of all magnitudes, so that the active block grows again before its end has split off.
+TEST(Eigen, ValuesAloneAreThoseOfTheWholeSystem) {
+  std::mt19937 random(1);
+  std::normal_distribution<double> normal;
+  for (int trial = 0; trial < 4000; ++trial) {
+    Values m(8, std::vector<double>(8));
+    for (auto& row : m) {
+      for (double& x : row) x = normal(random) * std::pow(10.0, static_cast<int>(random() % 17) - 8);
+    }
+    SCOPED_TRACE(trial);
+    const Eigensystem compared(m);
+  }
+}
+
+// It must come to an end, in the balancing, the iteration (30 steps for each eigenvalue) and the
+// back-substitution, which a norm that is no number does not prevent.
+TEST(Eigen, NotANumberOffTheDiagonal) {
+  const double nan = std::nan("");
+  for (const std::size_t order : {2u, 3u}) {
+    Values a{{1, nan, 2}, {2, 3, nan}, {nan, 1, 4}};
+    Values z = a;
+    std::vector<double> wr(3, 7), wi(3, 7), fv(3);
+    std::vector<int> iv(3);
+    EXPECT_EQ(EigenRG(static_cast<int>(order), Rows(a).data(), wr.data(), wi.data(),
+                      Rows(z).data(), iv.data(), fv.data()),
+              0);
+    EXPECT_EQ(fv[0], 1) << "scaled for no gain";
+    EXPECT_EQ(std::isnan(wr[0]), order == 2);
+    EXPECT_EQ(wr[2], 7) << "not reached";
+    EXPECT_EQ(a[1][1] == 1, order == 2) << "back-substitution";
+  }
 }
 
 }  // namespace

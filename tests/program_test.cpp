@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pty.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -109,14 +110,16 @@ TEST_F(ProgramTest, TurnsTheExampleIntoATreeAndThreeFiles) {
   EXPECT_EQ(rest, "x");
 }
 
-TEST_F(ProgramTest, OneSignalEndsTheSearchAndASecondTheProcess) {
+// A tree file that is a pipe keeps the process from its end until somebody reads.
+TEST_F(ProgramTest, OneSignalEndsTheSearchAndALaterOneTheProcess) {
   WriteExample();
-  const Ended ended = Interrupted("primates.nex", "kill -TERM $!");
+  ASSERT_EQ(mkfifo(Path("primates.nex.phylogeny").c_str(), 0600), 0);
+  const string both = "kill -TERM $!; kill -INT $!; sleep .1; kill -TERM $!; ";
+  const Ended ended = Interrupted("primates.nex", both + "timeout 9 cat primates.nex.phylogeny >tree");
   EXPECT_EQ(ended.status, 0);
   EXPECT_TRUE(Contains(ended.out, "\ndone!\n"));
-  // Stopped meanwhile, so that the second signal comes right behind the first.
-  const string both = "kill -STOP $!; kill -TERM $!; kill -INT $!; kill -CONT $!";
-  EXPECT_GT(Interrupted("primates.nex", both).status, 128);
+  EXPECT_TRUE(Contains(Read("tree"), "End;\n"));
+  EXPECT_GT(Interrupted("primates.nex", both + "sleep 1; kill -INT $!").status, 128);
 }
 
 // Every file without 4 taxa gives one line with the true cause, and leaves older results alone.
@@ -155,6 +158,9 @@ TEST_F(ProgramTest, IdenticalSequencesStopTheRunWithAWarning) {
       "Remove them and relaunch the analysis.\n");
   EXPECT_TRUE(Contains(Read("same.log"), "ACGTACGTTC\n"));
   EXPECT_EQ(Files(), (std::vector<string>{"same", "same.log"}));
+
+  Write("two", NexusFile(2, 10, kDna, twins.substr(0, 47)));  // the pair comes before the count
+  EXPECT_EQ(Run("two").out, ended.out);
 }
 
 TEST_F(ProgramTest, FilesThatCannotBeWrittenAreDoneWithoutSilently) {

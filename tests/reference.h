@@ -21,7 +21,7 @@ Real Delta(int u, int v, TreeTable tree);
 
 bool FastLocalSearch(TreeTable tree);
 
-// The documented search in plain double arithmetic on trees of its own, from the run's starting
+// The run's search in plain double arithmetic on trees of its own, from the run's starting
 // tree.
 struct Search {
   explicit Search(std::uint32_t seed);

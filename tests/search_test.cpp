@@ -116,6 +116,13 @@ TEST(Moves, TwoOptTriesTheNearestTaxaInOrderWithinTheHorizon) {
   });
 }
 
+TEST(Moves, TwoOptWithoutAHorizonNeedsNoCandidateLists) {
+  const test::Workspace workspace(6, test::RandomDistances(2));
+  int** const lists = std::exchange(CL, nullptr);
+  EXPECT_EQ(TWOoptLocalSearch(T1, 0.125), 0.125);
+  CL = lists;
+}
+
 TEST(Moves, ThreeOptTriesTheFivePlacementsOfEachTripleInOrder) {
   OnRandomTrees([](const Tree& start, std::uint32_t seed) {
     ExpectFirstBelowEveryBound(
@@ -197,6 +204,17 @@ TEST(Moves, StepWithinTheInnerLimitRepeatsItsSearches) {
   });
 }
 
+TEST(TreeTable, ResetOfNothingTouchesNothing) {
+  double cells[] = {1, 2};
+  double* rows[] = {cells, nullptr};
+  Reset(nullptr, 3, 0);
+  Reset(nullptr, 0, 3);
+  Reset(rows + 1, 2, -1);
+  Reset(rows, 1, 1);
+  EXPECT_EQ(cells[0], 0);
+  EXPECT_EQ(cells[1], 2);
+}
+
 using Paths = std::map<std::pair<int, int>, double>;
 
 // The path lengths between all taxa. A tree of positive edge lengths is told by them.
@@ -261,7 +279,7 @@ Joins Agglomerate(const Choose& choose) {
   return joins;
 }
 
-// The documented arithmetic, on small whole distances: they tie often.
+// The plain arithmetic, on small whole distances: they tie often.
 TEST(RandomNJ, NeighbourJoiningTakesTheFirstOfEqualPairs) {
   std::mt19937 generator(4);
   for (int taxa_count = 4; taxa_count <= 14; ++taxa_count) {
@@ -340,6 +358,7 @@ TEST(RandomNJ, KeepsTheLastTreeAndTheBestAndLeavesTheNodeMatrixAsInitDid) {
   const double last = std::exchange(t1_val, 1e8);
   r->seedWithValue(1);
   n_ants = 6;
+  EM[0][0] = EM[n][0] = EM[0][n] = EM[n + 1][n] = 3;
   RandomNJ();
   EXPECT_EQ(t1_val, last) << "six constructions in one call are those of six calls";
   for (int i = 0; i < 2 * n - 2; ++i) {

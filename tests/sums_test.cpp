@@ -17,6 +17,7 @@
 #include "tests/data.h"
 #include "tests/reference.h"
 #include "tree/fast_local_search.h"
+#include "tree/starting_tree.h"
 #include "tree/tree_follower.h"
 #include "tree/tree_length.h"
 
@@ -82,6 +83,7 @@ void ExpectAsDefined(TreeTable tree) {
 
 // Whatever happened before, a table gives the same bits as to an instance that sees it first.
 void ExpectAsRebuilt(TreeTable tree) {
+  const FollowerScope scope;
   const double kept = Evaluate(tree);
   const std::vector<double> lengths = Lengths(tree);
   TreeFollower fresh(n, DM1);
@@ -89,9 +91,55 @@ void ExpectAsRebuilt(TreeTable tree) {
   ASSERT_EQ(fresh.Length(), kept);
   fresh.WriteLengths(tree);
   ASSERT_EQ(Lengths(tree), lengths);
-  const TreeFollower::Candidate best = SharedFollower().Best();
+  const TreeFollower::Candidate best = scope.Follow(tree).Best();
   ASSERT_EQ(fresh.Best().gain, best.gain);
   ASSERT_EQ(fresh.Best().child, best.child);
+}
+
+// What a call returns, with leaves left in temp1 beforehand that it has to take away.
+template <typename Call>
+auto Emptied(const Call& call) {
+  temp1 = {1, 2, 3};
+  const auto result = call();
+  EXPECT_TRUE(temp1.empty());
+  return result;
+}
+
+// Neither other distances before nor a table that is no tree leaves a trace.
+TEST(TreeLength, AnswersForTheDistancesAsTheyStand) {
+  const Workspace workspace(8, test::DyadicDistances(1));
+  std::mt19937 generator(2);
+  for (std::uint32_t change = 0; change < 40; ++change) {
+    test::Shuffle(T1, generator);
+    const test::Tree plain(T1);
+    const test::Tree broken(T1);
+    broken.data()[generator() % 6][kLeft] = 0;
+    Evaluate(broken);
+    auto distance = test::DyadicDistances(change);
+    for (int i = 0; i < n; ++i) {
+      for (int j = i + 1; j < n; ++j) DM1[i][j] = DM1[j][i] = distance(i, j);
+    }
+    ASSERT_EQ(Emptied([] { return Evaluate(T1); }), reference::Evaluate<double>(plain));
+    ASSERT_EQ(Lengths(T1), Lengths(plain));
+    DM1[0][1] = DM1[1][0] += 0.5;
+    reference::Evaluate<double>(plain);
+    for (int row = 0; row < n - 2; ++row) {
+      const int child = Id(plain.data()[row], kLeft);
+      const int node = n + row;
+      ASSERT_EQ(Emptied([&] {
+                  return child < n ? ComputeExternalLength(child, node, T1)
+                                   : ComputeInternalLength(node, child, T1);
+                }),
+                plain.data()[row][kLeftLength]);
+      if (child < n) continue;
+      ASSERT_EQ(Emptied([&] { return Delta(child, node, T1); }),
+                reference::Delta<double>(child, node, plain));
+    }
+    DM1[2][3] = DM1[3][2] += 0.5;
+    ASSERT_EQ(Emptied([] { return FastLocalSearch(T1); }), reference::FastLocalSearch(plain));
+    ASSERT_EQ(test::Ids(T1), test::Ids(plain));
+    ASSERT_EQ(Emptied([] { return DJT(), opt_val; }), reference::Evaluate<double>(OPT));
+  }
 }
 
 class ManyChanges : public testing::TestWithParam<int> {};
@@ -99,6 +147,7 @@ class ManyChanges : public testing::TestWithParam<int> {};
 TEST_P(ManyChanges, FastIsAsDefinedAndAsRebuilt) {
   const int taxa_count = GetParam();
   const Workspace workspace(taxa_count, test::RandomDistances(7));
+  const FollowerScope scope;
   std::mt19937 generator(11);
   test::Shuffle(T1, generator);
   CopyTree(T1, T2);
@@ -121,10 +170,10 @@ TEST_P(ManyChanges, FastIsAsDefinedAndAsRebuilt) {
 INSTANTIATE_TEST_SUITE_P(Taxa, ManyChanges, testing::Values(4, 5, 6, 7, 16, 33, 70));
 
 // Distances that are multiples of 2^-20 have exact plain sums, so the whole search must take the
-// same course as the documented loops in plain double arithmetic, draw by draw and bit by bit.
+// same course as the plain loops in double arithmetic, draw by draw and bit by bit.
 class Trace : public testing::TestWithParam<int> {};
 
-TEST_P(Trace, IsThatOfTheDocumentedLoops) {
+TEST_P(Trace, IsThatOfThePlainLoops) {
   const int taxa_count = GetParam();
   for (std::uint32_t seed = 1; seed <= 3; ++seed) {
     const Workspace workspace(taxa_count, test::DyadicDistances(seed), seed);

@@ -10,10 +10,9 @@ double Delta(int u, int v, TreeTable tree) {
 }
 
 bool FastLocalSearch(TreeTable tree) {
-  if (n - 2 < 1) return false;
-  TreeFollower& follower = SharedFollower();
-  follower.Follow(tree);
-  return follower.Improve(tree);
+  if (n < 5) return false;  // the central edge, the only one, is no candidate
+  const FollowerScope scope;
+  return scope.Follow(tree).Improve(tree);
 }
 
 }  // namespace zorvek

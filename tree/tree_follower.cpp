@@ -7,34 +7,34 @@
 #include <memory>
 
 #include "driver/run_state.h"
-#include "tree/tree_length.h"
 
 namespace zorvek {
 
 namespace {
 
-// The shared instance and what it was made from.
+int scopes = 0;
 std::unique_ptr<TreeFollower> shared;
-DistanceMatrix shared_distances = nullptr;
 
 }  // namespace
 
-TreeFollower& SharedFollower() {
-  if (shared == nullptr || shared_distances != DM1 || shared->Sums().Taxa() != n) {
-    shared = std::make_unique<TreeFollower>(n, DM1);
-    shared_distances = DM1;
-  }
+FollowerScope::FollowerScope() {
+  ++scopes;
+}
+
+FollowerScope::~FollowerScope() {
+  if (--scopes == 0) shared.reset();
+}
+
+TreeFollower& FollowerScope::Follow(TreeTable tree) const {
+  if (shared == nullptr) shared = std::make_unique<TreeFollower>(n, DM1);
+  temp1.clear();
+  shared->Follow(tree);
   return *shared;
 }
 
-void ForgetDistances() {
-  shared.reset();
-}
-
 Quartet AroundEdge(int u, int v, TreeTable tree) {
-  TreeFollower& follower = SharedFollower();
-  follower.Follow(tree);
-  const SubtreeSums& sums = follower.Sums();
+  const FollowerScope scope;
+  const SubtreeSums& sums = scope.Follow(tree).Sums();
   return sums.Around(sums.Parent(u) == v ? u : v);
 }
 

@@ -69,11 +69,24 @@ class TreeFollower {
   Tournament gains_;     // per slot: the gain, absent for an edge to a leaf
 };
 
-// The instance that serves the run's functions, made for the present n and DM1 when there is none.
-TreeFollower& SharedFollower();
+// A stretch of time in which n and DM1 stay as they are, so that one follower serves all of it. Each
+// of the run's functions holds a scope: called by itself, it makes a follower for this one call, for
+// n^2, and so answers for DM1 as it stands; within the scope of a search it goes on with that one's.
+class FollowerScope {
+ public:
+  FollowerScope();
+  ~FollowerScope();
+  FollowerScope(const FollowerScope&) = delete;
+  FollowerScope& operator=(const FollowerScope&) = delete;
 
-// The subtrees around the edge between the adjacent internal nodes u and v of the table, as the
-// shared instance sees them. Lengths and gains do not depend on which end is named first.
+  // The follower of the outermost scope, shown the table. It is made of n and DM1 when it is first
+  // asked for. Empties temp1: no list of leaves outlives an evaluation.
+  // Requires and cost: see TreeFollower.
+  TreeFollower& Follow(TreeTable tree) const;
+};
+
+// The subtrees around the edge between the adjacent internal nodes u and v of the table. Lengths and
+// gains do not depend on which end is named first.
 Quartet AroundEdge(int u, int v, TreeTable tree);
 
 }  // namespace zorvek

@@ -8,10 +8,9 @@
 namespace zorvek {
 
 // All three are pure functions of DM1 and the `left` and `right` fields of the table: the same
-// table gives the same bits, whatever was evaluated before. They work on the shared TreeFollower,
-// which remembers the last tree; Init makes it forget DM1. Requires: a well-formed table; DM1
-// unchanged since Init or the last ForgetDistances(). Cost: n^2 for a tree not seen before, n after
-// one interchange or for the tree last seen.
+// table gives the same bits, whatever was evaluated before. Requires: a well-formed table; within a
+// FollowerScope, DM1 as it was at the first use. Leave temp1 empty. Cost: n^2; within a
+// FollowerScope n after one interchange and for the tree last seen.
 
 // Computes all 2n-3 edge lengths, writes them into `leftLength` and `rightLength` of the node rows
 // and `leftLength` of the root row (negative ones as they are), and returns the tree length, in
@@ -26,10 +25,6 @@ double ComputeExternalLength(int leaf, int node, TreeTable tree);
 // and D those at v.
 // Formula: InternalLength in subtree_sums.h.
 double ComputeInternalLength(int u, int v, TreeTable tree);
-
-// Makes the shared structure read DM1 anew at its next use. To be called after DM1 was changed
-// without an Init.
-void ForgetDistances();
 
 }  // namespace zorvek
 

@@ -7,7 +7,6 @@
 
 #include "driver/run_state.h"
 #include "tree/candidate_lists.h"
-#include "tree/tree_length.h"
 
 namespace zorvek {
 
@@ -20,12 +19,10 @@ void Init() {
       if (i != j) EM[i][j] = DM1[i][j];
     }
   }
-  ForgetDistances();
   BuildCL();
 }
 
 void Finalize() {
-  ForgetDistances();
   for (double*** table : {&OPT, &T1, &T2, &EM}) DeleteRows(*table);
 }
 
@@ -68,7 +65,8 @@ void Interchange(TreeTable tree, int node, int child) {
 }
 
 void Reset(double** table, int rows, int columns) {
-  for (int row = 0; row < rows; ++row) std::fill_n(table[row], std::max(columns, 0), 0.0);
+  if (columns < 1) return;
+  for (int row = 0; row < rows; ++row) std::fill_n(table[row], columns, 0.0);
 }
 
 void Print(double** table, unsigned rows, unsigned columns) {

@@ -70,7 +70,7 @@ inline int Id(const double* row, Field field) {
 // Cost: n^2 for EM, n log n per row of CL.
 void Init();
 
-// Releases what Init allocated, and the sums of the last tree evaluated, and sets the pointers to null.
+// Releases what Init allocated and sets the pointers to null.
 void Finalize();
 
 // Appends to temp1 every leaf of the subtree at `node` as seen from `from`: depth first, the parent
@@ -92,7 +92,8 @@ void FindAdj(TreeTable tree);
 // Reads: n.
 void Interchange(TreeTable tree, int node, int child);
 
-// Sets the first `columns` values of each of the first `rows` rows to 0.
+// Sets the first `columns` values of each of the first `rows` rows to 0. Touches nothing, the row
+// pointers included, when either is below 1.
 void Reset(double** table, int rows, int columns);
 
 // Writes the table to standard output: a tab after each value, a line end after each row, and one

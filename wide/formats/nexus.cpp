@@ -7,6 +7,7 @@
 #include <sstream>
 #include <utility>
 
+#include "core/nexus_guard.h"
 #include "wide/data/error.h"
 
 namespace zorvek::wide {
@@ -22,20 +23,33 @@ std::string OneLine(std::string text) {
   return text;
 }
 
-// Has the library read the text; it keeps what it reads while this object lives.
-class LibraryReader {
+// Makes the taxa that a DATA block brings along.
+class TaxaFactory : public NxsTaxaBlockFactory {
  public:
-  LibraryReader() : reader_(kBlocks, NxsReader::IGNORE_WARNINGS) {
-    reader_.SetWarningOutputLevel(NxsReader::SUPPRESS_WARNINGS_LEVEL);
+  explicit TaxaFactory(const NxsTaxaBlock& prototype) : prototype_(prototype) {}
+  NxsTaxaBlock* GetBlockReaderForID(const std::string&, NxsReader*, NxsToken*) override {
+    return prototype_.Clone();
   }
-  ~LibraryReader() { reader_.DeleteBlocksFromFactories(); }
-  LibraryReader(const LibraryReader&) = delete;
-  LibraryReader& operator=(const LibraryReader&) = delete;
 
-  void Read(const std::string& path, const std::string& text) {
-    std::istringstream stream(text);
+ private:
+  const NxsTaxaBlock& prototype_;
+};
+
+// Has the library read the text, with guards in front of all blocks; it keeps what it reads while
+// this object lives.
+class LibraryReader : private MultiFormatReader {
+ public:
+  explicit LibraryReader(const std::string& text)
+      : LibraryReader(static_cast<double>(text.size())) {
+    source_.str(text);
+  }
+  ~LibraryReader() override { DeleteBlocksFromFactories(); }
+
+  void Read(const std::string& path) {
+    CommentFilter filter(&source_, bytes_);
+    std::istream stream(&filter);
     try {
-      reader_.ReadStream(stream, MultiFormatReader::NEXUS_FORMAT, path.c_str());
+      ReadStream(stream, NEXUS_FORMAT, path.c_str());
     } catch (const NxsException& fault) {
       throw Error(At(path, fault.line, fault.col) + ": " + OneLine(fault.msg) + kFixNexus);
     } catch (const std::bad_alloc&) {
@@ -48,17 +62,40 @@ class LibraryReader {
   // All matrices that were read.
   std::vector<NxsCharactersBlock*> Matrices() const {
     std::vector<NxsCharactersBlock*> found;
-    for (unsigned t = 0; t < reader_.GetNumTaxaBlocks(); ++t) {
-      const NxsTaxaBlock* taxa = reader_.GetTaxaBlock(t);
-      for (unsigned b = 0; b < reader_.GetNumCharactersBlocks(taxa); ++b) {
-        found.push_back(reader_.GetCharactersBlock(taxa, b));
+    for (unsigned t = 0; t < GetNumTaxaBlocks(); ++t) {
+      const NxsTaxaBlock* taxa = GetTaxaBlock(t);
+      for (unsigned b = 0; b < GetNumCharactersBlocks(taxa); ++b) {
+        found.push_back(GetCharactersBlock(taxa, b));
       }
     }
     return found;
   }
 
  private:
-  MultiFormatReader reader_;
+  explicit LibraryReader(double bytes)
+      : MultiFormatReader(kBlocks, IGNORE_WARNINGS),
+        bytes_(bytes),
+        taxa_(bytes),
+        taxa_factory_(taxa_),
+        characters_(nullptr, nullptr, bytes),
+        data_(nullptr, nullptr, bytes) {
+    SetWarningOutputLevel(SUPPRESS_WARNINGS_LEVEL);
+    static_cast<NxsTaxaBlock&>(taxa_) = *taxaBlockTemplate;
+    static_cast<NxsCharactersBlock&>(characters_) = *charactersBlockTemplate;
+    static_cast<NxsDataBlock&>(data_) = *dataBlockTemplate;
+    taxaBlockFactory = &taxa_factory_;
+    cloneFactory.AddPrototype(&taxa_, "TAXA");
+    cloneFactory.AddPrototype(&characters_, "CHARACTERS");
+    cloneFactory.AddPrototype(&data_, "DATA");
+  }
+
+  const double bytes_;
+  std::stringbuf source_;
+  // What the library clones for each block that it meets.
+  GuardedTaxa taxa_;
+  TaxaFactory taxa_factory_;
+  GuardedMatrix<NxsCharactersBlock> characters_;
+  GuardedMatrix<NxsDataBlock> data_;
 };
 
 bool HoldsNucleotides(const NxsCharactersBlock& matrix) {
@@ -136,8 +173,8 @@ Alignment Copy(NxsCharactersBlock& matrix) {
 }  // namespace
 
 Alignment ReadNexusMatrix(const std::string& path, const std::string& text) {
-  LibraryReader reader;
-  reader.Read(path, text);
+  LibraryReader reader(text);
+  reader.Read(path);
   return Copy(NucleotideMatrix(path, reader));
 }
 

@@ -1,0 +1,33 @@
+// One execution takes the bytes for a file that zorvek-wide is given and reads it as that does: whatever
+// it is, it gives an alignment or an error.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "wide/data/error.h"
+#include "wide/formats/alignment_file.h"
+
+namespace {
+
+using namespace zorvek::wide;
+
+bool IsAligned(const Alignment& alignment) {
+  if (alignment.labels.size() != alignment.Taxa()) return false;
+  for (const std::vector<StateSet>& cells : alignment.cells) {
+    if (cells.size() != alignment.Sites()) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string text(reinterpret_cast<const char*>(data), size);
+  try {
+    if (!IsAligned(ParseAlignment("file", text, ""))) std::abort();
+  } catch (const Error&) {
+  }
+  return 0;
+}
