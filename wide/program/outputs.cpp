@@ -52,7 +52,7 @@ std::string Prefix(const Options& options) {
 
 std::vector<OutputKind> OutputKinds() {
   return {
-      {"--output", "the tree in NEXUS; FILE.wide.nex unless given", ".wide.nex", NexusText},
+      {"-o,--output", "the tree in NEXUS; FILE.wide.nex unless given", ".wide.nex", NexusText},
       {"--newick", "the tree in Newick's format", nullptr, NewickText},
       {"--distances", "the distances, a PHYLIP square matrix", nullptr, DistancesText},
       {"--draw", "a picture of the tree, SVG", nullptr, PictureText},
@@ -62,9 +62,12 @@ std::vector<OutputKind> OutputKinds() {
 
 const std::string& PathOf(const Options& options, const std::string& option) {
   const std::vector<OutputKind> kinds = OutputKinds();
-  std::size_t kind = 0;
-  while (kinds[kind].option != option) ++kind;
-  return options.paths[kind];
+  const auto has = [&](const OutputKind& kind) {
+    const std::string forms = kind.option;
+    return forms.substr(forms.find(',') + 1) == option;
+  };
+  const auto found = std::find_if(kinds.begin(), kinds.end(), has);
+  return options.paths.at(static_cast<std::size_t>(found - kinds.begin()));
 }
 
 void NameOutputs(Options& options) {

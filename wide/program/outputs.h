@@ -24,7 +24,7 @@ struct OutputKind {
 // The kinds in the order in which they are written.
 std::vector<OutputKind> OutputKinds();
 
-// The path of the kind with this option; empty if it is not written.
+// The path of the kind with this option, in its long form; empty if it is not written.
 const std::string& PathOf(const Options& options, const std::string& option);
 
 // Gives a path to each output that is written without being asked for. With a prefix, or a file

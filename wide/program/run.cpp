@@ -90,8 +90,8 @@ void Run(const Options& options) {
   Outputs outputs;
   Interruption interruption([&] { outputs.Abandon(); });
   Results results{options, ReadInput(options), {}, {}, {}};
-  outputs.Prepare(options);
   interruption.ExpectTree();
+  outputs.Prepare(options);
   EstimateDistances(options, results.input);
   {
     ProgressLine line(!options.quiet);
