@@ -40,7 +40,7 @@ Tree GrownTree(int taxa, bool comb, unsigned seed) {
     node.length = generator() % 5 == 0 ? 0 : length * length;
   }
   tree.nodes[Index(tree.root)].length = 0;
-  PutInOrder(tree);
+  Ladderise(tree);
   return tree;
 }
 
