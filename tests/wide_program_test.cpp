@@ -1,4 +1,6 @@
 // Whole runs of zorvek-wide, seen as a user sees them.
+#include "tests/wide_program.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -6,8 +8,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "tests/files.h"
 
 namespace {
 
@@ -17,20 +17,7 @@ using zorvek::test::Contains;
 using zorvek::test::Ended;
 using zorvek::test::FindAll;
 
-class WideProgramTest : public zorvek::test::FolderTest {
- protected:
-  Ended Run(const string& arguments) const {
-    return Shell(string(ZORVEK_WIDE_PROGRAM) + " " + arguments);
-  }
-
-  // The Newick text for the file.
-  string Tree(const string& arguments) const {
-    const Ended ended = Run(arguments + " --quiet --newick tree");
-    EXPECT_EQ(ended.status, 0) << arguments;
-    EXPECT_EQ(ended.out + ended.err, "") << arguments;
-    return Read("tree");
-  }
-};
+class WideProgramTest : public zorvek::test::WideProgramTest {};
 
 // 48 sites, changed (A to C to G to T to A) at some.
 string Sites(const std::vector<std::size_t>& changed) {
@@ -268,35 +255,6 @@ TEST_F(WideProgramTest, DrawsPicturesWithAllLabels) {
     }
     EXPECT_EQ(Run(string("primates.nex --bootstrap 9 --draw p.svg --layout ") + layout).status, 0);
     EXPECT_TRUE(Contains(Read("p.svg"), ">100</text>"));
-  }
-}
-
-TEST_F(WideProgramTest, WritesFilesWholeOrNotAtAll) {
-  Write("x.fa", Fasta());
-  Write("x.fa.wide.nex", "old");
-  const Ended failed = Run("x.fa --draw nowhere/x.svg");
-  EXPECT_EQ(failed.status, 1);
-  EXPECT_EQ(
-      failed.err,
-      "zorvek-wide: nowhere/x.svg: cannot be written: No such file or directory; name a file that "
-      "can be\n");
-  EXPECT_EQ(Read("x.fa.wide.nex"), "old");
-  EXPECT_EQ(Files(), (std::vector<string>{"x.fa", "x.fa.wide.nex"}));
-}
-
-TEST_F(WideProgramTest, WritesTheBestTreeWhenInterrupted) {
-  Write("x.fa", Fasta());
-  for (const char* signal : {"INT", "TERM"}) {
-    // The files are made, under other names, as the search begins.
-    const Ended ended =
-        Shell(string(ZORVEK_WIDE_PROGRAM) +
-              " x.fa --patience 1000 & while [ ! -e x.fa.wide.log.tmp$! ]; do sleep "
-              ".01; done; kill -" +
-              signal + " $!; wait $!");
-    EXPECT_EQ(ended.status, 0);
-    EXPECT_EQ(ended.err, "");
-    EXPECT_TRUE(Contains(ended.out, ", interrupted\n")) << ended.out;
-    EXPECT_EQ(Files(), (std::vector<string>{"x.fa", "x.fa.wide.log", "x.fa.wide.nex"}));
   }
 }
 

@@ -18,39 +18,14 @@
 #include "wide/search/identical.h"
 #include "wide/search/neighbour_joining.h"
 #include "wide/search/search.h"
-#include "wide/support/splits.h"
 
 namespace zorvek::wide {
 namespace {
 
 using test::RandomMatrix;
-using test::RandomTree;
 using test::Result;
 using test::Splits;
 using test::WithoutFirst;
-
-TEST(WideSupport, FindsTheSplitsThatTwoTreesShare) {
-  std::mt19937 generator(3);
-  long found = 0;
-  for (int trial = 0; trial < 200; ++trial) {
-    const int n = 4 + trial % 12;
-    const Tree one = RandomTree(n, generator);
-    const Tree two = RandomTree(n, generator);
-    const std::vector<std::set<int>> splits = Splits(one);
-    const std::vector<std::set<int>> others = Splits(two);
-    std::set<int> expected;
-    for (int node = n; node < 2 * n - 2; ++node) {
-      const std::set<int>& split = splits[static_cast<std::size_t>(node)];
-      const bool both = std::count(others.begin(), others.end(), split) > 0;
-      if (both && !split.empty()) expected.insert(node);
-    }
-    const std::vector<int> shared = SplitIndex(one).Shared(two);
-    EXPECT_EQ(std::set<int>(shared.begin(), shared.end()), expected);
-    EXPECT_EQ(SplitIndex(one).Shared(one).size(), static_cast<std::size_t>(n - 3));
-    found += static_cast<long>(expected.size());
-  }
-  EXPECT_GT(found, 50);
-}
 
 // Distances far from a tree's, on which the search itself sets equal taxa apart now and then.
 TEST(WideIdentical, TaxaThatAreTheSameStayTogether) {

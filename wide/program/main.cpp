@@ -21,8 +21,10 @@ void Tell(const std::string& faults) {
 
 int main(int argc, char** argv) {
   using namespace zorvek::wide;
-  // Whoever reads the standard output may leave; the files are written all the same.
+  // Whoever reads the standard output may leave; the files are written all the same. A file that
+  // grows beyond the limit is a fault to be told.
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   try {
     Options options;
     int status = 0;

@@ -88,6 +88,8 @@ void AddOutput(CLI::App& app, Options& options) {
   const std::map<std::string, Layout> layouts{{"unrooted", Layout::kUnrooted},
                                               {"phylogram", Layout::kPhylogram}};
   options.paths.resize(OutputKinds().size());
+  app.add_option("--prefix", options.prefix, "what the names of all outputs begin with; FILE")
+      ->type_name("PATH");
   for (std::size_t kind = 0; kind < options.paths.size(); ++kind) {
     app.add_option(OutputKinds()[kind].option, options.paths[kind], OutputKinds()[kind].help)
         ->type_name("PATH");
@@ -121,15 +123,15 @@ void CheckSearch(const SearchSettings& search) {
 void CheckPaths(const Options& options) {
   std::vector<std::filesystem::path> taken;
   std::vector<std::string> paths = options.paths;
-  paths.insert(paths.begin(), options.file);
+  if (DescriptorNamed(options.file) < 0) paths.insert(paths.begin(), options.file);
   for (const std::string& path : paths) {
     if (path.empty()) continue;
     std::error_code error;
-    const auto place =
-        std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
+    auto place = std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
+    if (path == "-") place = path;
     if (error || std::filesystem::is_character_file(place, error)) continue;
     if (std::find(taken.begin(), taken.end(), place) != taken.end()) {
-      throw CLI::ValidationError(path + " is named twice");
+      throw CLI::ValidationError((path == "-" ? "standard output" : path) + " is named twice");
     }
     taken.push_back(place);
   }

@@ -14,7 +14,7 @@ namespace zorvek::wide {
 // What the user chose. The settings of the library stand here as they are: the parser writes into
 // them, and what it does not write keeps the library's default.
 struct Options {
-  std::string file;
+  std::string file;                    // "-" is standard input
   bool matrix = false;                 // the file is a PHYLIP square distance matrix
   std::string format;                  // of the alignment; if empty, what the content shows
   std::vector<std::string> leave_out;  // as given; each a label or labels between commas
@@ -23,6 +23,7 @@ struct Options {
   SearchSettings search;
   int replicates = 0;  // of the bootstrap; 0 for none
 
+  std::string prefix;              // of the outputs that are not named; empty: the file's name
   std::vector<std::string> paths;  // of each of OutputKinds(); empty: it is not written
   Layout layout = Layout::kUnrooted;
   bool quiet = false;

@@ -1,9 +1,11 @@
 #include "wide/program/output_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -29,47 +31,91 @@ std::string Followed(fs::path path) {
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string& path) : path_(path), target_(path) {
-  std::error_code ignored;
-  if (fs::is_symlink(path, ignored)) target_ = Followed(path);
-  const bool direct = fs::exists(target_, ignored) && !fs::is_regular_file(target_, ignored);
-  if (direct) {
-    descriptor_ = open(target_.c_str(), O_WRONLY);
-  } else {
-    temporary_ = target_ + ".tmp" + std::to_string(getpid());
-    descriptor_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666);
+int DescriptorNamed(const std::string& path) {
+  if (path == "-" || path == "/dev/stdout") return STDOUT_FILENO;
+  if (path == "/dev/stdin") return STDIN_FILENO;
+  if (path == "/dev/stderr") return STDERR_FILENO;
+  for (const std::string folder : {"/dev/fd/", "/proc/self/fd/"}) {
+    if (path.compare(0, folder.size(), folder) != 0) continue;
+    int descriptor = -1;
+    const char* end = path.data() + path.size();
+    if (std::from_chars(path.data() + folder.size(), end, descriptor).ptr == end) return descriptor;
   }
-  if (descriptor_ >= 0) return;
-  temporary_.clear();  // not ours
-  Fail();
+  return -1;
+}
+
+OutputFile::OutputFile(const std::string& path)
+    : path_(path == "-" ? "standard output" : path), target_(path) {
+  std::error_code ignored;
+  if (const int named = DescriptorNamed(path); named >= 0) {
+    descriptor_ = dup(named);
+    if (descriptor_ < 0) Fail();
+    return;
+  }
+  if (fs::exists(path, ignored) && !fs::is_regular_file(path, ignored)) {
+    descriptor_ = open(path.c_str(), O_WRONLY);
+    if (descriptor_ < 0) Fail();
+    return;
+  }
+  target_ = Followed(path);
+  const std::string folder = fs::path(target_).parent_path().string();
+  const bool there = access(target_.c_str(), F_OK) == 0;
+  if (there && access(target_.c_str(), W_OK) != 0) Fail();
+  if (access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) != 0) Fail();
 }
 
 OutputFile::~OutputFile() {
   if (descriptor_ >= 0) close(descriptor_);
-  if (!temporary_.empty()) unlink(temporary_.c_str());
 }
 
-void OutputFile::Write(const std::string& text) {
-  std::size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t count = write(descriptor_, text.data() + done, text.size() - done);
-    if (count < 0 && errno != EINTR) Fail();
-    if (count > 0) done += static_cast<std::size_t>(count);
+void OutputFile::Put(int descriptor, const std::string& text) const {
+  for (std::size_t done = 0; done < text.size();) {
+    const ssize_t count = write(descriptor, text.data() + done, text.size() - done);
+    if (count > 0) {
+      done += static_cast<std::size_t>(count);
+    } else if (errno == EPIPE) {
+      return;
+    } else if (errno != EINTR) {
+      Fail();
+    }
   }
 }
 
-void OutputFile::Commit() {
-  const int descriptor = descriptor_;
-  descriptor_ = -1;
+void OutputFile::Write(const std::string& text, std::mutex& lock) {
+  if (IsDirect()) return Put(descriptor_, text);
+  int descriptor = -1;
+  {
+    const std::lock_guard<std::mutex> locked(lock);
+    const std::string name = target_ + ".tmp" + std::to_string(getpid());
+    descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (descriptor < 0) Fail();
+    temporary_ = name;
+  }
+  struct stat before {};
+  if (stat(target_.c_str(), &before) == 0) fchmod(descriptor, before.st_mode & 07777);
+  try {
+    Put(descriptor, text);
+  } catch (...) {
+    close(descriptor);
+    throw;
+  }
   if (close(descriptor) != 0) Fail();
+}
+
+void OutputFile::Commit() {
   if (temporary_.empty()) return;
   if (std::rename(temporary_.c_str(), target_.c_str()) != 0) Fail();
   temporary_.clear();
 }
 
+void OutputFile::Discard() {
+  if (!temporary_.empty()) unlink(temporary_.c_str());
+  temporary_.clear();
+}
+
 void OutputFile::Fail() const {
   throw Error(At(path_) + ": cannot be written: " + std::strerror(errno) +
-              "; name a file that can be");
+              "; name another place, or one for all files with --prefix");
 }
 
 }  // namespace zorvek::wide

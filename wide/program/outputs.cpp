@@ -1,11 +1,18 @@
 #include "wide/program/outputs.h"
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+
 #include "wide/drawing/svg.h"
 #include "wide/formats/matrix_file.h"
 #include "wide/formats/newick.h"
 #include "wide/program/summary.h"
 
 namespace zorvek::wide {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -25,11 +32,27 @@ std::string PictureText(const Results& results) {
   return DrawSvg(results.found.tree, results.input.Labels(), results.options.layout);
 }
 
+// Whether the file has no name that outputs could be named after.
+bool IsPiped(const std::string& file) {
+  std::error_code ignored;
+  return DescriptorNamed(file) >= 0 || fs::is_fifo(file, ignored) ||
+         fs::is_character_file(file, ignored) || fs::is_socket(file, ignored);
+}
+
+// What the names of outputs begin with; empty if nothing is known.
+std::string Prefix(const Options& options) {
+  std::string name = IsPiped(options.file) ? "" : options.file;
+  if (fs::path(name).extension() == ".gz") name.resize(name.size() - 3);
+  if (options.prefix.empty()) return name;
+  if (options.prefix.back() != '/') return options.prefix;
+  return options.prefix + (name.empty() ? "tree" : fs::path(name).filename().string());
+}
+
 }  // namespace
 
 std::vector<OutputKind> OutputKinds() {
   return {
-      {"--output", "the tree in NEXUS; FILE.wide.nex unless given", ".wide.nex", NexusText},
+      {"-o,--output", "the tree in NEXUS; FILE.wide.nex unless given", ".wide.nex", NexusText},
       {"--newick", "the tree in Newick's format", nullptr, NewickText},
       {"--distances", "the distances, a PHYLIP square matrix", nullptr, DistancesText},
       {"--draw", "a picture of the tree, SVG", nullptr, PictureText},
@@ -39,30 +62,64 @@ std::vector<OutputKind> OutputKinds() {
 
 const std::string& PathOf(const Options& options, const std::string& option) {
   const std::vector<OutputKind> kinds = OutputKinds();
-  std::size_t kind = 0;
-  while (kinds[kind].option != option) ++kind;
-  return options.paths[kind];
+  const auto has = [&](const OutputKind& kind) {
+    const std::string forms = kind.option;
+    return forms.substr(forms.find(',') + 1) == option;
+  };
+  const auto found = std::find_if(kinds.begin(), kinds.end(), has);
+  return options.paths.at(static_cast<std::size_t>(found - kinds.begin()));
 }
 
 void NameOutputs(Options& options) {
-  for (std::size_t kind = 0; kind < options.paths.size(); ++kind) {
-    const char* ending = OutputKinds()[kind].ending;
-    if (options.paths[kind].empty() && ending != nullptr) {
-      options.paths[kind] = options.file + ending;
+  const std::vector<OutputKind> kinds = OutputKinds();
+  const std::string prefix = Prefix(options);
+  bool named = false;
+  for (std::size_t k = 0; k < kinds.size(); ++k) {
+    std::string& path = options.paths[k];
+    if (DescriptorNamed(path) == STDOUT_FILENO) path = "-";
+    named = named || (!path.empty() && kinds[k].content != RunLog);
+  }
+  for (std::size_t k = 0; k < kinds.size(); ++k) {
+    std::string& path = options.paths[k];
+    if (path.empty() && kinds[k].ending != nullptr && !prefix.empty()) {
+      path = prefix + kinds[k].ending;
     }
+    if (prefix.empty() && !named && kinds[k].content == NewickText) path = "-";
   }
 }
 
-Outputs::Outputs(const Options& options) {
-  for (std::size_t kind = 0; kind < options.paths.size(); ++kind) {
-    if (!options.paths[kind].empty())
-      entries_.emplace_back(options.paths[kind], OutputKinds()[kind]);
+bool UsesStandardOutput(const Options& options) {
+  return std::count(options.paths.begin(), options.paths.end(), "-") > 0;
+}
+
+void Outputs::Prepare(const Options& options) {
+  const std::vector<OutputKind> kinds = OutputKinds();
+  for (std::size_t k = 0; k < kinds.size(); ++k) {
+    if (!options.paths[k].empty()) entries_.emplace_back(options.paths[k], kinds[k]);
+  }
+}
+
+void Outputs::Write(bool direct, const Results& results) {
+  for (Entry& entry : entries_) {
+    if (entry.file.IsDirect() == direct) entry.file.Write(entry.kind.content(results), mutex_);
   }
 }
 
 void Outputs::WriteAll(const Results& results) {
-  for (Entry& entry : entries_) entry.file.Write(entry.kind.content(results));
-  for (Entry& entry : entries_) entry.file.Commit();
+  try {
+    Write(false, results);
+    Write(true, results);  // what cannot be taken back comes last
+    const std::lock_guard<std::mutex> lock(mutex_);
+    for (Entry& entry : entries_) entry.file.Commit();
+  } catch (...) {
+    for (Entry& entry : entries_) entry.file.Discard();
+    throw;
+  }
+}
+
+void Outputs::Abandon() {
+  mutex_.lock();  // and never unlocked
+  for (Entry& entry : entries_) entry.file.Discard();
 }
 
 }  // namespace zorvek::wide

@@ -3,6 +3,7 @@
 #define ZORVEK_WIDE_PROGRAM_OUTPUTS_H
 
 #include <list>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -23,25 +24,40 @@ struct OutputKind {
 // The kinds in the order in which they are written.
 std::vector<OutputKind> OutputKinds();
 
-// The path of the kind with this option; empty if it is not written.
+// The path of the kind with this option, in its long form; empty if it is not written.
 const std::string& PathOf(const Options& options, const std::string& option);
 
-// Gives a path to each output that is written without being asked for.
+// Gives a path to each output that is written without being asked for. With a prefix, or a file
+// that has a name, these are the tree and the log; from a pipe, if no output but the log is named,
+// the tree in Newick's format on standard output. Paths that mean standard output become "-".
 void NameOutputs(Options& options);
 
-// The files of a run, each made before the work and put in place after all of them are written.
+// Whether a result goes to standard output.
+bool UsesStandardOutput(const Options& options);
+
+// The files of a run: all are written before the first is put in place.
 class Outputs {
  public:
-  explicit Outputs(const Options& options);
+  // Finds out which outputs there are to be and that they can be written. Throws Error.
+  void Prepare(const Options& options);
 
+  // Writes them. Throws Error; no file is then changed.
   void WriteAll(const Results& results);
+
+  // Removes all temporary files, when the process is about to end. May be called from any thread;
+  // no temporary file and no output comes into being after it.
+  void Abandon();
 
  private:
   struct Entry {
-    Entry(const std::string& path, const OutputKind& the_kind) : file(path), kind(the_kind) {}
+    Entry(const std::string& path, OutputKind the_kind) : file(path), kind(the_kind) {}
     OutputFile file;
     OutputKind kind;
   };
+
+  void Write(bool direct, const Results& results);
+
+  std::mutex mutex_;  // of the temporary files' names
   std::list<Entry> entries_;
 };
 

@@ -1,11 +1,14 @@
 #include "wide/program/run.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <iostream>
 #include <limits>
 #include <string>
 
+#include "wide/data/error.h"
 #include "wide/formats/numbers.h"
 #include "wide/program/distances.h"
 #include "wide/program/input.h"
@@ -71,14 +74,25 @@ void AddSupport(const std::atomic<bool>& stop, ProgressLine& line, Results& resu
   results.support = Bootstrap(*results.input.alignment, settings, results.found.tree);
 }
 
+// Whoever reads the summary may have left; a disk that is full is a fault.
+void Tell(const std::string& summary, std::ostream& stream) {
+  errno = 0;
+  stream << summary << std::flush;
+  if (stream || errno == EPIPE) return;
+  throw Error(std::string("the summary cannot be written: ") + std::strerror(errno) +
+              "; the results are");
+}
+
 }  // namespace
 
 void Run(const Options& options) {
   const Clock::time_point began = Clock::now();
-  const Interruption interruption;
+  Outputs outputs;
+  Interruption interruption([&] { outputs.Abandon(); });
   Results results{options, ReadInput(options), {}, {}, {}};
+  interruption.ExpectTree();
+  outputs.Prepare(options);
   EstimateDistances(options, results.input);
-  Outputs outputs(options);
   {
     ProgressLine line(!options.quiet);
     SearchTree(interruption.Stop(), line, results);
@@ -87,7 +101,7 @@ void Run(const Options& options) {
   outputs.WriteAll(results);
   results.interrupted = interruption.Stop();
   results.seconds = SecondsSince(began);
-  if (!options.quiet) std::cout << Summary(results) << std::flush;
+  if (!options.quiet) Tell(Summary(results), UsesStandardOutput(options) ? std::cerr : std::cout);
 }
 
 }  // namespace zorvek::wide

@@ -54,6 +54,15 @@ std::string Support(const BootstrapResult& support) {
   return text;
 }
 
+// Where the tree is.
+std::string TreeLine(const Options& options) {
+  for (const char* option : {"--output", "--newick"}) {
+    const std::string path = PathOf(options, option);
+    if (!path.empty()) return Line("tree", path == "-" ? "standard output" : path);
+  }
+  return "";
+}
+
 }  // namespace
 
 std::string Summary(const Results& results) {
@@ -71,7 +80,7 @@ std::string Summary(const Results& results) {
   text += Line("time", Rounded(results.seconds, 2) + " s, processor " +
                            Rounded(Seconds(usage.ru_utime) + Seconds(usage.ru_stime), 2) + " s");
   text += Line("memory", Rounded(static_cast<double>(usage.ru_maxrss) / 1024, 1) + " MiB");
-  return text + Line("tree", PathOf(options, "--output"));
+  return text + TreeLine(options);
 }
 
 std::string RunLog(const Results& results) {

@@ -16,6 +16,7 @@
 #include <string>
 
 #include "core/parallel.h"
+#include "wide/criterion/fitted_tree.h"
 #include "wide/data/error.h"
 #include "wide/search/descent.h"
 #include "wide/search/identical.h"
@@ -131,8 +132,9 @@ class Search {
   void DescendFromStarts() {
     const auto descend = [this](std::unique_ptr<Descent>& descent, int number) {
       std::mt19937_64 generator = Generator(0, static_cast<std::uint64_t>(number));
-      Place(descent, number == 0 ? JoinNeighbours(n_, distances_)
-                                 : JoinNeighbours(n_, distances_, settings_.greedy, &generator));
+      Place(descent, number > 0 ? JoinNeighbours(n_, distances_, settings_.greedy, &generator)
+                     : settings_.start != nullptr ? *settings_.start
+                                                  : JoinNeighbours(n_, distances_));
       const bool reports = &descent == &descents_[0];  // on the thread that called
       Descend(*descent, [&](double fraction) {
         if (reports) ReportDescent(fraction, descent->Around().Length());
@@ -168,11 +170,9 @@ class Search {
     found.Set(*best_);
     const Groups identical = IdenticalTaxa(n_, distances_);
     KeepTogether(identical, found);
-    SearchResult result;
-    result.tree = MakeTree(found.Current(), [&](int u, int v) { return found.EdgeLength(u, v); });
-    result.length = found.Length();
-    ClearWithin(identical, result.tree);
-    return result;
+    FittedTree fitted = Fitted(found, distances_);
+    ClearWithin(identical, fitted.tree);
+    return {std::move(fitted.tree), fitted.length};
   }
 
   int n_;

@@ -1,12 +1,12 @@
 #include "wide/support/bootstrap.h"
 
 #include <mutex>
+#include <optional>
 #include <random>
 
 #include "core/parallel.h"
 #include "wide/distance/pair_distances.h"
 #include "wide/search/search.h"
-#include "wide/support/splits.h"
 
 namespace zorvek::wide {
 
@@ -22,6 +22,7 @@ std::vector<std::size_t> DrawSites(std::size_t sites, std::mt19937_64& generator
 
 // The search that a replicate is given: one descent on one thread, all else as for the tree.
 SearchSettings OneDescent(SearchSettings search) {
+  search.start = nullptr;
   search.starts = 1;
   search.iterations = 0;
   search.threads = 1;
@@ -34,17 +35,20 @@ SearchSettings OneDescent(SearchSettings search) {
 class Replicates {
  public:
   Replicates(const Alignment& alignment, const BootstrapSettings& settings, const Tree& tree)
-      : alignment_(alignment), settings_(settings), splits_(tree), counts_(tree.nodes.size()) {}
+      : alignment_(alignment),
+        settings_(settings),
+        count_(tree, settings.measure),
+        trees_(settings.keep_trees ? Index(settings.replicates) : 0) {}
 
-  void Run(int replicate) {
+  void Run(int index) {
     std::seed_seq seed{static_cast<std::uint32_t>(settings_.search.seed),
                        static_cast<std::uint32_t>(settings_.search.seed >> 32),
-                       static_cast<std::uint32_t>(replicate)};
+                       static_cast<std::uint32_t>(settings_.first + index)};
     std::mt19937_64 generator(seed);
     for (int draw = 0; draw < kMostDraws && !Stopped(); ++draw) {
       const DistanceMatrix distances =
           PairDistances(alignment_, DrawSites(alignment_.Sites(), generator), 1);
-      if (distances.Undefined().empty()) return Count(distances, draw);
+      if (distances.Undefined().empty()) return Count(index, distances, draw);
     }
     if (Stopped()) return;
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -52,25 +56,25 @@ class Replicates {
     ++result_.given_up;
   }
 
-  BootstrapResult Finish(Tree& tree) const {
-    for (int node = tree.taxa; node < static_cast<int>(counts_.size()); ++node) {
-      const auto index = static_cast<std::size_t>(node);
-      if (node == tree.root || result_.done == 0) continue;
-      tree.nodes[index].support = static_cast<double>(counts_[index]) / result_.done;
+  BootstrapResult Finish(Tree& tree) {
+    count_.SetSupports(tree);
+    for (std::optional<Tree>& kept : trees_) {
+      if (kept) result_.trees.push_back(std::move(*kept));
     }
-    return result_;
+    return std::move(result_);
   }
 
   bool Stopped() const { return settings_.search.stop != nullptr && *settings_.search.stop; }
 
  private:
-  void Count(const DistanceMatrix& distances, int redrawn) {
-    const SearchResult found =
+  void Count(int index, const DistanceMatrix& distances, int redrawn) {
+    SearchResult found =
         FindShortestTree(distances.Size(), distances.Rows(), OneDescent(settings_.search));
     if (Stopped()) return;  // perhaps no descent was made
-    const std::vector<int> shared = splits_.Shared(found.tree);
+    const std::vector<int> misses = count_.Misses(found.tree);
     const std::lock_guard<std::mutex> lock(mutex_);
-    for (const int node : shared) ++counts_[static_cast<std::size_t>(node)];
+    count_.Add(misses);
+    if (settings_.keep_trees) trees_[Index(index)] = std::move(found.tree);
     result_.redrawn += redrawn;
     ++result_.done;
     if (settings_.on_done) settings_.on_done(result_.done);
@@ -78,9 +82,9 @@ class Replicates {
 
   const Alignment& alignment_;
   const BootstrapSettings& settings_;
-  const SplitIndex splits_;
   std::mutex mutex_;
-  std::vector<int> counts_;  // of each node of the tree
+  SupportCount count_;
+  std::vector<std::optional<Tree>> trees_;  // by replicate, if they are to be kept
   BootstrapResult result_;
 };
 
@@ -89,8 +93,8 @@ class Replicates {
 BootstrapResult Bootstrap(const Alignment& alignment, const BootstrapSettings& settings,
                           Tree& tree) {
   Replicates replicates(alignment, settings, tree);
-  ForEach(settings.replicates, settings.search.threads, [&](int replicate, int) {
-    if (!replicates.Stopped()) replicates.Run(replicate);
+  ForEach(settings.replicates, settings.search.threads, [&](int index, int) {
+    if (!replicates.Stopped()) replicates.Run(index);
   });
   return replicates.Finish(tree);
 }

@@ -3,30 +3,37 @@
 #define ZORVEK_WIDE_SUPPORT_BOOTSTRAP_H
 
 #include <functional>
+#include <vector>
 
 #include "wide/data/alignment.h"
 #include "wide/data/tree.h"
 #include "wide/search/search.h"
+#include "wide/support/support.h"
 
 namespace zorvek::wide {
 
 struct BootstrapSettings {
+  int first = 1;  // number of the first replicate
   int replicates = 0;
+  SupportMeasure measure = SupportMeasure::kFrequency;
+  bool keep_trees = false;
   SearchSettings search;             // as for the tree; see Bootstrap for what counts here
   std::function<void(int)> on_done;  // with the number done; on any thread, one at a time
 };
 
 struct BootstrapResult {
-  int done = 0;      // replicates that the supports stand on
-  long redrawn = 0;  // samples in which a pair of taxa had no distance, drawn again
-  int given_up = 0;  // replicates in which that happened every time
+  int done = 0;             // replicates that the supports stand on
+  long redrawn = 0;         // samples in which a pair of taxa had no distance, drawn again
+  int given_up = 0;         // replicates in which that happened every time
+  std::vector<Tree> trees;  // of the replicates that were done, by number, if they are to be kept
 };
 
-// Sets the support of each inner edge of `tree` to the share of replicates that have it. In a
+// Sets the supports of the groups of `tree` to what the trees of the replicates say of them. In a
 // replicate as many sites as there are are drawn with replacement, the distances estimated again,
 // and a tree found by neighbour joining and a descent by the criterion and moves of the search settings;
 // of these the seed, the threads and the stop flag count too, and no others. What replicate k draws
-// depends on the seed and k alone, so the result is the same for any number of threads.
+// depends on the seed and k alone, so the result is the same for any number of threads, and trees of
+// several ranges of replicates are those of one.
 BootstrapResult Bootstrap(const Alignment& alignment, const BootstrapSettings& settings,
                           Tree& tree);
 

@@ -13,7 +13,7 @@ SplitIndex::SplitIndex(const Tree& reference) : rank_(static_cast<std::size_t>(r
   const std::vector<Run> runs = Runs(reference);
   for (int node = reference.taxa; node < static_cast<int>(runs.size()); ++node) {
     const Run& run = runs[static_cast<std::size_t>(node)];
-    if (node != reference.root) splits_[{run.first, run.last}] = node;
+    if (reference.IsGroup(node)) splits_[{run.first, run.last}] = node;
   }
 }
 
@@ -22,14 +22,14 @@ std::vector<int> SplitIndex::Shared(const Tree& other) const {
   const std::vector<Run> runs = Runs(other);
   for (int node = other.taxa; node < static_cast<int>(runs.size()); ++node) {
     const Run& run = runs[static_cast<std::size_t>(node)];
-    if (node == other.root || run.last - run.first + 1 != run.size) continue;
+    if (!other.IsGroup(node) || run.last - run.first + 1 != run.size) continue;
     const auto split = splits_.find({run.first, run.last});
     if (split != splits_.end()) nodes.push_back(split->second);
   }
   return nodes;
 }
 
-// Both trees hang at the first taxon, so no run holds it, and equal splits have equal runs.
+// Unrooted trees hang at the first taxon, so no run holds it, and equal splits have equal runs.
 std::vector<SplitIndex::Run> SplitIndex::Runs(const Tree& tree) const {
   std::vector<Run> runs(tree.nodes.size(), Run{tree.taxa, -1, 0});
   for (auto node = tree.preorder.rbegin(); node != tree.preorder.rend(); ++node) {

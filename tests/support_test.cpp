@@ -1,0 +1,127 @@
+// What trees say of the groups of another: against the definitions, on random trees.
+#include "wide/support/support.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "tests/trees.h"
+#include "wide/support/consensus.h"
+
+namespace zorvek::wide {
+namespace {
+
+using test::Edges;
+using Group = std::set<int>;
+
+// A tree of n taxa, much or little like one that all have in common, with polytomies and edges that
+// are no groups.
+Tree Variant(const Tree& common, int moves, std::mt19937& generator) {
+  Topology topology = TopologyOf(common);
+  const unsigned n = static_cast<unsigned>(common.taxa);
+  for (int k = 0; k < moves; ++k) {  // trades the places of two taxa
+    const int a = static_cast<int>(generator() % n);
+    const int b = static_cast<int>(generator() % n);
+    const int at_a = topology.leaf_adjacent[Index(a)];
+    const int at_b = topology.leaf_adjacent[Index(b)];
+    if (at_a == at_b) continue;
+    topology.Replace(at_a, a, b);
+    topology.Replace(at_b, b, a);
+    std::swap(topology.leaf_adjacent[Index(a)], topology.leaf_adjacent[Index(b)]);
+  }
+  Tree tree = MakeTree(topology, [](int u, int v) { return 1 + (u + v) % 3; });
+  std::vector<bool> gone(tree.nodes.size());
+  for (int node = tree.taxa; node < static_cast<int>(tree.nodes.size()); ++node) {
+    gone[Index(node)] = generator() % 8 == 0;
+    if (generator() % 8 == 0) tree.nodes[Index(node)].length = generator() % 2 == 0 ? 0 : -1;
+  }
+  return test::Contracted(tree, gone);
+}
+
+// The groups of a tree, with single taxa if wanted.
+std::set<Group> Groups(const Tree& tree, bool single) {
+  std::set<Group> groups;
+  for (const auto& [split, edge] : Edges(tree)) {
+    const bool trivial = split.size() == 1 || Index(tree.taxa) - split.size() == 1;
+    if (trivial ? single : edge.first > 0) groups.insert(split);
+  }
+  return groups;
+}
+
+std::size_t Apart(const Group& a, const Group& b, std::size_t n) {
+  std::vector<int> differ;
+  std::set_symmetric_difference(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(differ));
+  return std::min(differ.size(), n - differ.size());
+}
+
+TEST(WideSupport, IsTheShareOfTreesOrTheirMeanTransferDistance) {
+  std::mt19937 generator(1);
+  for (int trial = 0; trial < 60; ++trial) {
+    const int n = 4 + trial % 21;
+    const Tree common = test::RandomTree(n, generator);
+    Tree tree = Variant(common, 0, generator);
+    std::vector<Tree> trees;
+    for (int k = 0; k < 6; ++k) trees.push_back(Variant(common, k < 3 ? k : n, generator));
+    const std::set<Group> groups = Groups(tree, false);
+    for (const auto measure : {SupportMeasure::kFrequency, SupportMeasure::kTransfer}) {
+      SetSupports(trees, measure, tree);
+      for (const auto& [split, edge] : Edges(tree)) {
+        if (groups.count(split) == 0) {
+          EXPECT_EQ(edge.second, Tree::kNoSupport);
+          continue;
+        }
+        const std::size_t most = std::min(split.size(), Index(n) - split.size()) - 1;
+        double sum = 0;
+        for (const Tree& other : trees) {
+          std::size_t nearest = most;
+          for (const Group& group : Groups(other, true)) {
+            nearest = std::min(nearest, Apart(split, group, Index(n)));
+          }
+          sum += measure == SupportMeasure::kTransfer
+                     ? static_cast<double>(nearest) / static_cast<double>(most)
+                     : nearest > 0;
+        }
+        EXPECT_NEAR(edge.second, 1 - sum / 6, 1e-12);
+      }
+    }
+  }
+}
+
+TEST(WideSupport, TheConsensusHasTheGroupsOfMostTrees) {
+  std::mt19937 generator(2);
+  std::size_t inner = 0;
+  for (int trial = 0; trial < 60; ++trial) {
+    const int n = 4 + trial % 21;
+    const Tree common = test::RandomTree(n, generator);
+    std::vector<Tree> trees;
+    for (int k = 0; k < 4 + trial % 2; ++k) trees.push_back(Variant(common, 1, generator));
+    std::map<Group, std::pair<double, double>> expected;  // length and support
+    std::map<Group, int> had;
+    for (const Tree& tree : trees) {
+      const auto edges = Edges(tree);
+      for (const Group& group : Groups(tree, true)) {
+        ++had[group];
+        expected[group].first += edges.at(group).first;
+      }
+    }
+    for (const auto& [group, count] : had) {
+      if (2 * Index(count) <= trees.size()) {
+        expected.erase(group);
+        continue;
+      }
+      const bool single = group.size() == 1 || Index(n) - group.size() == 1;
+      expected[group].first /= count;
+      expected[group].second =
+          single ? Tree::kNoSupport : count / static_cast<double>(trees.size());
+      inner += single ? 0 : 1;
+    }
+    const Tree consensus = MajorityConsensus(trees);
+    EXPECT_EQ(Edges(consensus), expected);
+    EXPECT_EQ(consensus.At(consensus.root).children[0], 0);
+  }
+  EXPECT_GT(inner, 200u);
+}
+
+}  // namespace
+}  // namespace zorvek::wide

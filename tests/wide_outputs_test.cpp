@@ -1,0 +1,129 @@
+// What zorvek-wide writes, where, and what stays when it is stopped.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/wide_program.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using std::string;
+using zorvek::test::Contains;
+using zorvek::test::Ended;
+using Names = std::vector<string>;
+
+const string kProgram = ZORVEK_WIDE_PROGRAM;
+const string kCannot = " cannot be written: ";
+
+class WideOutputsTest : public zorvek::test::WideProgramTest {
+ protected:
+  WideOutputsTest() {
+    Write("x.fa", ">a\nACGTACGTAC\n>b\nACGTACGTAG\n>c\nACGTTCGAAC\n>d\nACCTTCGAAC\n");
+    tree_ = Tree("x.fa -o /dev/null --log /dev/null");
+    fs::remove(Path("tree"));
+  }
+
+  string tree_;  // in Newick's format
+};
+
+TEST_F(WideOutputsTest, GoToStandardOutputAndPipes) {
+  for (const char* path : {"-", "/dev/stdout", "/dev/fd/1"}) {
+    const Ended ended = Run(string("x.fa --newick ") + path + " | cat");
+    EXPECT_EQ(ended.out, tree_) << path;
+    EXPECT_TRUE(Contains(ended.err, "taxa        4\n")) << path;
+  }
+  EXPECT_EQ(Shell("bash -c '" + kProgram + " x.fa --newick >(cat) --quiet | cat'").out, tree_);
+  EXPECT_EQ(Run("x.fa --newick - --quiet > appended; cat appended").out, tree_);
+  EXPECT_TRUE(Contains(Run("x.fa -o - --quiet").out, "#NEXUS\n"));
+  EXPECT_EQ(Run("x.fa --newick - -o /dev/stdout").err,
+            "zorvek-wide: standard output is named twice; see zorvek-wide --help\n");
+  // A reader that leaves early keeps no file from being written.
+  EXPECT_EQ(Run("x.fa --newick - --prefix p | true; ls p.*").out, "p.wide.log\np.wide.nex\n");
+}
+
+TEST_F(WideOutputsTest, OfAPipeAreTheTreeAloneUnlessNamed) {
+  for (const char* input : {"cat x.fa | $P /dev/stdin", "$P /dev/stdin < x.fa"}) {
+    const Ended ended = Shell("P=" + kProgram + "; " + input);
+    EXPECT_EQ(ended.out, tree_) << input;
+    EXPECT_TRUE(Contains(ended.err, "tree        standard output\n")) << input;
+    EXPECT_EQ(Files(), Names{"x.fa"}) << input;
+  }
+  Shell("cat x.fa | " + kProgram + " /dev/stdin -o o");
+  EXPECT_EQ(Files(), (Names{"o", "x.fa"}));
+  Shell("mkdir r; cat x.fa | " + kProgram + " /dev/stdin --prefix r/y; mv r/* .; rmdir r");
+  EXPECT_EQ(Files(), (Names{"o", "x.fa", "y.wide.log", "y.wide.nex"}));
+}
+
+TEST_F(WideOutputsTest, ReplaceFilesWholeOrNotAtAll) {
+  Write("x.fa.wide.nex", "old");
+  Write("x.fa.wide.log", "old");
+  const std::vector<std::pair<string, string>> faults{
+      {"--draw nowhere/x.svg", "nowhere/x.svg:" + kCannot + "No such file or directory;"},
+      {"--newick /dev/full", "/dev/full:" + kCannot + "No space left on device;"},
+      {"--newick - > /dev/full", "standard output:" + kCannot + "No space left on device;"},
+      {"--newick . ", ".:" + kCannot + "Is a directory;"}};
+  for (const auto& [options, message] : faults) {
+    const Ended ended = Run("x.fa --distances x.dist " + options);
+    EXPECT_EQ(ended.status, 1) << options;
+    EXPECT_EQ(ended.err.find("zorvek-wide: " + message), 0u) << ended.err;
+    EXPECT_EQ(Read("x.fa.wide.nex") + Read("x.fa.wide.log"), "oldold") << options;
+    EXPECT_EQ(Files(), (Names{"x.fa", "x.fa.wide.log", "x.fa.wide.nex"})) << options;
+  }
+  // A file size limit strikes at the second file, when the first is complete.
+  EXPECT_EQ(Shell("ulimit -f 1; " + kProgram + " x.fa --draw x.svg --bootstrap 1").status, 1);
+  EXPECT_EQ(Read("x.fa.wide.nex") + Read("x.fa.wide.log"), "oldold");
+  EXPECT_EQ(Run("x.fa > /dev/full").status, 1);
+  EXPECT_TRUE(Contains(Read("x.fa.wide.nex"), "#NEXUS"));
+}
+
+TEST_F(WideOutputsTest, FollowLinksAndKeepPermissions) {
+  Write("far", "old");
+  fs::permissions(Path("far"), fs::perms::owner_read | fs::perms::owner_write);
+  fs::create_symlink("far", Path("near"));
+  EXPECT_EQ(Run("x.fa --newick near --prefix p").status, 0);
+  EXPECT_TRUE(fs::is_symlink(Path("near")));
+  EXPECT_EQ(Read("far"), tree_);
+  EXPECT_EQ(fs::status(Path("far")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_EQ(Run("x.fa --newick near -o far").status, 2);
+}
+
+// A tree that no pipe holds, so that the program waits for a reader with its files written but not
+// in place; `commands` are then run, $! being the program.
+string WhileWriting(const string& commands) {
+  return "mkfifo p; env --default-signal=QUIT " + kProgram +
+         " long.fa --newick p & exec 3<p; while [ ! -e long.fa.wide.log.tmp$! ]; do sleep .01; "
+         "done; " +
+         commands + "; rm p";
+}
+
+TEST_F(WideOutputsTest, LeaveNoTemporaryFileBehind) {
+  string text;
+  for (int taxon = 0; taxon < 50; ++taxon) {
+    text += ">" + string(3000, 'x') + std::to_string(taxon) + "\nACGTACGTAC\n";
+  }
+  Write("long.fa", text);
+  for (const auto& [number, name] : std::vector<std::pair<int, string>>{
+           {1, "HUP"}, {2, "INT"}, {3, "QUIT"}, {10, "USR1"}, {15, "TERM"}}) {
+    const bool asks = name != "QUIT" && name != "USR1";
+    const string kill = "kill -" + name + " $!; ";
+    const Ended ended = Shell("trap - QUIT; " +
+                              WhileWriting((asks ? kill + "sleep 1.1; " : "") + kill + "wait $!"));
+    EXPECT_EQ(Files(), (Names{"long.fa", "x.fa"})) << name;
+  }
+}
+
+TEST_F(WideOutputsTest, HoldTheBestTreeAfterAnInterruption) {
+  for (const char* signals : {"INT", "TERM", "HUP", "TERM HUP INT"}) {
+    const Ended ended =
+        Shell("mkfifo p; " + kProgram + " x.fa --newick p --patience 1000 & exec 3<p; for s in " +
+              string(signals) + "; do kill -$s $!; done; wait $! && cat <&3; rm p");
+    EXPECT_TRUE(Contains(ended.out, ", interrupted\n")) << signals;
+    EXPECT_TRUE(Contains(ended.out, tree_)) << signals;
+    EXPECT_EQ(Files(), (Names{"x.fa", "x.fa.wide.log", "x.fa.wide.nex"}));
+  }
+}
+
+}  // namespace

@@ -1,0 +1,31 @@
+#include "wide/criterion/fitted_tree.h"
+
+#include <algorithm>
+
+namespace zorvek::wide {
+
+namespace {
+
+constexpr double kRounding = 1e-12;  // of a length, as a share of the largest distance
+
+}  // namespace
+
+FittedTree Fitted(Neighbourhood& neighbourhood, const double* const* distances) {
+  FittedTree fitted;
+  fitted.tree = MakeTree(neighbourhood.Current(),
+                         [&](int u, int v) { return neighbourhood.EdgeLength(u, v); });
+  fitted.length = neighbourhood.Length();
+  double largest = 0;
+  for (int i = 0; i < fitted.tree.taxa; ++i) {
+    const double* row = distances[i];
+    largest = std::max(largest, *std::max_element(row, row + fitted.tree.taxa));
+  }
+  ClearRounding(kRounding * largest, fitted.tree);
+  return fitted;
+}
+
+FittedTree Fitted(Criterion criterion, const Topology& topology, const double* const* distances) {
+  return Fitted(*MakeNeighbourhood(criterion, topology, distances), distances);
+}
+
+}  // namespace zorvek::wide

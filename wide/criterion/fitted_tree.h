@@ -1,0 +1,24 @@
+// A tree with the edge lengths that a criterion estimates for it.
+#ifndef ZORVEK_WIDE_CRITERION_FITTED_TREE_H
+#define ZORVEK_WIDE_CRITERION_FITTED_TREE_H
+
+#include "wide/criterion/criterion.h"
+#include "wide/data/tree.h"
+
+namespace zorvek::wide {
+
+struct FittedTree {
+  Tree tree;
+  double length = 0;  // under the criterion
+};
+
+// The current tree of a neighbourhood. Edge lengths within 1e-12 of the largest distance from 0 are 0.
+// Cost: n^2.
+FittedTree Fitted(Neighbourhood& neighbourhood, const double* const* distances);
+
+// The same for a topology.  Requires: n >= 4, a symmetric matrix of finite numbers.
+FittedTree Fitted(Criterion criterion, const Topology& topology, const double* const* distances);
+
+}  // namespace zorvek::wide
+
+#endif

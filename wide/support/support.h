@@ -1,0 +1,48 @@
+// The support of the edges of a tree from other trees.
+#ifndef ZORVEK_WIDE_SUPPORT_SUPPORT_H
+#define ZORVEK_WIDE_SUPPORT_SUPPORT_H
+
+#include <vector>
+
+#include "wide/data/tree.h"
+#include "wide/support/splits.h"
+#include "wide/support/transfer.h"
+
+namespace zorvek::wide {
+
+enum class SupportMeasure {
+  kFrequency,  // the share of trees that have the group [Felsenstein1985]
+  kTransfer,  // the transfer bootstrap expectation: how near they come to it, on average [Lemoine2018]
+};
+
+// Adds up what trees say of the groups of one of them, the reference. All are unrooted and have the
+// same taxa; an edge that is written as 0 is a group of none of them (Tree::IsGroup).
+class SupportCount {
+ public:
+  // Requires: `reference` outlives the count, and nothing of it but supports changes.
+  SupportCount(const Tree& reference, SupportMeasure measure);
+
+  // By how far a tree misses the group above each node of the reference. May be called from several
+  // threads.  Cost: as SplitIndex::Shared and TransferIndex::Distances.
+  std::vector<int> Misses(const Tree& other) const;
+
+  void Add(const std::vector<int>& misses);
+
+  // Sets the supports of the reference, given once more to be changed: of its groups as was added up,
+  // if anything was, and of other edges to none.
+  void SetSupports(Tree& reference) const;
+
+ private:
+  SupportMeasure measure_;
+  SplitIndex splits_;
+  TransferIndex transfer_;
+  std::vector<long> misses_;  // of each node, sum over the trees
+  long trees_ = 0;
+};
+
+// The supports that `trees` give to the edges of `tree`.
+void SetSupports(const std::vector<Tree>& trees, SupportMeasure measure, Tree& tree);
+
+}  // namespace zorvek::wide
+
+#endif
