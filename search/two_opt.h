@@ -10,7 +10,8 @@ namespace zorvek {
 // tree is strictly shorter than `bound`: that exchange stays, every other is undone. Returns the
 // length of the tree with the exchange that stayed, else `bound`; then the lengths in the table are
 // those of the last trial. `horizon` is held within 0..n-1.
-// Reads: n, CL, DM1, horizon, r.  Requires: n >= 4; CL sorted, unless `horizon` is 0.  Cost: at most `horizon` Evaluates.
+// Reads: n, CL, DM1, horizon, r.  Requires: n >= 4; CL sorted, unless `horizon` is 0.
+// Cost: at most `horizon` Evaluates.
 double TWOoptLocalSearch(TreeTable tree, double bound);
 
 }  // namespace zorvek

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <new>
+#include <set>
 #include <sstream>
 #include <utility>
 
@@ -23,16 +24,32 @@ std::string OneLine(std::string text) {
   return text;
 }
 
-// Makes the taxa that a DATA block brings along.
+// Makes the taxa that a DATA block brings along, and releases those that the library forgets when
+// the block fails.
 class TaxaFactory : public NxsTaxaBlockFactory {
  public:
-  explicit TaxaFactory(const NxsTaxaBlock& prototype) : prototype_(prototype) {}
+  explicit TaxaFactory(double bytes) : bytes_(bytes) {}
+  ~TaxaFactory() override {
+    while (!alive_.empty()) delete *alive_.begin();
+  }
   NxsTaxaBlock* GetBlockReaderForID(const std::string&, NxsReader*, NxsToken*) override {
-    return prototype_.Clone();
+    return new Taxa(bytes_, alive_);
   }
 
  private:
-  const NxsTaxaBlock& prototype_;
+  class Taxa : public GuardedTaxa {
+   public:
+    Taxa(double bytes, std::set<Taxa*>& alive) : GuardedTaxa(bytes), alive_(alive) {
+      alive_.insert(this);
+    }
+    ~Taxa() override { alive_.erase(this); }
+
+   private:
+    std::set<Taxa*>& alive_;
+  };
+
+  const double bytes_;
+  std::set<Taxa*> alive_;
 };
 
 // Has the library read the text, with guards in front of all blocks; it keeps what it reads while
@@ -76,7 +93,7 @@ class LibraryReader : private MultiFormatReader {
       : MultiFormatReader(kBlocks, IGNORE_WARNINGS),
         bytes_(bytes),
         taxa_(bytes),
-        taxa_factory_(taxa_),
+        taxa_factory_(bytes),
         characters_(nullptr, nullptr, bytes),
         data_(nullptr, nullptr, bytes) {
     SetWarningOutputLevel(SUPPRESS_WARNINGS_LEVEL);
