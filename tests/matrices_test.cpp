@@ -222,7 +222,8 @@ TEST(Eigen, ValuesAloneAreThoseOfTheWholeSystem) {
   for (int trial = 0; trial < 4000; ++trial) {
     Values m(8, std::vector<double>(8));
     for (auto& row : m) {
-      for (double& x : row) x = normal(random) * std::pow(10.0, static_cast<int>(random() % 17) - 8);
+      for (double& x : row)
+        x = normal(random) * std::pow(10.0, static_cast<int>(random() % 17) - 8);
     }
     SCOPED_TRACE(trial);
     const Eigensystem compared(m);
@@ -238,8 +239,8 @@ TEST(Eigen, NotANumberOffTheDiagonal) {
     Values z = a;
     std::vector<double> wr(3, 7), wi(3, 7), fv(3);
     std::vector<int> iv(3);
-    EXPECT_EQ(EigenRG(static_cast<int>(order), Rows(a).data(), wr.data(), wi.data(),
-                      Rows(z).data(), iv.data(), fv.data()),
+    EXPECT_EQ(EigenRG(static_cast<int>(order), Rows(a).data(), wr.data(), wi.data(), Rows(z).data(),
+                      iv.data(), fv.data()),
               0);
     EXPECT_EQ(fv[0], 1) << "scaled for no gain";
     EXPECT_EQ(std::isnan(wr[0]), order == 2);

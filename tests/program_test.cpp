@@ -115,7 +115,8 @@ TEST_F(ProgramTest, OneSignalEndsTheSearchAndALaterOneTheProcess) {
   WriteExample();
   ASSERT_EQ(mkfifo(Path("primates.nex.phylogeny").c_str(), 0600), 0);
   const string both = "kill -TERM $!; kill -INT $!; sleep .1; kill -TERM $!; ";
-  const Ended ended = Interrupted("primates.nex", both + "timeout 9 cat primates.nex.phylogeny >tree");
+  const Ended ended =
+      Interrupted("primates.nex", both + "timeout 9 cat primates.nex.phylogeny >tree");
   EXPECT_EQ(ended.status, 0);
   EXPECT_TRUE(Contains(ended.out, "\ndone!\n"));
   EXPECT_TRUE(Contains(Read("tree"), "End;\n"));
