@@ -137,7 +137,7 @@ void AddSearch(CLI::App& app, Options& options) {
 
 void AddSupport(CLI::App& app, Options& options) {
   app.option_defaults()->group("Support");
-  AddNumber(app, "-b,--bootstrap", options.replicates, 1, kMost, "R",
+  AddNumber(app, "-b,--bootstrap", options.bootstrap.replicates, 1, kMost, "R",
             "replicates for the support of the branches");
   app.get_option("--bootstrap")->default_str("");
 }

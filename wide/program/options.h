@@ -21,7 +21,7 @@ struct Options {
   bool drop_undefined = false;
 
   SearchSettings search;
-  int replicates = 0;  // of the bootstrap; 0 for none
+  BootstrapSettings bootstrap;  // its search settings are not set here: they are those above
 
   std::string prefix;              // of the outputs that are not named; empty: the file's name
   std::vector<std::string> paths;  // of each of OutputKinds(); empty: it is not written

@@ -64,8 +64,7 @@ void SearchTree(const std::atomic<bool>& stop, ProgressLine& line, Results& resu
 }
 
 void AddSupport(const std::atomic<bool>& stop, ProgressLine& line, Results& results) {
-  BootstrapSettings settings;
-  settings.replicates = results.options.replicates;
+  BootstrapSettings settings = results.options.bootstrap;
   settings.search = results.options.search;
   settings.search.stop = &stop;
   settings.on_done = [&](int done) {
@@ -96,7 +95,7 @@ void Run(const Options& options) {
   {
     ProgressLine line(!options.quiet);
     SearchTree(interruption.Stop(), line, results);
-    if (options.replicates > 0) AddSupport(interruption.Stop(), line, results);
+    if (options.bootstrap.replicates > 0) AddSupport(interruption.Stop(), line, results);
   }
   outputs.WriteAll(results);
   results.interrupted = interruption.Stop();

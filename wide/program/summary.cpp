@@ -75,7 +75,7 @@ std::string Summary(const Results& results) {
   if (input.alignment) text += Line("sites", std::to_string(input.alignment->Sites()));
   text += Lengths(options.search.criterion, results.found);
   text += Line("negative", std::to_string(NegativeEdges(results.found.tree)) + " (written as 0)");
-  if (options.replicates > 0) text += Line("support", Support(results.support));
+  if (options.bootstrap.replicates > 0) text += Line("support", Support(results.support));
   text += Line("seed", std::to_string(options.search.seed) + Stop(results));
   text += Line("time", Rounded(results.seconds, 2) + " s, processor " +
                            Rounded(Seconds(usage.ru_utime) + Seconds(usage.ru_stime), 2) + " s");
