@@ -68,6 +68,22 @@ void AddPath(CLI::App& app, const std::string& names, std::string& value, const 
       });
 }
 
+void AddFile(CLI::App& app, const std::string& names, std::string& value, const std::string& help) {
+  Add(app, names, "FILE", help, "a file", [&value](const std::string& text) {
+    value = text;
+    return !text.empty() && text[0] != '-';
+  });
+}
+
+void AddTaxa(CLI::App& app, const std::string& names, std::vector<std::string>& taxa,
+             const std::string& help) {
+  app.add_option(names, taxa, help)
+      ->type_name("TAXON[,...]")
+      ->take_all()
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
 template <typename Value>
 using Choices = std::vector<std::pair<std::string, Value>>;  // by the names that are typed
 
@@ -100,11 +116,7 @@ void AddInput(CLI::App& app, Options& options) {
   Choices<std::string> formats;
   for (const std::string& format : AlignmentFormats()) formats.emplace_back(format, format);
   AddChoice(app, "--format", options.format, formats, "not guessed by the content");
-  app.add_option("--leave-out", options.leave_out, "taxa to leave out, commas between them")
-      ->type_name("TAXON[,...]")
-      ->take_all()
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  AddTaxa(app, "--leave-out", options.leave_out, "taxa to leave out, commas between them");
   app.add_flag("--drop-undefined", options.drop_undefined,
                "leave out the fewest taxa, so that every pair left has a distance");
 }
@@ -112,6 +124,8 @@ void AddInput(CLI::App& app, Options& options) {
 void AddSearch(CLI::App& app, Options& options) {
   app.option_defaults()->group("Search");
   SearchSettings& search = options.search;
+  AddFile(app, "--tree", options.start_tree, "a tree to start from: Newick or NEXUS");
+  AddFile(app, "--evaluate", options.evaluate, "trees to fit and compare, and no search");
   AddChoice<Criterion>(app, "--criterion", search.criterion,
                        {{"balanced", Criterion::kBalanced}, {"ols", Criterion::kOls}},
                        "what is made small");
@@ -137,9 +151,26 @@ void AddSearch(CLI::App& app, Options& options) {
 
 void AddSupport(CLI::App& app, Options& options) {
   app.option_defaults()->group("Support");
-  AddNumber(app, "-b,--bootstrap", options.bootstrap.replicates, 1, kMost, "R",
-            "replicates for the support of the branches");
-  app.get_option("--bootstrap")->default_str("");
+  BootstrapSettings& bootstrap = options.bootstrap;
+  Add(app, "-b,--bootstrap", "R", "replicates for the support of the branches, or a range of them",
+      "a number of replicates, or a range such as 51-100", [&bootstrap](const std::string& text) {
+        const std::size_t dash = text.find('-');
+        int last = 0;
+        if (dash != text.npos && !ReadNumber(text.substr(0, dash), 1, kMost, bootstrap.first)) {
+          return false;
+        }
+        const std::string end = dash == text.npos ? text : text.substr(dash + 1);
+        const bool good = ReadNumber(end, bootstrap.first, kMost, last);
+        bootstrap.replicates = last - bootstrap.first + 1;
+        return good;
+      });
+  app.add_option("--support-from", options.support_from,
+                 "files of trees from which the support comes instead")
+      ->type_name("FILE ...");
+  AddChoice<SupportMeasure>(
+      app, "--support", bootstrap.measure,
+      {{"fbp", SupportMeasure::kFrequency}, {"tbe", SupportMeasure::kTransfer}},
+      "the share of trees with a branch, or their transfer distance from it");
 }
 
 void AddOutput(CLI::App& app, Options& options) {
@@ -149,6 +180,8 @@ void AddOutput(CLI::App& app, Options& options) {
   for (std::size_t kind = 0; kind < options.paths.size(); ++kind) {
     AddPath(app, OutputKinds()[kind].option, options.paths[kind], OutputKinds()[kind].help);
   }
+  AddTaxa(app, "--outgroup", options.outgroup, "taxa beyond the root, commas between them");
+  app.add_flag("--midpoint", options.midpoint, "the root is midway between the farthest taxa");
   AddChoice<Layout>(app, "--layout", options.layout,
                     {{"unrooted", Layout::kUnrooted}, {"phylogram", Layout::kPhylogram}},
                     "of the picture");
@@ -173,6 +206,9 @@ void CheckExtras(const CLI::App& app, const Options& options) {
 void CheckCombinations(const CLI::App& app, const Options& options) {
   const SearchSettings& search = options.search;
   const bool descent_alone = search.iterations > 0 && search.moves != Moves::kSpr;
+  const bool evaluates = !options.evaluate.empty();
+  const bool given_support = !options.support_from.empty();
+  const bool unsupported = options.bootstrap.replicates == 0 && !given_support;
   struct Rule {
     const char* option;
     bool idle;
@@ -186,12 +222,22 @@ void CheckCombinations(const CLI::App& app, const Options& options) {
       {"--rounds", descent_alone, "without --search spr"},
       {"--patience", search.iterations == 0, "without --iterations"},
       {"--time", search.starts < 2 && search.moves == Moves::kNone, "with --search none"},
+      {"--bootstrap", given_support, "with --support-from"},
+      {"--midpoint", !options.outgroup.empty(), "with --outgroup"},
       {"--layout", PathOf(options, "--draw").empty(), "without --draw"},
   };
-  for (const Rule& rule : rules) {
+  const auto check = [&](const Rule& rule) {
     if (rule.idle && app.count(rule.option) > 0) {
       throw BadUsage(std::string(rule.option) + " does nothing " + rule.why);
     }
+  };
+  for (const Rule& rule : rules) check(rule);
+  for (const char* option : {"--tree", "--search", "--starts", "--greedy", "--iterations",
+                             "--rounds", "--time", "--patience", "--log"}) {
+    check({option, evaluates, "with --evaluate, which makes no search"});
+  }
+  for (const char* option : {"--support", "--bootstrap-trees", "--consensus"}) {
+    check({option, unsupported, "without --bootstrap or --support-from"});
   }
 }
 
@@ -208,6 +254,8 @@ void SettleIterations(const CLI::App& app, SearchSettings& search) {
 void CheckPaths(const Options& options) {
   std::vector<std::filesystem::path> taken;
   std::vector<std::string> paths = options.paths;
+  for (const std::string& read : {options.start_tree, options.evaluate}) paths.push_back(read);
+  paths.insert(paths.end(), options.support_from.begin(), options.support_from.end());
   if (DescriptorNamed(options.file) < 0) paths.insert(paths.begin(), options.file);
   for (const std::string& path : paths) {
     if (path.empty()) continue;
