@@ -44,7 +44,7 @@ class NewickLinks {
     ++at_;
     Word();
     for (std::size_t i = 0; i < children.size(); ++i) {
-      links_.at[static_cast<std::size_t>(next_ - links_.taxa)][i] = children[i];
+      links_.adjacent[static_cast<std::size_t>(next_ - links_.taxa)][i] = children[i];
       links_.Replace(children[i], -1, next_);
     }
     return next_++;

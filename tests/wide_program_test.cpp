@@ -169,23 +169,6 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
   EXPECT_TRUE(Contains(Run(".").err, ".: cannot be read: Is a directory"));
 }
 
-TEST_F(WideProgramTest, AnswersWrongUsageWithStatusTwo) {
-  Write("a.fa", Fasta());
-  for (const char* arguments :
-       {"", "a.fa b.fa", "a.fa --nonsense", "a.fa --rounds -1", "a.fa --search nni --iterations 1",
-        "a.fa --greedy 2", "a.fa --time x", "a.fa --matrix --bootstrap 3", "a.fa --format html",
-        "a.fa --layout phylogram", "a.fa --newick x --draw ./x", "a.fa --output a.fa",
-        "a.fa --threads 0"}) {
-    const Ended ended = Run(arguments);
-    EXPECT_EQ(ended.status, 2) << arguments;
-    EXPECT_EQ(ended.out, "") << arguments;
-    EXPECT_TRUE(
-        std::regex_match(ended.err, std::regex("zorvek-wide: .*; see zorvek-wide --help\n")))
-        << ended.err;
-  }
-  EXPECT_EQ(Files(), std::vector<string>{"a.fa"});
-}
-
 // b and c share no site with f and g, and h has none at all.
 TEST_F(WideProgramTest, NamesPairsWithoutADistanceAndLeavesTaxaOut) {
   const string left = ">a\nACGTACGTACCTACGA\n>b\nACGTACGT--------\n>c\nACGAACTT--------\n";

@@ -24,8 +24,4 @@ FittedTree Fitted(Neighbourhood& neighbourhood, const double* const* distances) 
   return fitted;
 }
 
-FittedTree Fitted(Criterion criterion, const Topology& topology, const double* const* distances) {
-  return Fitted(*MakeNeighbourhood(criterion, topology, distances), distances);
-}
-
 }  // namespace zorvek::wide

@@ -2,7 +2,7 @@
 #ifndef ZORVEK_WIDE_CRITERION_FITTED_TREE_H
 #define ZORVEK_WIDE_CRITERION_FITTED_TREE_H
 
-#include "wide/criterion/criterion.h"
+#include "wide/criterion/neighbourhood.h"
 #include "wide/data/tree.h"
 
 namespace zorvek::wide {
@@ -15,9 +15,6 @@ struct FittedTree {
 // The current tree of a neighbourhood. Edge lengths within 1e-12 of the largest distance from 0 are 0.
 // Cost: n^2.
 FittedTree Fitted(Neighbourhood& neighbourhood, const double* const* distances);
-
-// The same for a topology.  Requires: n >= 4, a symmetric matrix of finite numbers.
-FittedTree Fitted(Criterion criterion, const Topology& topology, const double* const* distances);
 
 }  // namespace zorvek::wide
 

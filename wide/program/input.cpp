@@ -4,6 +4,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "core/index.h"
 #include "wide/data/error.h"
 #include "wide/data/labels.h"
 #include "wide/formats/alignment_file.h"
@@ -31,19 +32,10 @@ std::vector<std::string> Named(const std::vector<std::string>& values,
 }
 
 void LeaveOutNamed(const Options& options, Input& input) {
-  std::vector<std::string> folded;
-  for (const std::string& label : input.Labels()) folded.push_back(Folded(label));
-  std::vector<bool> left_out(folded.size());
-  Faults faults;
-  for (const std::string& name : Named(options.leave_out, folded)) {
-    const auto found = std::find(folded.begin(), folded.end(), Folded(name));
-    if (found == folded.end()) {
-      faults.Add(At(options.file) + ": no taxon " + name + " to leave out; fix the label");
-    } else {
-      left_out[static_cast<std::size_t>(found - folded.begin())] = true;
-    }
+  std::vector<bool> left_out(input.Labels().size());
+  for (const int taxon : NamedTaxa(options.leave_out, "to leave out", options, input)) {
+    left_out[Index(taxon)] = true;
   }
-  faults.ThrowIfAny();
   LeaveOut(left_out, input);
 }
 
@@ -70,6 +62,22 @@ void ReadSequences(const Options& options, const std::string& text, Input& input
 }
 
 }  // namespace
+
+std::vector<int> NamedTaxa(const std::vector<std::string>& values, const std::string& purpose,
+                           const Options& options, const Input& input) {
+  std::vector<std::string> folded;
+  for (const std::string& label : input.Labels()) folded.push_back(Folded(label));
+  std::vector<int> taxa;
+  Faults faults;
+  for (const std::string& name : Named(values, folded)) {
+    const auto found = std::find(folded.begin(), folded.end(), Folded(name));
+    taxa.push_back(static_cast<int>(found - folded.begin()));
+    if (found != folded.end()) continue;
+    faults.Add(At(options.file) + ": no taxon " + name + " " + purpose + "; fix the label");
+  }
+  faults.ThrowIfAny();
+  return taxa;
+}
 
 void LeaveOut(const std::vector<bool>& left_out, Input& input) {
   for (std::size_t i = 0; i < left_out.size(); ++i) {

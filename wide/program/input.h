@@ -33,6 +33,11 @@ Input ReadInput(const Options& options);
 // Takes the marked taxa out of all that `input` holds, and notes their labels.
 void LeaveOut(const std::vector<bool>& left_out, Input& input);
 
+// The taxa that the values of an option name: a value is a label, or labels between commas. Throws Error
+// with those that there are not; `purpose` ends "no taxon A ...".
+std::vector<int> NamedTaxa(const std::vector<std::string>& values, const std::string& purpose,
+                           const Options& options, const Input& input);
+
 // Throws Error if fewer than 4 taxa are there.
 void CheckSize(const Options& options, const Input& input);
 

@@ -5,117 +5,248 @@
 #include <filesystem>
 #include <iostream>
 #include <limits>
-#include <map>
+#include <sstream>
+#include <stdexcept>
 #include <thread>
+#include <type_traits>
+#include <utility>
 
 #include "wide/formats/alignment_file.h"
 #include "wide/program/outputs.h"
+#include "wide/program/values.h"
 
 namespace zorvek::wide {
 
 namespace {
 
 constexpr int kBadUsage = 2;
-constexpr int kMost = std::numeric_limits<int>::max();
+constexpr int kMost = 1000000;  // starts, replicates
 
-void AddInput(CLI::App& app, Options& options) {
-  app.add_option("file", options.file, "aligned DNA sequences: NEXUS, FASTA or relaxed PHYLIP")
-      ->required()
-      ->type_name("FILE");
-  auto* matrix =
-      app.add_flag("--matrix", options.matrix, "FILE is a PHYLIP square distance matrix");
-  app.add_option("--format", options.format, "nexus, fasta or phylip, not guessed by the content")
-      ->transform(CLI::IsMember(AlignmentFormats(), CLI::ignore_case).description(""))
-      ->type_name("NAME")
-      ->excludes(matrix);
-  app.add_option("--leave-out", options.leave_out, "taxa to leave out, commas between them")
+struct BadUsage : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// The options are added by these, each with its names, the place of its value, and its help. The
+// value that is there beforehand is the default that the help shows.
+
+template <typename Read>
+CLI::Option* Add(CLI::App& app, const std::string& names, const std::string& type,
+                 const std::string& help, const std::string& wants, const Read& read) {
+  const std::string name = names.substr(names.find(',') + 1);
+  const auto take = [=](const std::string& text) {
+    if (!read(text)) throw BadUsage(name + " wants " + wants + ", not '" + text + "'");
+  };
+  return app.add_option_function<std::string>(names, take, help)->type_name(type);
+}
+
+template <typename Number>
+void AddNumber(CLI::App& app, const std::string& names, Number& value, Number least, Number most,
+               const std::string& type, const std::string& help) {
+  const auto text = [](Number number) {
+    std::ostringstream stream;
+    stream << number;
+    return stream.str();
+  };
+  std::string wants = std::is_integral_v<Number> ? "a whole number" : "a number";
+  const bool open = most == std::numeric_limits<Number>::max();
+  wants += open ? " of " + text(least) + " or more" : " from " + text(least) + " to " + text(most);
+  Add(app, names, type, help, wants, [=, &value](const std::string& typed) {
+    return ReadNumber(typed, least, most, value);
+  })->default_str(text(value));
+}
+
+void AddTime(CLI::App& app, const std::string& names, double& value, const std::string& help) {
+  Add(app, names, "TIME", help, "a time above 0, such as 90, 90s, 10m or 1.5h",
+      [&value](const std::string& text) { return ReadTime(text, value); });
+}
+
+void AddPath(CLI::App& app, const std::string& names, std::string& value, const std::string& help) {
+  Add(app, names, "PATH", help, "a path, or - for standard output",
+      [&value](const std::string& text) {
+        value = text;
+        return text == "-" || (!text.empty() && text[0] != '-');
+      });
+}
+
+void AddFile(CLI::App& app, const std::string& names, std::string& value, const std::string& help) {
+  Add(app, names, "FILE", help, "a file", [&value](const std::string& text) {
+    value = text;
+    return !text.empty() && text[0] != '-';
+  });
+}
+
+void AddTaxa(CLI::App& app, const std::string& names, std::vector<std::string>& taxa,
+             const std::string& help) {
+  app.add_option(names, taxa, help)
       ->type_name("TAXON[,...]")
       ->take_all()
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+template <typename Value>
+using Choices = std::vector<std::pair<std::string, Value>>;  // by the names that are typed
+
+template <typename Value>
+void AddChoice(CLI::App& app, const std::string& names, Value& value, const Choices<Value>& choices,
+               const std::string& help) {
+  std::string listed;
+  std::string given;
+  for (std::size_t i = 0; i < choices.size(); ++i) {
+    listed += (i == 0 ? "" : i + 1 == choices.size() ? " or " : ", ") + choices[i].first;
+    if (choices[i].second == value) given = choices[i].first;
+  }
+  Add(app, names, "NAME", help + (help.empty() ? "" : ": ") + listed, listed,
+      [=, &value](const std::string& text) {
+        for (const auto& [name, choice] : choices) {
+          if (CLI::detail::to_lower(text) == name) value = choice;
+          if (CLI::detail::to_lower(text) == name) return true;
+        }
+        return false;
+      })
+      ->default_str(given);
+}
+
+void AddInput(CLI::App& app, Options& options) {
+  app.option_defaults()->group("Input");
+  app.add_option("file", options.file,
+                 "aligned DNA sequences: NEXUS, FASTA or relaxed PHYLIP; - is standard input")
+      ->type_name("FILE");
+  app.add_flag("--matrix", options.matrix, "FILE is a PHYLIP square distance matrix");
+  Choices<std::string> formats;
+  for (const std::string& format : AlignmentFormats()) formats.emplace_back(format, format);
+  AddChoice(app, "--format", options.format, formats, "not guessed by the content");
+  AddTaxa(app, "--leave-out", options.leave_out, "taxa to leave out, commas between them");
   app.add_flag("--drop-undefined", options.drop_undefined,
                "leave out the fewest taxa, so that every pair left has a distance");
-  app.add_option("--bootstrap", options.replicates, "replicates for the support of the branches")
-      ->type_name("R")
-      ->check(CLI::Range(1, kMost).description(""))
-      ->excludes(matrix);
 }
 
 void AddSearch(CLI::App& app, Options& options) {
-  app.add_option("--starts", options.search.starts,
-                 "starting trees: neighbour joining, then randomised")
-      ->type_name("N")
-      ->check(CLI::Range(1, kMost).description(""))
-      ->capture_default_str();
-  app.add_option("--greedy", options.search.greedy,
-                 "share of greedy joins in the randomised ones, 0 to 1")
-      ->type_name("X")
-      ->check(CLI::Range(0.0, 1.0).description(""))
-      ->capture_default_str();
-  app.add_option("--seed", options.search.seed, "seed of all random choices")
-      ->type_name("N")
-      ->capture_default_str();
-  const std::map<std::string, Criterion> criteria{{"balanced", Criterion::kBalanced},
-                                                  {"ols", Criterion::kOls}};
-  const std::map<std::string, Moves> moves{
-      {"none", Moves::kNone}, {"nni", Moves::kNni}, {"spr", Moves::kSpr}};
-  app.add_option("--criterion", options.search.criterion, "balanced or ols; balanced unless given")
-      ->transform(CLI::CheckedTransformer(criteria, CLI::ignore_case).description(""))
-      ->type_name("NAME");
-  app.add_option("--search", options.search.moves, "none, nni or spr; spr unless given")
-      ->transform(CLI::CheckedTransformer(moves, CLI::ignore_case).description(""))
-      ->type_name("NAME");
+  app.option_defaults()->group("Search");
+  SearchSettings& search = options.search;
+  AddFile(app, "--tree", options.start_tree, "a tree to start from: Newick or NEXUS");
+  AddFile(app, "--evaluate", options.evaluate, "trees to fit and compare, and no search");
+  AddChoice<Criterion>(app, "--criterion", search.criterion,
+                       {{"balanced", Criterion::kBalanced}, {"ols", Criterion::kOls}},
+                       "what is made small");
+  AddChoice<Moves>(app, "--search", search.moves,
+                   {{"none", Moves::kNone}, {"nni", Moves::kNni}, {"spr", Moves::kSpr}},
+                   "how a starting tree is improved");
+  AddNumber(app, "--starts", search.starts, 1, kMost, "N",
+            "starting trees: neighbour joining, then randomised");
+  AddNumber(app, "--greedy", search.greedy, 0.0, 1.0, "X",
+            "share of greedy joins in the randomised ones");
+  AddNumber(app, "--seed", search.seed, std::uint64_t{0}, std::numeric_limits<std::uint64_t>::max(),
+            "N", "seed of all random choices");
   for (const char* name : {"--iterations", "--rounds"}) {
-    app.add_option(name, options.search.iterations,
-                   "perturbations to try; 0, or no limit with --time or --patience")
-        ->type_name("N")
-        ->check(CLI::Range(0L, SearchSettings::kUnlimited).description(""));
+    AddNumber(app, name, search.iterations, 0L, SearchSettings::kUnlimited, "N",
+              "perturbations to try; no limit with --time or --patience");
   }
   app.get_option("--rounds")->group("");  // its former name
-  app.add_option("--threads", options.search.threads, "threads; all cores unless given")
-      ->type_name("N")
-      ->check(CLI::Range(1, 4096).description(""));
-  app.add_option("--time", options.search.seconds, "seconds after which the search ends")
-      ->type_name("S")
-      ->check(CLI::PositiveNumber.description(""));
-  app.add_option("--patience", options.search.patience,
-                 "seconds without improvement that end the search")
-      ->type_name("S")
-      ->check(CLI::PositiveNumber.description(""));
+  AddTime(app, "--time", search.seconds, "the search ends then");
+  AddTime(app, "--patience", search.patience,
+          "the search ends when there was no improvement for so long");
+  AddNumber(app, "-t,--threads", search.threads, 1, 4096, "N", "threads, as many as cores");
+}
+
+void AddSupport(CLI::App& app, Options& options) {
+  app.option_defaults()->group("Support");
+  BootstrapSettings& bootstrap = options.bootstrap;
+  Add(app, "-b,--bootstrap", "R", "replicates for the support of the branches, or a range of them",
+      "a number of replicates, or a range such as 51-100", [&bootstrap](const std::string& text) {
+        const std::size_t dash = text.find('-');
+        int last = 0;
+        if (dash != text.npos && !ReadNumber(text.substr(0, dash), 1, kMost, bootstrap.first)) {
+          return false;
+        }
+        const std::string end = dash == text.npos ? text : text.substr(dash + 1);
+        const bool good = ReadNumber(end, bootstrap.first, kMost, last);
+        bootstrap.replicates = last - bootstrap.first + 1;
+        return good;
+      });
+  app.add_option("--support-from", options.support_from,
+                 "files of trees from which the support comes instead")
+      ->type_name("FILE ...");
+  AddChoice<SupportMeasure>(
+      app, "--support", bootstrap.measure,
+      {{"fbp", SupportMeasure::kFrequency}, {"tbe", SupportMeasure::kTransfer}},
+      "the share of trees with a branch, or their transfer distance from it");
 }
 
 void AddOutput(CLI::App& app, Options& options) {
-  const std::map<std::string, Layout> layouts{{"unrooted", Layout::kUnrooted},
-                                              {"phylogram", Layout::kPhylogram}};
+  app.option_defaults()->group("Output");
+  AddPath(app, "--prefix", options.prefix, "what the names of all outputs begin with; FILE");
   options.paths.resize(OutputKinds().size());
-  app.add_option("--prefix", options.prefix, "what the names of all outputs begin with; FILE")
-      ->type_name("PATH");
   for (std::size_t kind = 0; kind < options.paths.size(); ++kind) {
-    app.add_option(OutputKinds()[kind].option, options.paths[kind], OutputKinds()[kind].help)
-        ->type_name("PATH");
+    AddPath(app, OutputKinds()[kind].option, options.paths[kind], OutputKinds()[kind].help);
   }
-  app.add_option("--layout", options.layout, "unrooted or phylogram; unrooted unless given")
-      ->transform(CLI::CheckedTransformer(layouts, CLI::ignore_case).description(""))
-      ->type_name("NAME")
-      ->needs(app.get_option("--draw"));
+  AddTaxa(app, "--outgroup", options.outgroup, "taxa beyond the root, commas between them");
+  app.add_flag("--midpoint", options.midpoint, "the root is midway between the farthest taxa");
+  AddChoice<Layout>(app, "--layout", options.layout,
+                    {{"unrooted", Layout::kUnrooted}, {"phylogram", Layout::kPhylogram}},
+                    "of the picture");
   app.add_flag("--quiet", options.quiet, "neither progress nor summary");
 }
 
-void AddDefaults(const CLI::App& app, Options& options) {
-  NameOutputs(options);
-  if (app.count("--threads") == 0) {
-    options.search.threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+// What the parser leaves over: options that there are not, and files beyond the first.
+void CheckExtras(const CLI::App& app, const Options& options) {
+  for (const std::string& extra : app.remaining()) {
+    if (extra.rfind("--alpha", 0) == 0) {
+      throw BadUsage(
+          "--alpha is no longer an option: the share of greedy joins is --greedy, the "
+          "shape of the gamma distribution --gamma");
+    }
+    if (extra.size() > 1 && extra[0] == '-') throw BadUsage("there is no option " + extra);
+    throw BadUsage("one file at a time, not " + options.file + " and " + extra);
   }
-  const bool clock = options.search.seconds > 0 || options.search.patience > 0;
-  const bool counted = app.count("--iterations") + app.count("--rounds") > 0;
-  if (clock && !counted && options.search.moves == Moves::kSpr) {
-    options.search.iterations = SearchSettings::kUnlimited;
+  if (options.file.empty()) throw BadUsage("no file; name one with aligned sequences");
+}
+
+// Options that would do nothing as the others are.
+void CheckCombinations(const CLI::App& app, const Options& options) {
+  const SearchSettings& search = options.search;
+  const bool descent_alone = search.iterations > 0 && search.moves != Moves::kSpr;
+  const bool evaluates = !options.evaluate.empty();
+  const bool given_support = !options.support_from.empty();
+  const bool unsupported = options.bootstrap.replicates == 0 && !given_support;
+  struct Rule {
+    const char* option;
+    bool idle;
+    const char* why;
+  };
+  const Rule rules[] = {
+      {"--format", options.matrix, "with --matrix, which has a format of its own"},
+      {"--bootstrap", options.matrix, "with --matrix, which has no sites to draw"},
+      {"--greedy", search.starts < 2, "without --starts of 2 or more"},
+      {"--iterations", descent_alone, "without --search spr"},
+      {"--rounds", descent_alone, "without --search spr"},
+      {"--patience", search.iterations == 0, "without --iterations"},
+      {"--time", search.starts < 2 && search.moves == Moves::kNone, "with --search none"},
+      {"--bootstrap", given_support, "with --support-from"},
+      {"--midpoint", !options.outgroup.empty(), "with --outgroup"},
+      {"--layout", PathOf(options, "--draw").empty(), "without --draw"},
+  };
+  const auto check = [&](const Rule& rule) {
+    if (rule.idle && app.count(rule.option) > 0) {
+      throw BadUsage(std::string(rule.option) + " does nothing " + rule.why);
+    }
+  };
+  for (const Rule& rule : rules) check(rule);
+  for (const char* option : {"--tree", "--search", "--starts", "--greedy", "--iterations",
+                             "--rounds", "--time", "--patience", "--log"}) {
+    check({option, evaluates, "with --evaluate, which makes no search"});
+  }
+  for (const char* option : {"--support", "--bootstrap-trees", "--consensus"}) {
+    check({option, unsupported, "without --bootstrap or --support-from"});
   }
 }
 
-void CheckSearch(const SearchSettings& search) {
-  if (search.iterations != 0 && search.moves != Moves::kSpr) {
-    throw CLI::ValidationError("--iterations needs --search spr");
+// With a limit to its time the search goes on until then, unless iterations are counted.
+void SettleIterations(const CLI::App& app, SearchSettings& search) {
+  const bool clock = search.seconds > 0 || search.patience > 0;
+  if (clock && app.count("--iterations") + app.count("--rounds") == 0 &&
+      search.moves == Moves::kSpr) {
+    search.iterations = SearchSettings::kUnlimited;
   }
 }
 
@@ -123,6 +254,8 @@ void CheckSearch(const SearchSettings& search) {
 void CheckPaths(const Options& options) {
   std::vector<std::filesystem::path> taken;
   std::vector<std::string> paths = options.paths;
+  for (const std::string& read : {options.start_tree, options.evaluate}) paths.push_back(read);
+  paths.insert(paths.end(), options.support_from.begin(), options.support_from.end());
   if (DescriptorNamed(options.file) < 0) paths.insert(paths.begin(), options.file);
   for (const std::string& path : paths) {
     if (path.empty()) continue;
@@ -131,7 +264,7 @@ void CheckPaths(const Options& options) {
     if (path == "-") place = path;
     if (error || std::filesystem::is_character_file(place, error)) continue;
     if (std::find(taken.begin(), taken.end(), place) != taken.end()) {
-      throw CLI::ValidationError((path == "-" ? "standard output" : path) + " is named twice");
+      throw BadUsage((path == "-" ? "standard output" : path) + " is named twice");
     }
     taken.push_back(place);
   }
@@ -142,23 +275,37 @@ void CheckPaths(const Options& options) {
 bool ParseOptions(int argc, char** argv, Options& options, int& status) {
   CLI::App app("Finds the shortest minimum-evolution tree of aligned DNA sequences.",
                "zorvek-wide");
-  app.set_version_flag("--version", "zorvek-wide " ZORVEK_VERSION);
-  app.set_help_flag("--help", "this text");
+  app.set_version_flag("--version", "zorvek-wide " ZORVEK_VERSION, "the version");
+  app.set_help_flag("-h,--help", "this text");
+  app.allow_extras();
+  options.search.threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
   AddInput(app, options);
   AddSearch(app, options);
+  AddSupport(app, options);
   AddOutput(app, options);
+  std::string fault;
   try {
     app.parse(argc, argv);
-    AddDefaults(app, options);
-    CheckSearch(options.search);
+    CheckExtras(app, options);
+    SettleIterations(app, options.search);
+    CheckCombinations(app, options);
+    NameOutputs(options);
     CheckPaths(options);
     return true;
   } catch (const CLI::Success& asked) {
     status = app.exit(asked);
-  } catch (const CLI::ParseError& fault) {
-    std::cerr << "zorvek-wide: " << fault.what() << "; see zorvek-wide --help\n";
-    status = kBadUsage;
+    return false;
+  } catch (const CLI::ArgumentMismatch& mismatch) {
+    const std::string what = mismatch.what();  // begins with the option
+    const std::string name = what.substr(0, what.find(':'));
+    fault = name + (app.count(name) > 1 ? " is given more than once" : " wants a value");
+  } catch (const CLI::ParseError& other) {
+    fault = other.what();
+  } catch (const BadUsage& usage) {
+    fault = usage.what();
   }
+  std::cerr << "zorvek-wide: " << fault << "; see zorvek-wide --help\n";
+  status = kBadUsage;
   return false;
 }
 

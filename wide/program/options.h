@@ -21,7 +21,14 @@ struct Options {
   bool drop_undefined = false;
 
   SearchSettings search;
-  int replicates = 0;  // of the bootstrap; 0 for none
+  std::string start_tree;  // file of the tree from which the search sets out; empty: none
+  std::string evaluate;    // file of trees that are only fitted, without a search; empty: none
+
+  BootstrapSettings bootstrap;  // its search settings are not set here: they are those above
+  std::vector<std::string> support_from;  // files of trees from which the supports come
+
+  std::vector<std::string> outgroup;  // as leave_out
+  bool midpoint = false;              // the root stands there; neither: the tree is unrooted
 
   std::string prefix;              // of the outputs that are not named; empty: the file's name
   std::vector<std::string> paths;  // of each of OutputKinds(); empty: it is not written

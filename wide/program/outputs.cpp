@@ -9,6 +9,8 @@
 #include "wide/formats/matrix_file.h"
 #include "wide/formats/newick.h"
 #include "wide/program/summary.h"
+#include "wide/program/trees.h"
+#include "wide/support/consensus.h"
 
 namespace zorvek::wide {
 
@@ -17,11 +19,28 @@ namespace fs = std::filesystem;
 namespace {
 
 std::string NexusText(const Results& results) {
-  return NexusTrees({results.found.tree}, results.input.Labels());
+  return NexusTrees(results.trees, results.input.Labels());
+}
+
+std::string NewickLines(const std::vector<Tree>& trees, const Results& results) {
+  std::string text;
+  for (const Tree& tree : trees) text += Newick(tree, results.input.Labels()) + "\n";
+  return text;
 }
 
 std::string NewickText(const Results& results) {
-  return Newick(results.found.tree, results.input.Labels()) + "\n";
+  return NewickLines(results.trees, results);
+}
+
+std::string ReplicatesText(const Results& results) {
+  return NewickLines(results.support.trees, results);
+}
+
+std::string ConsensusText(const Results& results) {
+  if (results.support.trees.empty()) return "";  // the run was interrupted
+  return Newick(Rooted(MajorityConsensus(results.support.trees), results.options, results.input),
+                results.input.Labels()) +
+         "\n";
 }
 
 std::string DistancesText(const Results& results) {
@@ -29,7 +48,7 @@ std::string DistancesText(const Results& results) {
 }
 
 std::string PictureText(const Results& results) {
-  return DrawSvg(results.found.tree, results.input.Labels(), results.options.layout);
+  return DrawSvg(results.trees[0], results.input.Labels(), results.options.layout);
 }
 
 // Whether the file has no name that outputs could be named after.
@@ -56,6 +75,9 @@ std::vector<OutputKind> OutputKinds() {
       {"--newick", "the tree in Newick's format", nullptr, NewickText},
       {"--distances", "the distances, a PHYLIP square matrix", nullptr, DistancesText},
       {"--draw", "a picture of the tree, SVG", nullptr, PictureText},
+      {"--bootstrap-trees", "the trees of the replicates in Newick's format, a line each", nullptr,
+       ReplicatesText},
+      {"--consensus", "their majority-rule consensus in Newick's format", nullptr, ConsensusText},
       {"--log", "the improvements of the search; FILE.wide.log unless given", ".wide.log", RunLog},
   };
 }
@@ -70,9 +92,14 @@ const std::string& PathOf(const Options& options, const std::string& option) {
   return options.paths.at(static_cast<std::size_t>(found - kinds.begin()));
 }
 
+bool WantsReplicates(const Options& options) {
+  return !PathOf(options, "--bootstrap-trees").empty() || !PathOf(options, "--consensus").empty();
+}
+
 void NameOutputs(Options& options) {
   const std::vector<OutputKind> kinds = OutputKinds();
   const std::string prefix = Prefix(options);
+  const bool searches = options.evaluate.empty();  // else the summary is what is wanted
   bool named = false;
   for (std::size_t k = 0; k < kinds.size(); ++k) {
     std::string& path = options.paths[k];
@@ -81,10 +108,10 @@ void NameOutputs(Options& options) {
   }
   for (std::size_t k = 0; k < kinds.size(); ++k) {
     std::string& path = options.paths[k];
-    if (path.empty() && kinds[k].ending != nullptr && !prefix.empty()) {
+    if (path.empty() && kinds[k].ending != nullptr && !prefix.empty() && searches) {
       path = prefix + kinds[k].ending;
     }
-    if (prefix.empty() && !named && kinds[k].content == NewickText) path = "-";
+    if (prefix.empty() && !named && kinds[k].content == NewickText && searches) path = "-";
   }
 }
 

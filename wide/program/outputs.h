@@ -27,6 +27,9 @@ std::vector<OutputKind> OutputKinds();
 // The path of the kind with this option, in its long form; empty if it is not written.
 const std::string& PathOf(const Options& options, const std::string& option);
 
+// Whether an output is made of the trees of replicates.
+bool WantsReplicates(const Options& options);
+
 // Gives a path to each output that is written without being asked for. With a prefix, or a file
 // that has a name, these are the tree and the log; from a pipe, if no output but the log is named,
 // the tree in Newick's format on standard output. Paths that mean standard output become "-".

@@ -16,12 +16,13 @@ struct Improvement {
   double length;   // of the best tree from then on
 };
 
-// Filled phase by phase: input, distances, search, support.
+// Filled phase by phase: input, distances, search or evaluation, support, roots.
 struct Results {
   const Options& options;
   Input input;
-  SearchResult found;
-  BootstrapResult support;
+  std::vector<SearchResult> found;  // one by a search, or as many as were to be evaluated
+  BootstrapResult support;          // with the trees that the supports come from
+  std::vector<Tree> trees;          // those found as they are written, with their roots
   std::vector<Improvement> improvements;
   double seconds = 0;        // wall clock, of the whole run
   bool interrupted = false;  // by a signal

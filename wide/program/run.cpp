@@ -17,6 +17,7 @@
 #include "wide/program/progress_line.h"
 #include "wide/program/results.h"
 #include "wide/program/summary.h"
+#include "wide/program/trees.h"
 #include "wide/search/search.h"
 #include "wide/support/bootstrap.h"
 
@@ -59,19 +60,21 @@ void SearchTree(const std::atomic<bool>& stop, ProgressLine& line, Results& resu
     if (progress.improved) results.improvements.push_back({seconds, progress.length});
     Show(settings, progress, seconds, line);
   };
+  const Topology start = StartingTree(results.options, results.input);
+  if (start.taxa > 0) settings.start = &start;
   const DistanceMatrix& distances = results.input.distances;
-  results.found = FindShortestTree(distances.Size(), distances.Rows(), settings);
+  results.found = {FindShortestTree(distances.Size(), distances.Rows(), settings)};
 }
 
 void AddSupport(const std::atomic<bool>& stop, ProgressLine& line, Results& results) {
-  BootstrapSettings settings;
-  settings.replicates = results.options.replicates;
+  BootstrapSettings settings = results.options.bootstrap;
+  settings.keep_trees = WantsReplicates(results.options);
   settings.search = results.options.search;
   settings.search.stop = &stop;
   settings.on_done = [&](int done) {
     line.Show("bootstrap", static_cast<double>(done) / settings.replicates, "");
   };
-  results.support = Bootstrap(*results.input.alignment, settings, results.found.tree);
+  results.support = Bootstrap(*results.input.alignment, settings, results.found[0].tree);
 }
 
 // Whoever reads the summary may have left; a disk that is full is a fault.
@@ -89,15 +92,23 @@ void Run(const Options& options) {
   const Clock::time_point began = Clock::now();
   Outputs outputs;
   Interruption interruption([&] { outputs.Abandon(); });
-  Results results{options, ReadInput(options), {}, {}, {}};
+  Results results{options, ReadInput(options), {}, {}, {}, {}};
   interruption.ExpectTree();
   outputs.Prepare(options);
+  CheckOutgroup(options, results.input);
   EstimateDistances(options, results.input);
+  CheckOutgroup(options, results.input);  // of which a taxon may have been left out
   {
     ProgressLine line(!options.quiet);
-    SearchTree(interruption.Stop(), line, results);
-    if (options.replicates > 0) AddSupport(interruption.Stop(), line, results);
+    if (options.evaluate.empty()) {
+      SearchTree(interruption.Stop(), line, results);
+    } else {
+      EvaluateTrees(results);
+    }
+    if (options.bootstrap.replicates > 0) AddSupport(interruption.Stop(), line, results);
   }
+  if (!options.support_from.empty()) AddGivenSupport(results);
+  SetRoots(results);
   outputs.WriteAll(results);
   results.interrupted = interruption.Stop();
   results.seconds = SecondsSince(began);

@@ -54,6 +54,18 @@ std::string Support(const BootstrapResult& support) {
   return text;
 }
 
+// Columns with tabs between them, a line for each tree.
+std::string Table(const std::vector<SearchResult>& found) {
+  std::string text = "tree\tlength\tall edges\tpositive edges\tnegative\n";
+  for (std::size_t k = 0; k < found.size(); ++k) {
+    const Tree& tree = found[k].tree;
+    text += std::to_string(k + 1) + "\t" + Shortest(found[k].length) + "\t" +
+            Shortest(TotalLength(tree)) + "\t" + Shortest(PositiveLength(tree)) + "\t" +
+            std::to_string(NegativeEdges(tree)) + "\n";
+  }
+  return text;
+}
+
 // Where the tree is.
 std::string TreeLine(const Options& options) {
   for (const char* option : {"--output", "--newick"}) {
@@ -73,14 +85,25 @@ std::string Summary(const Results& results) {
   std::string text = Line("taxa", std::to_string(input.Labels().size()));
   if (!input.left_out.empty()) text += Line("left out", Listed(input.left_out, ", "));
   if (input.alignment) text += Line("sites", std::to_string(input.alignment->Sites()));
-  text += Lengths(options.search.criterion, results.found);
-  text += Line("negative", std::to_string(NegativeEdges(results.found.tree)) + " (written as 0)");
-  if (options.replicates > 0) text += Line("support", Support(results.support));
-  text += Line("seed", std::to_string(options.search.seed) + Stop(results));
+  if (results.found.size() > 1) {
+    text += Line("trees", std::to_string(results.found.size()));
+  } else {
+    text += Lengths(options.search.criterion, results.found[0]);
+    text +=
+        Line("negative", std::to_string(NegativeEdges(results.found[0].tree)) + " (written as 0)");
+  }
+  if (options.bootstrap.replicates > 0) text += Line("support", Support(results.support));
+  if (!options.support_from.empty()) {
+    text += Line("support", std::to_string(results.support.trees.size()) + " given trees");
+  }
+  if (options.evaluate.empty()) {
+    text += Line("seed", std::to_string(options.search.seed) + Stop(results));
+  }
   text += Line("time", Rounded(results.seconds, 2) + " s, processor " +
                            Rounded(Seconds(usage.ru_utime) + Seconds(usage.ru_stime), 2) + " s");
   text += Line("memory", Rounded(static_cast<double>(usage.ru_maxrss) / 1024, 1) + " MiB");
-  return text + TreeLine(options);
+  text += TreeLine(options);
+  return results.found.size() > 1 ? text + Table(results.found) : text;
 }
 
 std::string RunLog(const Results& results) {

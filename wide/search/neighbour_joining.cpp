@@ -1,145 +1,384 @@
+// Neighbour joining with a bound on every row of the table of distances, so that few rows are searched.
+//
+//   place   0   1   2   3   4       Active nodes have places, in the order in which the plain double loop
+//       0   .   d   x   d   d       meets them. A new node takes the place of the earlier of the two that
+//       1   d   .   x   d   d       it joins; the other place is vacant (x) from then on. When an eighth
+//       2   x   x   x   x   x       of the places is vacant they are closed up, in the same order.
+//       3   d   d   x   .   d
+//       4   d   d   x   d   .       share[i] = r(i) / (m - 2), so Q(i,j) = d(i,j) - (share[i] + share[j]).
+//                                   It is -infinity at a vacant place, where Q then is never the least.
+//
+// A search of row i finds its partner, the place j of the least Q in it, and q, the least Q of its other
+// places. From then on d(i,j) stays as it is while both nodes live, so what Q the two have is known in
+// every later join, and no other Q of the row falls by more than the shares grow. With growth the sum,
+// over the joins so far, of the largest growth of any share in each,
+//
+//   Q(i,j) now >= q + (share[i] + growth) then - (share[i] + growth) now = level[i] - share[i] - growth.
+//
+// A join takes the best pair of partners for a start and searches the rows whose bound is not above it,
+// the least bound first. A new node's row is searched before the next join, so each pair stands under the
+// level of the younger of its nodes, if they are not partners.
 #include "wide/search/neighbour_joining.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <limits>
+#include <utility>
+#include <vector>
+
+#include "core/large_table.h"
 
 namespace zorvek::wide {
 
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+// What a search of a row finds: its least Q, the first place where that stands, and the least Q of the
+// other places.
+template <typename Number>
+struct Found {
+  Number least, second;
+  std::size_t place;
+};
 
-// The active nodes and their distances, packed: row i holds the distances of active node i. The
-// diagonal is infinite, so that no node is its own partner.
+// Searches a row for Q(j) = row[j] - (own + share[j]), in strands that do not wait for each other.
+template <typename Number>
+__attribute__((always_inline)) inline Found<Number> SearchLoop(const Number* row,
+                                                               const Number* share, Number own,
+                                                               std::size_t count) {
+  constexpr std::size_t kStrands = 128 / sizeof(Number);
+  const auto q = [=](std::size_t j) { return row[j] - (own + share[j]); };
+  Number least[kStrands], second[kStrands];
+  for (std::size_t s = 0; s < kStrands; ++s) {
+    least[s] = second[s] = std::numeric_limits<Number>::infinity();
+  }
+  const std::size_t whole = count - count % kStrands;
+  for (std::size_t j = 0; j < whole; j += kStrands) {
+    for (std::size_t s = 0; s < kStrands; ++s) {
+      const Number value = q(j + s);
+      const Number above = value < least[s] ? least[s] : value;
+      least[s] = value < least[s] ? value : least[s];
+      second[s] = above < second[s] ? above : second[s];
+    }
+  }
+  Found<Number> found{least[0], second[0], 0};
+  const auto add = [&found](Number value) {
+    if (value < found.least) {
+      found.second = found.least;
+      found.least = value;
+    } else if (value < found.second) {
+      found.second = value;
+    }
+  };
+  for (std::size_t s = 1; s < kStrands; ++s) {
+    add(least[s]);
+    add(second[s]);
+  }
+  for (std::size_t j = whole; j < count; ++j) add(q(j));
+  for (; found.place < whole; found.place += kStrands) {
+    int met = 0;
+    for (std::size_t s = 0; s < kStrands; ++s) met |= q(found.place + s) == found.least;
+    if (met != 0) break;
+  }
+  while (found.place < count && !(q(found.place) == found.least)) ++found.place;
+  return found;
+}
+
+template <typename Number>
+Found<Number> SearchPlain(const Number* row, const Number* share, Number own, std::size_t count) {
+  return SearchLoop(row, share, own, count);
+}
+
+#if defined(__x86_64__)
+template <typename Number>
+__attribute__((target("avx2"))) Found<Number> SearchAvx2(const Number* row, const Number* share,
+                                                         Number own, std::size_t count) {
+  return SearchLoop(row, share, own, count);
+}
+#endif
+
+// The widest search of a row that this processor has.
+template <typename Number>
+auto ChooseSearch() {
+#if defined(__x86_64__)
+  if (__builtin_cpu_supports("avx2")) return SearchAvx2<Number>;
+#endif
+  return SearchPlain<Number>;
+}
+
+// What rounding may add to a bound, as a share of its largest term.
+template <typename Number>
+constexpr double kSlack = 1e-12;
+template <>
+constexpr double kSlack<float> = 1e-6;
+
+// Sum of a row without the diagonal, in strands.
+template <typename Number>
+double SumWithout(std::size_t diagonal, const Number* row, std::size_t count) {
+  const auto part = [row](std::size_t from, std::size_t to) {
+    double sums[4] = {};
+    for (; from + 4 <= to; from += 4) {
+      for (std::size_t s = 0; s < 4; ++s) sums[s] += double{row[from + s]};
+    }
+    for (; from < to; ++from) sums[0] += double{row[from]};
+    return (sums[0] + sums[1]) + (sums[2] + sums[3]);
+  };
+  return part(0, diagonal) + part(diagonal + 1, count);
+}
+
+// Brings the largest of the distances into 0.5..1 if sums of them could overflow or vanish.
+template <typename Number>
+void ScaleIfExtreme(int n, Number* const* rows) {
+  Number largest = 0;
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < i; ++j) largest = std::max(largest, std::fabs(rows[i][j]));
+  }
+  int exponent;
+  std::frexp(largest, &exponent);
+  if (2 * std::abs(exponent) < std::numeric_limits<Number>::max_exponent) return;
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < n; ++j) rows[i][j] = std::ldexp(rows[i][j], -exponent);
+  }
+}
+
+// Two places, and the Q of the nodes there.
+struct Pair {
+  std::size_t first, second;  // first < second
+  double q;
+};
+
+template <typename Number>
 class Agglomeration {
  public:
-  Agglomeration(int n, const double* const* distances)
-      : stride_(static_cast<std::size_t>(n)),
-        active_(stride_),
-        distance_(stride_ * stride_),
-        sum_(stride_),
-        scaled_(stride_) {
-    for (std::size_t i = 0; i < stride_; ++i) {
-      active_[i] = static_cast<int>(i);
-      for (std::size_t j = 0; j < stride_; ++j) {
-        Row(i)[j] = i == j ? kInfinity : distances[i][j];
-        if (i != j) sum_[i] += Row(i)[j];
-      }
+  // Takes the rows over.
+  Agglomeration(int n, Number* const* distances)
+      : rows_(distances, distances + n),
+        node_(Index(n)),
+        sum_(Index(n)),
+        share_(Index(n), kInfinity),
+        level_(Index(n), -kInfinity),
+        near_(Index(n), kInfinity),
+        partner_(Index(n)),
+        active_(n),
+        search_(ChooseSearch<Number>()) {
+    ScaleIfExtreme(n, distances);
+    for (std::size_t i = 0; i < Places(); ++i) {
+      node_[i] = static_cast<int>(i);
+      rows_[i][i] = kInfinity;  // no node is its own partner
+      sum_[i] = SumWithout(i, rows_[i], Places());
     }
+    RemakeShares();
   }
 
-  std::size_t Count() const { return active_.size(); }
-  int Id(std::size_t i) const { return active_[i]; }
+  int Node(std::size_t place) const { return node_[place]; }
+  long Searched() const { return searched_; }
 
-  // To be called before partners are looked for: the row sums over m - 2.
-  void Scale() {
-    for (std::size_t i = 0; i < Count(); ++i)
-      scaled_[i] = sum_[i] / static_cast<double>(Count() - 2);
+  Pair BestPair() {
+    Pair best = AnyPair();
+    for (std::size_t i = 0; i < Places(); ++i) {
+      Offer(i, partner_[i], near_[i] - (share_[i] + share_[partner_[i]]), best);
+    }
+    bounds_.clear();
+    const double limit = Limit(best);
+    for (std::size_t i = 0; i < Places(); ++i) {
+      const double bound = level_[i] - share_[i];
+      if (bound <= limit) bounds_.emplace_back(bound, i);
+    }
+    std::sort(bounds_.begin(), bounds_.end());
+    for (const auto& [bound, i] : bounds_) {
+      if (bound > Limit(best)) break;
+      Search(i, best);
+    }
+    return best;
   }
 
-  // The best partner of i among the active nodes.
-  std::size_t Partner(std::size_t i) const {
-    const double* row = Row(i);
-    std::size_t partner = 0;
-    for (std::size_t j = 1; j < Count(); ++j) {
-      if (row[j] - scaled_[j] < row[partner] - scaled_[partner]) partner = j;
+  // A random node and its best partner.
+  Pair RandomPair(std::mt19937_64& generator) {
+    std::size_t place = 0;
+    for (auto left = generator() % static_cast<unsigned>(active_); left > 0 || !Active(place);
+         ++place) {
+      if (Active(place)) --left;
     }
-    return partner;
+    Pair best = AnyPair();
+    Search(place, best);
+    return best;
   }
 
-  std::pair<std::size_t, std::size_t> BestPair() const {
-    std::size_t best = 1;
-    double least = kInfinity;
-    for (std::size_t i = 1; i < Count(); ++i) {
-      const double value = Least(i) - scaled_[i];
-      if (value < least) {
-        least = value;
-        best = i;
-      }
-    }
-    return {Partner(best), best};
-  }
-
-  // Replaces i < j by their new neighbour: it takes the place of i, and the last active node that
-  // of j.
-  void Join(std::size_t i, std::size_t j, int id) {
-    const double apart = Row(i)[j];
-    sum_[i] = 0;
-    for (std::size_t k = 0; k < Count(); ++k) {
-      if (k == i || k == j) continue;
-      const double near = (Row(i)[k] + Row(j)[k] - apart) * 0.5;
-      sum_[k] += near - Row(i)[k] - Row(j)[k];
-      sum_[i] += near;
-      Row(i)[k] = Row(k)[i] = near;
-    }
-    active_[i] = id;
-    const std::size_t last = Count() - 1;
-    for (std::size_t k = 0; k < last; ++k) {
-      if (k != j) Row(j)[k] = Row(k)[j] = Row(last)[k];
-    }
-    Row(j)[j] = kInfinity;
-    active_[j] = active_[last];
-    sum_[j] = sum_[last];
-    active_.pop_back();
+  // Replaces the nodes of a pair by their new neighbour.
+  void Join(const Pair& pair, int id) {
+    const std::size_t i = pair.first, j = pair.second;
+    const double sum = (sum_[i] + sum_[j] - active_ * double{rows_[i][j]}) * 0.5;
+    MergeRows(i, j);
+    node_[i] = id;
+    sum_[i] = sum;
+    share_[i] = kInfinity;  // was not there, and so does not grow
+    level_[i] = -kInfinity;
+    node_[j] = kVacant;
+    sum_[j] = -kInfinity;
+    level_[j] = kInfinity;
+    near_[i] = near_[j] = kInfinity;
+    --active_;
+    if (8 * Index(active_) < 7 * Places()) CloseUp();
+    RemakeShares();
   }
 
  private:
-  double* Row(std::size_t i) { return &distance_[i * stride_]; }
-  const double* Row(std::size_t i) const { return &distance_[i * stride_]; }
+  static constexpr int kVacant = -1;
+  static constexpr Number kInfinity = std::numeric_limits<Number>::infinity();
 
-  // The least value of row i left of the diagonal, in four strands that do not wait for each other.
-  double Least(std::size_t i) const {
-    const double* row = Row(i);
-    double least[4];
-    for (double& strand : least) strand = kInfinity;
-    std::size_t j = 0;
-    for (; j + 4 <= i; j += 4) {
-      for (std::size_t s = 0; s < 4; ++s) {
-        const double value = row[j + s] - scaled_[j + s];
-        least[s] = value < least[s] ? value : least[s];
-      }
-    }
-    for (; j < i; ++j) least[0] = std::min(least[0], row[j] - scaled_[j]);
-    return std::min(std::min(least[0], least[1]), std::min(least[2], least[3]));
+  std::size_t Places() const { return rows_.size(); }
+  bool Active(std::size_t place) const { return node_[place] != kVacant; }
+
+  // The first two nodes, as long as no pair is known.
+  Pair AnyPair() const {
+    std::size_t second = 1;  // the first place is never vacant
+    while (!Active(second)) ++second;
+    return {0, second, std::numeric_limits<double>::max()};
   }
 
-  std::size_t stride_;
-  std::vector<int> active_;       // node ids
-  std::vector<double> distance_;  // square, symmetric, over the active nodes
-  std::vector<double> sum_;       // row sums
-  std::vector<double> scaled_;    // row sums over m - 2
+  static void Offer(std::size_t i, std::size_t j, Number q, Pair& best) {
+    if (!(q <= best.q)) return;
+    if (i > j) std::swap(i, j);
+    if (q == best.q && std::make_pair(i, j) > std::make_pair(best.first, best.second)) return;
+    best = {i, j, q};
+  }
+
+  // The bound above which a row cannot have a better pair, nor an equal one.
+  double Limit(const Pair& best) const {
+    const double slack = kSlack<Number> * (std::fabs(best.q) + growth_ + 2 * largest_share_);
+    return best.q + growth_ + slack;
+  }
+
+  void Search(std::size_t i, Pair& best) {
+    ++searched_;
+    const Found<Number> found = search_(rows_[i], share_.data(), share_[i], Places());
+    if (found.place == Places()) return;
+    partner_[i] = static_cast<std::uint32_t>(found.place);
+    near_[i] = rows_[i][found.place];
+    level_[i] = double{found.second} + double{share_[i]} + growth_;
+    Offer(i, found.place, found.least, best);
+  }
+
+  // Row and column i become those of the new neighbour of i and j.
+  void MergeRows(std::size_t i, std::size_t j) {
+    Number* const row = rows_[i];
+    Number* const other = rows_[j];
+    const Number apart = row[j];
+    other[j] = 0;  // a vacant place keeps finite distances
+    for (std::size_t k = 0; k < Places(); ++k) {
+      const Number near = (row[k] + other[k] - apart) * Number{0.5};
+      sum_[k] += double{near} - double{row[k]} - double{other[k]};
+      row[k] = near;
+    }
+    row[i] = kInfinity;
+    for (std::size_t k = 0; k < Places(); ++k) {
+      rows_[k][i] = row[k];
+      if (partner_[k] == i) near_[k] = row[k];
+    }
+  }
+
+  // Makes the shares of the present sums and notes how much they have grown.
+  void RemakeShares() {
+    double grown = 0;
+    largest_share_ = 0;
+    for (std::size_t i = 0; i < Places(); ++i) {
+      const Number share = static_cast<Number>(sum_[i] / (active_ - 2));
+      const double growth = double{share} - double{share_[i]};  // not a number at a vacant place
+      const double size = std::fabs(share) < kInfinity ? std::fabs(share) : 0;
+      grown = growth > grown ? growth : grown;
+      largest_share_ = size > largest_share_ ? size : largest_share_;
+      share_[i] = share;
+    }
+    growth_ = (growth_ + grown) * (1 + 2 * std::numeric_limits<double>::epsilon());  // rounded up
+  }
+
+  // Does away with the vacant places, and with what rounding has added to the sums.
+  void CloseUp() {
+    std::vector<std::uint32_t> kept, now(Places());
+    for (std::size_t k = 0; k < Places(); ++k) {
+      now[k] = static_cast<std::uint32_t>(kept.size());
+      if (Active(k)) kept.push_back(static_cast<std::uint32_t>(k));
+    }
+    for (std::size_t k = 0; k < Places(); ++k) {
+      if (!Active(partner_[k])) near_[k] = kInfinity;
+      partner_[k] = std::min(now[partner_[k]], now[kept.back()]);
+    }
+    const auto close_up = [&kept](auto& values) {
+      for (std::size_t k = 0; k < kept.size(); ++k) values[k] = values[kept[k]];
+    };
+    const auto shorten = [&](auto&... values) {
+      (close_up(values), ...);
+      (values.resize(kept.size()), ...);
+    };
+    shorten(rows_, node_, sum_, share_, level_, near_, partner_);
+    for (std::size_t i = 0; i < Places(); ++i) {
+      close_up(rows_[i]);
+      sum_[i] = SumWithout(i, rows_[i], Places());
+    }
+  }
+
+  // By place:
+  std::vector<Number*> rows_;
+  std::vector<int> node_;      // or kVacant
+  std::vector<double> sum_;    // r
+  std::vector<Number> share_;  // r / (m - 2)
+  std::vector<double> level_;
+  std::vector<Number> near_;  // distance to the partner, infinite where there is none any more
+  std::vector<std::uint32_t> partner_;
+
+  int active_;  // m
+  double growth_ = 0;
+  double largest_share_ = 0;
+  Found<Number> (*search_)(const Number*, const Number*, Number, std::size_t);
+  std::vector<std::pair<double, std::size_t>>
+      bounds_;  // of the rows to be searched, with their places
+  long searched_ = 0;
 };
 
 }  // namespace
 
-Topology JoinNeighbours(int n, const double* const* distances, double greedy,
-                        std::mt19937_64* generator) {
-  Agglomeration nodes(n, distances);
+template <typename Number>
+Topology JoinNeighboursInPlace(int n, Number* const* distances, double greedy,
+                               std::mt19937_64* generator, long* searched) {
+  Agglomeration<Number> nodes(n, distances);
   Topology tree(n);
   const auto link = [&tree](int child, int node, std::size_t place) {
     tree.adjacent[Index(node - tree.taxa)][place] = child;
     tree.Replace(child, -1, node);
   };
+  const int last = 2 * n - 3;
   std::uniform_real_distribution<double> unit(0, 1);
-  for (int id = n; id < 2 * n - 3; ++id) {
-    nodes.Scale();
-    std::pair<std::size_t, std::size_t> pair;
-    if (generator == nullptr || unit(*generator) < greedy) {
-      pair = nodes.BestPair();
-    } else {
-      pair.second = (*generator)() % nodes.Count();
-      pair.first = nodes.Partner(pair.second);
-    }
-    if (pair.first > pair.second) std::swap(pair.first, pair.second);
-    link(nodes.Id(pair.first), id, 0);
-    link(nodes.Id(pair.second), id, 1);
-    nodes.Join(pair.first, pair.second, id);
+  for (int id = n; id < last; ++id) {
+    const bool best = generator == nullptr || unit(*generator) < greedy;
+    const Pair pair = best ? nodes.BestPair() : nodes.RandomPair(*generator);
+    link(nodes.Node(pair.first), id, 0);
+    link(nodes.Node(pair.second), id, 1);
+    nodes.Join(pair, id);
   }
-  for (std::size_t i = 0; i < 3; ++i) link(nodes.Id(i), 2 * n - 3, i);
-  for (const int near : tree.At(2 * n - 3)) {
-    if (!tree.IsLeaf(near)) tree.root = {2 * n - 3, near};
+  // Three places are left, none of them vacant.
+  for (std::size_t place = 0; place < 3; ++place) link(nodes.Node(place), last, place);
+  for (const int near : tree.At(last)) {
+    if (!tree.IsLeaf(near)) tree.root = {last, near};
   }
+  if (searched != nullptr) *searched = nodes.Searched();
   return tree;
 }
+
+template <typename Number>
+Topology JoinNeighbours(int n, const Number* const* distances, double greedy,
+                        std::mt19937_64* generator, long* searched) {
+  const LargeTable<Number> table = MakeLargeTable<Number>(Index(n) * Index(n));
+  std::vector<Number*> rows;
+  for (int i = 0; i < n; ++i) {
+    rows.push_back(&table[Index(i) * Index(n)]);
+    std::copy_n(distances[i], n, rows.back());
+  }
+  return JoinNeighboursInPlace(n, rows.data(), greedy, generator, searched);
+}
+
+template Topology JoinNeighbours(int, const double* const*, double, std::mt19937_64*, long*);
+template Topology JoinNeighbours(int, const float* const*, double, std::mt19937_64*, long*);
+template Topology JoinNeighboursInPlace(int, double* const*, double, std::mt19937_64*, long*);
+template Topology JoinNeighboursInPlace(int, float* const*, double, std::mt19937_64*, long*);
 
 }  // namespace zorvek::wide

@@ -1,0 +1,172 @@
+// Neighbour joining with bounds against the plain double loop: the same topology.
+#include "wide/search/neighbour_joining.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <random>
+#include <utility>
+#include <vector>
+
+#include "tests/data.h"
+#include "tests/plain_joining.h"
+#include "wide/data/tree.h"
+#include "wide/support/splits.h"
+
+namespace zorvek::wide {
+namespace {
+
+using Distances = std::function<double(int, int)>;
+
+template <typename Number>
+struct Rows {
+  Rows(int n, Distances distance) : values(Index(n) * Index(n)) {
+    for (int i = 0; i < n; ++i) rows.push_back(&values[Index(i) * Index(n)]);
+    for (int i = 0; i < n; ++i) {
+      for (int j = 0; j < i; ++j) rows[Index(i)][j] = rows[Index(j)][i] = Number(distance(i, j));
+    }
+  }
+  std::vector<Number> values;
+  std::vector<Number*> rows;
+};
+
+// Whole numbers 0..largest, whose sums are exact, so that ties are ties in any order of addition.
+Distances WholeNumbers(int largest, unsigned seed) {
+  return [generator = std::mt19937(seed), largest](int, int) mutable {
+    return static_cast<double>(std::uniform_int_distribution(0, largest)(generator));
+  };
+}
+
+// Points in a cube, with whole-number coordinates when `grid`: near ones are joined after far ones, so
+// that bounds grow old.
+Distances Points(int n, int dimensions, bool grid, unsigned seed) {
+  std::mt19937 generator(seed);
+  std::uniform_real_distribution<double> unit(0, 1);
+  std::vector<std::vector<double>> points(Index(n));
+  for (auto& point : points) {
+    for (int k = 0; k < dimensions; ++k) {
+      const double x = unit(generator);
+      point.push_back(grid ? std::floor(8 * x) : x);
+    }
+  }
+  return [points, grid](int i, int j) {
+    double sum = 0, squares = 0;
+    for (std::size_t k = 0; k < points[0].size(); ++k) {
+      const double apart = std::fabs(points[Index(i)][k] - points[Index(j)][k]);
+      sum += apart;
+      squares += apart * apart;
+    }
+    return grid ? sum : std::sqrt(squares);
+  };
+}
+
+// Half of the taxa are the same as taxon 0.
+Distances Twins(Distances distance) {
+  return [distance](int i, int j) {
+    const auto one = [](int taxon) { return taxon % 2 == 0 ? 0 : taxon; };
+    return one(i) == one(j) ? 0.0 : distance(std::max(one(i), one(j)), std::min(one(i), one(j)));
+  };
+}
+
+// Without regard to the numbers of the inner nodes: of the last four nodes the two pairs of a tree have
+// the same Q, and rounding says which of them is joined.
+bool Same(const Topology& topology, const Topology& other) {
+  const auto tree = [](const Topology& of) { return MakeTree(of, [](int, int) { return 1.0; }); };
+  return SplitIndex(tree(topology)).Shared(tree(other)).size() == Index(topology.taxa - 3);
+}
+
+template <typename Number>
+void ExpectThePlainTree(int n, const Distances& distance) {
+  Rows<Number> matrix(n, distance);
+  const Topology expected = test::JoinPlainly<Number>(n, matrix.rows.data());
+  EXPECT_TRUE(Same(JoinNeighbours<Number>(n, matrix.rows.data()), expected));
+  for (const int power : {-3, 3}) {
+    for (Number& value : matrix.values) {
+      value = std::ldexp(value, power * std::numeric_limits<Number>::max_exponent / 4);
+    }
+    EXPECT_TRUE(Same(JoinNeighboursInPlace<Number>(n, matrix.rows.data()), expected));
+    matrix = Rows<Number>(n, distance);
+  }
+}
+
+TEST(NeighbourJoining, JoinsThePairsThatThePlainDoubleLoopFindsFirst) {
+  for (const int n : {4, 5, 6, 7, 8, 9, 12, 17, 40, 121}) {
+    const unsigned seed = static_cast<unsigned>(n);
+    const auto count = static_cast<std::uint32_t>(n);
+    const std::vector<std::pair<const char*, Distances>> kinds = {
+        {"random", test::RandomDistances(count)},
+        {"additive", test::TreeLikeDistances(n, 0, count)},
+        {"nearly additive", test::TreeLikeDistances(n, 0.2, count)},
+        {"two values", WholeNumbers(1, seed)},
+        {"whole numbers", WholeNumbers(9, seed)},
+        {"zeros", [](int, int) { return 0.0; }},
+        {"all equal", [](int, int) { return 3.0; }},
+        {"negative", [](int i, int j) { return static_cast<double>((i * j) % 7 - 3); }},
+        {"in the plane", Points(n, 2, false, seed)},
+        {"in space", Points(n, 10, false, seed)},
+        {"on a grid", Points(n, 2, true, seed)},
+        {"twins", Twins(Points(n, 2, true, seed))}};
+    for (const auto& [kind, distance] : kinds) {
+      SCOPED_TRACE(kind + (" " + std::to_string(n)));
+      Rows<double> matrix(n, distance);  // drawn once for both kinds of numbers
+      const Distances drawn = [&](int i, int j) { return matrix.rows[Index(i)][j]; };
+      ExpectThePlainTree<double>(n, drawn);
+      ExpectThePlainTree<float>(n, drawn);
+    }
+  }
+}
+
+TEST(NeighbourJoining, SearchesFewRows) {
+  for (const int n : {100, 400}) {
+    const Rows<double> matrix(n, test::TreeLikeDistances(n, 0.05, 1));
+    long searched = 0;
+    JoinNeighbours<double>(n, matrix.rows.data(), 1, nullptr, &searched);
+    EXPECT_GE(searched, n + n - 4);  // all at first, and then the new one
+    EXPECT_LE(searched, 10 * n);
+  }
+}
+
+TEST(NeighbourJoining, GivesBackTheTreeOfItsPaths) {
+  constexpr int kTaxa = 60;
+  std::mt19937_64 generator(7);
+  const Rows<double> noise(kTaxa, test::RandomDistances(7));
+  const Topology topology = JoinNeighbours<double>(kTaxa, noise.rows.data(), 0, &generator);
+  std::uniform_real_distribution<double> length(0.01, 1);
+  const Tree tree = MakeTree(topology, [&](int, int) { return length(generator); });
+  const auto to_root = [&tree](int node) {
+    std::vector<double> path(tree.nodes.size());
+    for (; node != tree.root; node = tree.At(node).parent) path[Index(node)] = tree.At(node).length;
+    return path;
+  };
+  const Rows<double> paths(kTaxa, [&](int i, int j) {
+    const std::vector<double> a = to_root(i), b = to_root(j);
+    double sum = 0;
+    for (std::size_t edge = 0; edge < a.size(); ++edge)
+      sum += a[edge] == b[edge] ? 0 : a[edge] + b[edge];
+    return sum;
+  });
+  EXPECT_TRUE(Same(JoinNeighbours<double>(kTaxa, paths.rows.data()), topology));
+}
+
+TEST(NeighbourJoining, MixesBestAndRandomPairs) {
+  constexpr int kTaxa = 50;
+  const Rows<double> matrix(kTaxa, test::TreeLikeDistances(kTaxa, 0.2, 3));
+  std::mt19937_64 generator(1);
+  const auto join = [&](double greedy) {
+    return JoinNeighbours<double>(kTaxa, matrix.rows.data(), greedy, &generator);
+  };
+  EXPECT_TRUE(Same(join(1), test::JoinPlainly<double>(kTaxa, matrix.rows.data())));
+  EXPECT_FALSE(Same(join(0.5), join(0.5)));
+  // Of four taxa the random one is joined to its best partner: always one of the two pairs of the tree.
+  const Rows<double> four(4, [](int i, int j) { return i / 2 == j / 2 ? 1.0 : 3.0; });
+  for (int repeat = 0; repeat < 20; ++repeat) {
+    const Topology tree = JoinNeighbours<double>(4, four.rows.data(), 0, &generator);
+    EXPECT_EQ(tree.leaf_adjacent[0], tree.leaf_adjacent[1]);
+    EXPECT_NE(tree.leaf_adjacent[0], tree.leaf_adjacent[2]);
+  }
+}
+
+}  // namespace
+}  // namespace zorvek::wide

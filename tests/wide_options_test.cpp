@@ -1,0 +1,114 @@
+// The options of zorvek-wide: each changes what it says, and what cannot be meant is refused.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/data.h"
+#include "tests/wide_program.h"
+#include "wide/formats/matrix_file.h"
+
+namespace {
+
+using std::string;
+using zorvek::test::Contains;
+using zorvek::test::Ended;
+using zorvek::test::FindAll;
+
+class WideOptionsTest : public zorvek::test::WideProgramTest {
+ protected:
+  // A matrix without any tree in it, so that each search ends elsewhere.
+  void WriteNoise(int taxa) {
+    std::vector<string> labels;
+    for (int taxon = 0; taxon < taxa; ++taxon) labels.push_back("t" + std::to_string(taxon));
+    Write("noise", zorvek::wide::FormatSquareMatrix(
+                       labels, zorvek::test::Matrix(taxa, zorvek::test::RandomDistances(3))));
+  }
+
+  // The length of the tree that is found for the noise.
+  double Length(const string& options) const {
+    const Ended ended = Run("--matrix noise " + options);
+    EXPECT_EQ(ended.status, 0) << ended.err;
+    return std::stod(FindAll(ended.out, "\nlength +([0-9.]+) ").at(0));
+  }
+};
+
+TEST_F(WideOptionsTest, AreRefusedInWords) {
+  const std::vector<std::pair<string, string>> cases{
+      {"", "no file; name one with aligned sequences"},
+      {"a.fa b.fa", "one file at a time, not a.fa and b.fa"},
+      {"a.fa --nonsense", "there is no option --nonsense"},
+      {"a.fa --alpha .5",
+       "--alpha is no longer an option: the share of greedy joins is --greedy, the shape of the "
+       "gamma distribution --gamma"},
+      {"a.fa --iterations -1",
+       "--iterations wants a whole number from 0 to 1000000000000, not '-1'"},
+      {"a.fa --seed -1", "--seed wants a whole number of 0 or more, not '-1'"},
+      {"a.fa --seed 1 --seed 2", "--seed is given more than once"},
+      {"a.fa -t 0", "--threads wants a whole number from 1 to 4096, not '0'"},
+      {"a.fa --starts 1.5", "--starts wants a whole number from 1 to 1000000, not '1.5'"},
+      {"a.fa --greedy nan", "--greedy wants a number from 0 to 1, not 'nan'"},
+      {"a.fa --time 0", "--time wants a time above 0, such as 90, 90s, 10m or 1.5h, not '0'"},
+      {"a.fa --time 5d", "--time wants a time above 0, such as 90, 90s, 10m or 1.5h, not '5d'"},
+      {"a.fa --patience -3h",
+       "--patience wants a time above 0, such as 90, 90s, 10m or 1.5h, not '-3h'"},
+      {"a.fa --criterion me", "--criterion wants balanced or ols, not 'me'"},
+      {"a.fa --newick", "--newick wants a value"},
+      {"a.fa --newick --quiet", "--newick wants a path, or - for standard output, not '--quiet'"},
+      {"a.fa --newick x --draw ./x", "./x is named twice"},
+      {"a.fa --output a.fa", "a.fa is named twice"},
+      {"a.fa --log a.fa.wide.nex", "a.fa.wide.nex is named twice"},
+      {"a.fa --matrix -b 3", "--bootstrap does nothing with --matrix, which has no sites to draw"},
+      {"a.fa --matrix --format fasta",
+       "--format does nothing with --matrix, which has a format of its own"},
+      {"a.fa --layout phylogram", "--layout does nothing without --draw"},
+      {"a.fa --greedy .3", "--greedy does nothing without --starts of 2 or more"},
+      {"a.fa --patience 3 --iterations 0", "--patience does nothing without --iterations"},
+      {"a.fa --search nni --rounds 3", "--rounds does nothing without --search spr"},
+      {"a.fa --search none --time 3", "--time does nothing with --search none"}};
+  for (const auto& [arguments, expected] : cases) {
+    const Ended ended = Run(arguments);
+    EXPECT_EQ(ended.status, 2) << arguments;
+    EXPECT_EQ(ended.out, "") << arguments;
+    EXPECT_EQ(ended.err, "zorvek-wide: " + expected + "; see zorvek-wide --help\n") << arguments;
+  }
+  EXPECT_TRUE(Files().empty());
+}
+
+TEST_F(WideOptionsTest, ChangeWhatTheySay) {
+  WriteNoise(60);
+  const double once = Length("");
+  EXPECT_LT(once, Length("--search nni"));
+  EXPECT_LT(Length("--search nni"), Length("--search none"));
+  const double several = Length("--starts 6");
+  EXPECT_LT(several, once);
+  EXPECT_NE(Length("--starts 6 --seed 2"), several);
+  EXPECT_NE(Length("--starts 6 --greedy 0"), several);
+  EXPECT_EQ(Length("--starts 6 --greedy 1"), once);  // neighbour joining again and again
+  const double iterated = Length("--iterations 40");
+  EXPECT_LT(iterated, once);
+  EXPECT_EQ(Length("--rounds 40 -t 3"), iterated);
+  EXPECT_LE(Length("--iterations 400"), iterated);
+  EXPECT_NE(Length("--iterations 40 --seed 2"), iterated);
+}
+
+// A limit that had no effect would let these go on for ever.
+TEST_F(WideOptionsTest, LimitTheTime) {
+  WriteNoise(12);
+  for (const char* options :
+       {"--time .0001m", "--patience .02s", "--time .02 --patience 1000h --iterations 999999999999",
+        "--patience .00001h --time 1000m --iterations 999999999999"}) {
+    EXPECT_GT(Length(options), 0) << options;
+  }
+}
+
+TEST_F(WideOptionsTest, TellTheirDefaults) {
+  const string help = Run("-h").out;
+  for (const char* line : {"--criterion NAME=balanced ", "--search NAME=spr ", "--starts N=1 ",
+                           "--greedy X=0.5 ", "--seed N=1 ", "--iterations N=0 "}) {
+    EXPECT_TRUE(Contains(help, line)) << line;
+  }
+  EXPECT_EQ(Run("--help").out, help);
+}
+
+}  // namespace

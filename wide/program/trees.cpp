@@ -1,0 +1,80 @@
+#include "wide/program/trees.h"
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+
+#include "wide/criterion/fitted_tree.h"
+#include "wide/data/error.h"
+#include "wide/formats/tree_file.h"
+#include "wide/program/outputs.h"
+
+namespace zorvek::wide {
+
+Topology StartingTree(const Options& options, const Input& input) {
+  if (options.start_tree.empty()) return Topology();
+  const std::vector<Tree> trees = ReadTrees(options.start_tree, input.Labels());
+  if (trees.size() > 1) {
+    throw Error(At(options.start_tree) + ": " + std::to_string(trees.size()) +
+                " trees; give one to start from");
+  }
+  return TopologyOf(trees[0]);
+}
+
+void EvaluateTrees(Results& results) {
+  const Options& options = results.options;
+  const std::vector<Tree> trees = ReadTrees(options.evaluate, results.input.Labels());
+  const bool one = options.bootstrap.replicates > 0 || !PathOf(options, "--draw").empty();
+  if (one && trees.size() > 1) {
+    throw Error(At(options.evaluate) + ": " + std::to_string(trees.size()) +
+                " trees; give one, or neither --bootstrap nor --draw");
+  }
+  const double* const* distances = results.input.distances.Rows();
+  const std::unique_ptr<Neighbourhood> neighbourhood =
+      MakeNeighbourhood(options.search.criterion, TopologyOf(trees[0]), distances);
+  for (const Tree& tree : trees) {
+    neighbourhood->Set(TopologyOf(tree));
+    FittedTree fitted = Fitted(*neighbourhood, distances);
+    results.found.push_back({std::move(fitted.tree), fitted.length});
+  }
+}
+
+void AddGivenSupport(Results& results) {
+  const Options& options = results.options;
+  std::vector<Tree>& given = results.support.trees;
+  for (const std::string& path : options.support_from) {
+    for (Tree& tree : ReadTrees(path, results.input.Labels())) given.push_back(std::move(tree));
+  }
+  for (SearchResult& found : results.found) {
+    SetSupports(given, options.bootstrap.measure, found.tree);
+  }
+}
+
+void CheckOutgroup(const Options& options, const Input& input) {
+  const std::vector<int> taxa = NamedTaxa(options.outgroup, "for the outgroup", options, input);
+  std::vector<bool> named(input.Labels().size());
+  for (const int taxon : taxa) named[Index(taxon)] = true;
+  if (std::count(named.begin(), named.end(), false) == 0) {
+    throw Error("the outgroup holds all taxa; name fewer");
+  }
+}
+
+Tree Rooted(const Tree& tree, const Options& options, const Input& input) {
+  if (options.midpoint) return RootedAtMidpoint(tree);
+  const std::vector<int> taxa = NamedTaxa(options.outgroup, "for the outgroup", options, input);
+  if (taxa.empty()) return tree;
+  const Outgroup found = FindOutgroup(tree, taxa);
+  if (!found.exact) {
+    std::cerr << "zorvek-wide: warning: the outgroup is not one group of the tree; its root is at "
+                 "the smallest group that holds it\n";
+  }
+  return RootedAbove(tree, found.node, 0.5);
+}
+
+void SetRoots(Results& results) {
+  for (const SearchResult& found : results.found) {
+    results.trees.push_back(Rooted(found.tree, results.options, results.input));
+  }
+}
+
+}  // namespace zorvek::wide

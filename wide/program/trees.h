@@ -1,0 +1,36 @@
+// The trees that a run is given beside its data, and the roots of those that it writes.
+#ifndef ZORVEK_WIDE_PROGRAM_TREES_H
+#define ZORVEK_WIDE_PROGRAM_TREES_H
+
+#include "wide/data/topology.h"
+#include "wide/data/tree.h"
+#include "wide/program/input.h"
+#include "wide/program/options.h"
+#include "wide/program/results.h"
+
+namespace zorvek::wide {
+
+// All of these throw Error: at trees that cannot be read, or have other taxa than the input.
+
+// The tree that the search is to set out from; one of no taxa if none is given.
+Topology StartingTree(const Options& options, const Input& input);
+
+// Fits the given trees to the distances.
+void EvaluateTrees(Results& results);
+
+// Sets the supports of the trees of the run from given ones.
+void AddGivenSupport(Results& results);
+
+// Throws Error if the outgroup has taxa that the input has not, or all that it has.
+void CheckOutgroup(const Options& options, const Input& input);
+
+// The tree with the root that the options ask for. Where the outgroup is not one group that is told on
+// standard error.
+Tree Rooted(const Tree& tree, const Options& options, const Input& input);
+
+// Takes over the trees of the run as they are to be written.
+void SetRoots(Results& results);
+
+}  // namespace zorvek::wide
+
+#endif
