@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "wide/data/error.h"
 #include "wide/formats/alignment_file.h"
+#include "zorvek/error.h"
 
 namespace {
 

@@ -9,11 +9,12 @@
 #include <random>
 #include <vector>
 
+#include "core/index.h"
 #include "tests/data.h"
 #include "wide/criterion/balanced_neighbourhood.h"
-#include "wide/data/error.h"
 #include "wide/search/neighbour_joining.h"
-#include "wide/search/search.h"
+#include "zorvek/error.h"
+#include "zorvek/search.h"
 
 namespace zorvek::wide {
 namespace {

@@ -10,10 +10,12 @@
 #include <utility>
 #include <vector>
 
+#include "core/index.h"
 #include "tests/data.h"
 #include "tests/plain_joining.h"
-#include "wide/data/tree.h"
+#include "wide/data/topology.h"
 #include "wide/support/splits.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 namespace {

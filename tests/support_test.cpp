@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <set>
 
+#include "core/index.h"
 #include "tests/trees.h"
+#include "wide/data/topology.h"
 #include "wide/support/consensus.h"
 
 namespace zorvek::wide {

@@ -7,9 +7,10 @@
 #include <set>
 #include <string>
 
+#include "core/index.h"
 #include "tests/trees.h"
-#include "wide/data/error.h"
 #include "wide/formats/newick.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 namespace {

@@ -1,7 +1,9 @@
 #include "tests/trees.h"
 
+#include "core/index.h"
 #include "tests/data.h"
 #include "wide/criterion/ols_neighbourhood.h"
+#include "wide/data/topology.h"
 #include "wide/search/neighbour_joining.h"
 
 namespace zorvek::wide::test {

@@ -10,7 +10,7 @@
 
 #include "wide/criterion/neighbourhood.h"
 #include "wide/data/distance_matrix.h"
-#include "wide/data/tree.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide::test {
 

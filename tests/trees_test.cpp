@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <string>
 
+#include "core/index.h"
 #include "tests/data.h"
 #include "tests/files.h"
 #include "wide/data/labels.h"
+#include "wide/data/topology.h"
 #include "wide/formats/newick.h"
 #include "wide/search/neighbour_joining.h"
 

@@ -14,29 +14,32 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Per room the rooms that it may include, besides itself.
+// Per room the rooms that it may include, besides itself. The public headers are the faces of rooms, and
+// open to all of wide/.
 using Walls = std::map<std::string, std::set<std::string>>;
 
 const std::set<std::string> kRun{"core", "driver", "input", "tree", "search", "output"};
 
 const Walls kWalls{
     {"core", {}},
+    {"include/zorvek", {"zorvek"}},
     {"driver", kRun},
     {"input", kRun},
     {"tree", kRun},
     {"search", kRun},
     {"output", kRun},
-    {"wide/data", {"core"}},
-    {"wide/formats", {"core", "wide/data"}},
-    {"wide/distance", {"core", "wide/data"}},
-    {"wide/criterion", {"core", "wide/data"}},
-    {"wide/search", {"core", "wide/data", "wide/criterion"}},
+    {"wide/data", {"core", "zorvek"}},
+    {"wide/formats", {"core", "zorvek", "wide/data"}},
+    {"wide/distance", {"core", "zorvek", "wide/data"}},
+    {"wide/criterion", {"core", "zorvek", "wide/data"}},
+    {"wide/search", {"core", "zorvek", "wide/data", "wide/criterion"}},
     {"wide/support",
-     {"core", "wide/data", "wide/formats", "wide/distance", "wide/criterion", "wide/search"}},
-    {"wide/drawing", {"core", "wide/data", "wide/formats"}},
+     {"core", "zorvek", "wide/data", "wide/formats", "wide/distance", "wide/criterion",
+      "wide/search"}},
+    {"wide/drawing", {"core", "zorvek", "wide/data", "wide/formats"}},
     {"wide/program",
-     {"core", "wide/data", "wide/formats", "wide/distance", "wide/criterion", "wide/search",
-      "wide/support", "wide/drawing"}},
+     {"core", "zorvek", "wide/data", "wide/formats", "wide/distance", "wide/criterion",
+      "wide/search", "wide/support", "wide/drawing"}},
 };
 
 TEST(Walls, ARoomIncludesOnlyWhatStandsBelowIt) {

@@ -13,11 +13,11 @@
 #include "tests/data.h"
 #include "tests/trees.h"
 #include "wide/criterion/ols_neighbourhood.h"
-#include "wide/data/tree.h"
 #include "wide/distance/vertex_cover.h"
 #include "wide/search/identical.h"
 #include "wide/search/neighbour_joining.h"
-#include "wide/search/search.h"
+#include "zorvek/search.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 namespace {

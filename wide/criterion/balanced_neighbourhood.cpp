@@ -22,6 +22,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/index.h"
+
 namespace zorvek::wide {
 
 namespace {

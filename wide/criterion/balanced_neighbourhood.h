@@ -22,6 +22,7 @@
 #include <memory>
 #include <vector>
 
+#include "core/index.h"
 #include "wide/criterion/neighbourhood.h"
 
 namespace zorvek::wide {

@@ -1,17 +1,14 @@
-// The criteria by which a tree is short.
+// The neighbourhood of each criterion.
 #ifndef ZORVEK_WIDE_CRITERION_CRITERION_H
 #define ZORVEK_WIDE_CRITERION_CRITERION_H
 
 #include <memory>
 
+#include "wide/criterion/criterion.h"
 #include "wide/criterion/neighbourhood.h"
+#include "zorvek/criterion.h"
 
 namespace zorvek::wide {
-
-enum class Criterion {
-  kBalanced,  // the sum of all balanced edge lengths [Pauplin2000]
-  kOls,       // the sum of the positive ordinary-least-squares edge lengths [Rzhetsky1993]
-};
 
 // The neighbourhood of a tree under a criterion.
 // Requires: n >= 4, a symmetric matrix of finite numbers that outlives it.

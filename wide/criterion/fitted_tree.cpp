@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "wide/data/topology.h"
+
 namespace zorvek::wide {
 
 namespace {

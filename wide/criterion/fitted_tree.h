@@ -3,7 +3,7 @@
 #define ZORVEK_WIDE_CRITERION_FITTED_TREE_H
 
 #include "wide/criterion/neighbourhood.h"
-#include "wide/data/tree.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 

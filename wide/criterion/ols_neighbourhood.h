@@ -22,6 +22,7 @@
 
 #include <vector>
 
+#include "core/index.h"
 #include "core/ordered_sum.h"
 #include "core/subtree_sums.h"
 #include "wide/criterion/neighbourhood.h"

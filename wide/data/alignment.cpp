@@ -1,4 +1,4 @@
-#include "wide/data/alignment.h"
+#include "zorvek/alignment.h"
 
 #include <array>
 #include <string_view>

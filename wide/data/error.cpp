@@ -1,4 +1,4 @@
-#include "wide/data/error.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 

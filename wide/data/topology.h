@@ -9,10 +9,12 @@
 #define ZORVEK_WIDE_DATA_TOPOLOGY_H
 
 #include <array>
+#include <functional>
 #include <utility>
 #include <vector>
 
 #include "core/index.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 
@@ -87,6 +89,14 @@ struct Topology {
     }
   }
 };
+
+// The unrooted tree of a topology, length(u, v) being that of the edge between two of its nodes.
+// Cost: n log n.
+Tree MakeTree(const Topology& topology, const std::function<double(int, int)>& length);
+
+// The topology of an unrooted tree of at least 4 taxa. The subtrees at a node of more than three
+// edges are joined in pairs, in their order, until three are left.  Cost: n.
+Topology TopologyOf(const Tree& tree);
 
 }  // namespace zorvek::wide
 

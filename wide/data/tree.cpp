@@ -1,8 +1,11 @@
-#include "wide/data/tree.h"
+#include "zorvek/tree.h"
 
 #include <cmath>
 #include <cstddef>
 #include <utility>
+
+#include "core/index.h"
+#include "wide/data/topology.h"
 
 namespace zorvek::wide {
 

@@ -4,8 +4,8 @@
 
 #include <vector>
 
-#include "wide/data/alignment.h"
 #include "wide/data/distance_matrix.h"
+#include "zorvek/alignment.h"
 
 namespace zorvek::wide {
 

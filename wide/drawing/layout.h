@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "wide/data/tree.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "wide/data/tree.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 

@@ -8,11 +8,11 @@
 #include <string_view>
 
 #include "wide/data/ascii.h"
-#include "wide/data/error.h"
 #include "wide/formats/fasta.h"
 #include "wide/formats/nexus.h"
 #include "wide/formats/phylip.h"
 #include "wide/formats/text.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "wide/data/alignment.h"
+#include "zorvek/alignment.h"
 
 namespace zorvek::wide {
 

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "wide/data/error.h"
 #include "wide/formats/sites.h"
 #include "wide/formats/text.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 

@@ -5,10 +5,10 @@
 #include <cmath>
 #include <string_view>
 
-#include "wide/data/error.h"
 #include "wide/data/labels.h"
 #include "wide/formats/numbers.h"
 #include "wide/formats/text.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <utility>
 
+#include "core/index.h"
 #include "wide/data/labels.h"
 #include "wide/formats/numbers.h"
 

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "core/nexus_guard.h"
-#include "wide/data/error.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 

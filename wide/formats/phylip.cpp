@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "wide/data/error.h"
 #include "wide/formats/sites.h"
 #include "wide/formats/text.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "wide/data/alignment.h"
-#include "wide/data/error.h"
+#include "zorvek/alignment.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 

@@ -5,11 +5,12 @@
 #include <cmath>
 #include <utility>
 
+#include "core/index.h"
 #include "wide/data/ascii.h"
-#include "wide/data/error.h"
 #include "wide/data/labels.h"
 #include "wide/formats/alignment_file.h"
 #include "wide/formats/text.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 

@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "wide/data/tree.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 

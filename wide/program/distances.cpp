@@ -2,10 +2,10 @@
 
 #include <numeric>
 
-#include "wide/data/error.h"
 #include "wide/data/labels.h"
 #include "wide/distance/pair_distances.h"
 #include "wide/distance/vertex_cover.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 

@@ -5,10 +5,10 @@
 #include <sstream>
 
 #include "core/index.h"
-#include "wide/data/error.h"
 #include "wide/data/labels.h"
 #include "wide/formats/alignment_file.h"
 #include "wide/formats/matrix_file.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 

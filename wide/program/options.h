@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "wide/drawing/svg.h"
-#include "wide/search/search.h"
 #include "wide/support/bootstrap.h"
+#include "zorvek/search.h"
 
 namespace zorvek::wide {
 

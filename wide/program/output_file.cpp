@@ -10,7 +10,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "wide/data/error.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 

@@ -6,8 +6,8 @@
 
 #include "wide/program/input.h"
 #include "wide/program/options.h"
-#include "wide/search/search.h"
 #include "wide/support/bootstrap.h"
+#include "zorvek/search.h"
 
 namespace zorvek::wide {
 

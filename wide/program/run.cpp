@@ -8,7 +8,6 @@
 #include <limits>
 #include <string>
 
-#include "wide/data/error.h"
 #include "wide/formats/numbers.h"
 #include "wide/program/distances.h"
 #include "wide/program/input.h"
@@ -18,8 +17,9 @@
 #include "wide/program/results.h"
 #include "wide/program/summary.h"
 #include "wide/program/trees.h"
-#include "wide/search/search.h"
 #include "wide/support/bootstrap.h"
+#include "zorvek/error.h"
+#include "zorvek/search.h"
 
 namespace zorvek::wide {
 
@@ -60,7 +60,7 @@ void SearchTree(const std::atomic<bool>& stop, ProgressLine& line, Results& resu
     if (progress.improved) results.improvements.push_back({seconds, progress.length});
     Show(settings, progress, seconds, line);
   };
-  const Topology start = StartingTree(results.options, results.input);
+  const Tree start = StartingTree(results.options, results.input);
   if (start.taxa > 0) settings.start = &start;
   const DistanceMatrix& distances = results.input.distances;
   results.found = {FindShortestTree(distances.Size(), distances.Rows(), settings)};

@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <stdexcept>
 
-#include "wide/data/error.h"
 #include "wide/formats/numbers.h"
 #include "wide/program/outputs.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 

@@ -4,21 +4,24 @@
 #include <iostream>
 #include <memory>
 
+#include "core/index.h"
+#include "wide/criterion/criterion.h"
 #include "wide/criterion/fitted_tree.h"
-#include "wide/data/error.h"
+#include "wide/data/topology.h"
 #include "wide/formats/tree_file.h"
 #include "wide/program/outputs.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 
-Topology StartingTree(const Options& options, const Input& input) {
-  if (options.start_tree.empty()) return Topology();
+Tree StartingTree(const Options& options, const Input& input) {
+  if (options.start_tree.empty()) return {};
   const std::vector<Tree> trees = ReadTrees(options.start_tree, input.Labels());
   if (trees.size() > 1) {
     throw Error(At(options.start_tree) + ": " + std::to_string(trees.size()) +
                 " trees; give one to start from");
   }
-  return TopologyOf(trees[0]);
+  return trees[0];
 }
 
 void EvaluateTrees(Results& results) {

@@ -2,18 +2,17 @@
 #ifndef ZORVEK_WIDE_PROGRAM_TREES_H
 #define ZORVEK_WIDE_PROGRAM_TREES_H
 
-#include "wide/data/topology.h"
-#include "wide/data/tree.h"
 #include "wide/program/input.h"
 #include "wide/program/options.h"
 #include "wide/program/results.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 
 // All of these throw Error: at trees that cannot be read, or have other taxa than the input.
 
 // The tree that the search is to set out from; one of no taxa if none is given.
-Topology StartingTree(const Options& options, const Input& input);
+Tree StartingTree(const Options& options, const Input& input);
 
 // Fits the given trees to the distances.
 void EvaluateTrees(Results& results);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "core/index.h"
+
 namespace zorvek::wide {
 
 namespace {

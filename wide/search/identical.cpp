@@ -4,6 +4,9 @@
 #include <cstddef>
 #include <limits>
 
+#include "core/index.h"
+#include "wide/data/topology.h"
+
 namespace zorvek::wide {
 
 namespace {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "wide/criterion/neighbourhood.h"
-#include "wide/data/tree.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 

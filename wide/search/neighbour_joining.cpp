@@ -27,6 +27,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/index.h"
 #include "core/large_table.h"
 
 namespace zorvek::wide {

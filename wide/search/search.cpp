@@ -4,7 +4,7 @@
 // Iterations come in batches of fixed size that all begin at the best tree so far, each with a
 // generator seeded by its own number; the best result of a batch, the earliest of equal ones, is
 // the next best tree. So the outcome does not depend on how many threads share the work.
-#include "wide/search/search.h"
+#include "zorvek/search.h"
 
 #include <algorithm>
 #include <chrono>
@@ -15,12 +15,15 @@
 #include <random>
 #include <string>
 
+#include "core/index.h"
 #include "core/parallel.h"
+#include "wide/criterion/criterion.h"
 #include "wide/criterion/fitted_tree.h"
-#include "wide/data/error.h"
+#include "wide/data/topology.h"
 #include "wide/search/descent.h"
 #include "wide/search/identical.h"
 #include "wide/search/neighbour_joining.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 
@@ -133,7 +136,7 @@ class Search {
     const auto descend = [this](std::unique_ptr<Descent>& descent, int number) {
       std::mt19937_64 generator = Generator(0, static_cast<std::uint64_t>(number));
       Place(descent, number > 0 ? JoinNeighbours(n_, distances_, settings_.greedy, &generator)
-                     : settings_.start != nullptr ? *settings_.start
+                     : settings_.start != nullptr ? TopologyOf(*settings_.start)
                                                   : JoinNeighbours(n_, distances_));
       const bool reports = &descent == &descents_[0];  // on the thread that called
       Descend(*descent, [&](double fraction) {

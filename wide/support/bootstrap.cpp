@@ -4,9 +4,10 @@
 #include <optional>
 #include <random>
 
+#include "core/index.h"
 #include "core/parallel.h"
 #include "wide/distance/pair_distances.h"
-#include "wide/search/search.h"
+#include "zorvek/search.h"
 
 namespace zorvek::wide {
 

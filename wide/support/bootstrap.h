@@ -5,10 +5,10 @@
 #include <functional>
 #include <vector>
 
-#include "wide/data/alignment.h"
-#include "wide/data/tree.h"
-#include "wide/search/search.h"
 #include "wide/support/support.h"
+#include "zorvek/alignment.h"
+#include "zorvek/search.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 

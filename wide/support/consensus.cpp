@@ -6,6 +6,8 @@
 #include <random>
 #include <unordered_map>
 
+#include "core/index.h"
+
 namespace zorvek::wide {
 
 namespace {

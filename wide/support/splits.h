@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "wide/data/tree.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 

@@ -1,5 +1,7 @@
 #include "wide/support/support.h"
 
+#include "core/index.h"
+
 namespace zorvek::wide {
 
 SupportCount::SupportCount(const Tree& reference, SupportMeasure measure)

@@ -4,9 +4,9 @@
 
 #include <vector>
 
-#include "wide/data/tree.h"
 #include "wide/support/splits.h"
 #include "wide/support/transfer.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 

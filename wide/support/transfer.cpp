@@ -18,6 +18,8 @@
 
 #include <algorithm>
 
+#include "core/index.h"
+
 namespace zorvek::wide {
 
 namespace {

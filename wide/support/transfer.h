@@ -4,7 +4,8 @@
 
 #include <vector>
 
-#include "wide/data/tree.h"
+#include "core/index.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 

@@ -14,16 +14,13 @@
 // the smallest taxon. An unrooted tree has a root of three children or more, the first of which is
 // taxon 0; a rooted tree has a root of two. The edge of an unrooted tree on which a root stands is
 // written as two, which share its length and both have its support.
-#ifndef ZORVEK_WIDE_DATA_TREE_H
-#define ZORVEK_WIDE_DATA_TREE_H
+#ifndef ZORVEK_TREE_H
+#define ZORVEK_TREE_H
 
 #include <algorithm>
-#include <functional>
+#include <cstddef>
 #include <limits>
 #include <vector>
-
-#include "core/index.h"
-#include "wide/data/topology.h"
 
 namespace zorvek::wide {
 
@@ -43,7 +40,7 @@ struct Tree {
   std::vector<Node> nodes;    // a taxon's node has its number
   std::vector<int> preorder;  // every node before its children, which come in order
 
-  const Node& At(int node) const { return nodes[Index(node)]; }
+  const Node& At(int node) const { return nodes[static_cast<std::size_t>(node)]; }
   bool IsTaxon(int node) const { return node < taxa; }
   bool IsRooted() const { return At(root).children.size() == 2; }
 
@@ -54,14 +51,6 @@ struct Tree {
   // edge does, unless it is written as 0, for then nothing says that the group is there.
   bool IsGroup(int node) const { return !IsTaxon(node) && node != root && !(At(node).length <= 0); }
 };
-
-// The unrooted tree of a topology, length(u, v) being that of the edge between two of its nodes.
-// Cost: n log n.
-Tree MakeTree(const Topology& topology, const std::function<double(int, int)>& length);
-
-// The topology of an unrooted tree of at least 4 taxa. The subtrees at a node of more than three
-// edges are joined in pairs, in their order, until three are left.  Cost: n.
-Topology TopologyOf(const Tree& tree);
 
 // Fills in the parents, the order of children and the order of nodes, from `taxa`, `root` and the
 // children in any order.  Cost: n log n.

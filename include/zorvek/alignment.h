@@ -1,6 +1,6 @@
 // Aligned sequences as sets of nucleotides, from whatever format they were read.
-#ifndef ZORVEK_WIDE_DATA_ALIGNMENT_H
-#define ZORVEK_WIDE_DATA_ALIGNMENT_H
+#ifndef ZORVEK_ALIGNMENT_H
+#define ZORVEK_ALIGNMENT_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // Faults of the input or the output, told to the user.
-#ifndef ZORVEK_WIDE_DATA_ERROR_H
-#define ZORVEK_WIDE_DATA_ERROR_H
+#ifndef ZORVEK_ERROR_H
+#define ZORVEK_ERROR_H
 
 #include <stdexcept>
 #include <string>

@@ -1,13 +1,13 @@
 // The search of zorvek-wide: the shortest tree under a criterion over the whole tree space.
-#ifndef ZORVEK_WIDE_SEARCH_SEARCH_H
-#define ZORVEK_WIDE_SEARCH_SEARCH_H
+#ifndef ZORVEK_SEARCH_H
+#define ZORVEK_SEARCH_H
 
 #include <atomic>
 #include <cstdint>
 #include <functional>
 
-#include "wide/criterion/criterion.h"
-#include "wide/data/tree.h"
+#include "zorvek/criterion.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 
@@ -32,10 +32,11 @@ struct SearchSettings {
   Criterion criterion = Criterion::kBalanced;
   Moves moves = Moves::kSpr;
   std::uint64_t seed = 1;
-  const Topology* start = nullptr;  // the first starting tree; neighbour joining's without one
-  int starts = 1;                   // starting trees: that, then randomised joinings
-  double greedy = 0.5;              // randomised joinings: share of greedy joins, 0..1
-  long iterations = 0;              // perturbations tried after the descents
+  const Tree* start =
+      nullptr;          // the first starting tree, unrooted; neighbour joining's without one
+  int starts = 1;       // starting trees: that, then randomised joinings
+  double greedy = 0.5;  // randomised joinings: share of greedy joins, 0..1
+  long iterations = 0;  // perturbations tried after the descents
   int threads = 1;
   double seconds = 0;   // wall-clock limit, 0 for none
   double patience = 0;  // wall-clock seconds without an improvement that end the search, 0 for none
