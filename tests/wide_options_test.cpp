@@ -55,7 +55,11 @@ TEST_F(WideOptionsTest, AreRefusedInWords) {
       {"a.fa --criterion me", "--criterion wants balanced or ols, not 'me'"},
       {"a.fa --newick", "--newick wants a value"},
       {"a.fa --newick --quiet", "--newick wants a path, or - for standard output, not '--quiet'"},
-      {"a.fa --newick x --draw ./x", "./x is named twice"},
+      {"a.fa --newick x.svg --draw ./x.svg", "./x.svg is named twice"},
+      {"a.fa --draw a.pdf",
+       "a.pdf: a picture is an .svg or an .html file; draw a.svg and convert it: rsvg-convert -f "
+       "pdf "
+       "-o a.pdf a.svg"},
       {"a.fa --output a.fa", "a.fa is named twice"},
       {"a.fa --log a.fa.wide.nex", "a.fa.wide.nex is named twice"},
       {"a.fa --matrix -b 3", "--bootstrap does nothing with --matrix, which has no sites to draw"},

@@ -60,6 +60,26 @@ std::vector<double> DrawnLengths(const Tree& tree) {
   return lengths;
 }
 
+std::vector<double> DrawnSupports(const Tree& tree) {
+  const std::vector<double> lengths = DrawnLengths(tree);
+  std::vector<double> supports(tree.nodes.size(), Tree::kNoSupport);
+  for (const int node : tree.preorder) {
+    if (!tree.IsTaxon(node) && lengths[Index(node)] > 0) {
+      supports[Index(node)] = tree.At(node).support;
+    }
+  }
+  const std::vector<int>& top = tree.At(tree.root).children;
+  if (tree.IsRooted() && supports[Index(top[0])] >= 0 && supports[Index(top[1])] >= 0) {
+    const bool first_longer = lengths[Index(top[0])] > lengths[Index(top[1])];
+    supports[Index(top[first_longer ? 1 : 0])] = Tree::kNoSupport;
+  }
+  return supports;
+}
+
+Tree RootedForDrawing(const Tree& tree) {
+  return tree.IsRooted() ? tree : RootedAtMidpoint(tree);
+}
+
 // Less `apart` times their rank, angles that are far enough from each other never fall. The circle
 // is cut open where the gap is widest.
 std::vector<double> LabelAngles(const Tree& tree, const std::vector<Point>& places, double apart) {

@@ -20,6 +20,13 @@ constexpr double kLeastDrawn = 1e-9;
 // The lengths of the edges above the nodes as they are drawn, none of them negative; 0 at the root.
 std::vector<double> DrawnLengths(const Tree& tree);
 
+// The supports of the edges above the nodes as they are drawn: none of an edge of length 0, and only
+// one at a root of two children, whose edges are one edge of the unrooted tree.
+std::vector<double> DrawnSupports(const Tree& tree);
+
+// Rooted at the midpoint, unless it is rooted.
+Tree RootedForDrawing(const Tree& tree);
+
 // Unrooted, one place for each node, distances along edges as the edge lengths are; no edges cross.
 // Begins with the equal-angle layout [Felsenstein2004], in which every subtree has a wedge as wide as
 // it has taxa, and then turns the branches at each node until the gaps between them, seen from the

@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "wide/drawing/picture.h"
 #include "wide/formats/alignment_file.h"
 #include "wide/program/outputs.h"
 #include "wide/program/values.h"
@@ -182,8 +183,8 @@ void AddOutput(CLI::App& app, Options& options) {
   }
   AddTaxa(app, "--outgroup", options.outgroup, "taxa beyond the root, commas between them");
   app.add_flag("--midpoint", options.midpoint, "the root is midway between the farthest taxa");
-  AddChoice<Layout>(app, "--layout", options.layout,
-                    {{"unrooted", Layout::kUnrooted}, {"phylogram", Layout::kPhylogram}},
+  AddChoice<Layout>(app, "--layout", options.drawing.layout,
+                    {{"phylogram", Layout::kPhylogram}, {"unrooted", Layout::kUnrooted}},
                     "of the picture");
   app.add_flag("--quiet", options.quiet, "neither progress nor summary");
 }
@@ -252,6 +253,8 @@ void SettleIterations(const CLI::App& app, SearchSettings& search) {
 
 // The files that are written must be different ones, and none of them the input.
 void CheckPaths(const Options& options) {
+  const std::string fault = PictureFault(PathOf(options, "--draw"));
+  if (!fault.empty()) throw BadUsage(fault);
   std::vector<std::filesystem::path> taken;
   std::vector<std::string> paths = options.paths;
   for (const std::string& read : {options.start_tree, options.evaluate}) paths.push_back(read);

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "wide/drawing/svg.h"
+#include "wide/drawing/settings.h"
 #include "wide/support/bootstrap.h"
 #include "zorvek/search.h"
 
@@ -32,7 +32,7 @@ struct Options {
 
   std::string prefix;              // of the outputs that are not named; empty: the file's name
   std::vector<std::string> paths;  // of each of OutputKinds(); empty: it is not written
-  Layout layout = Layout::kUnrooted;
+  DrawingSettings drawing;
   bool quiet = false;
 };
 

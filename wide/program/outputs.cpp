@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "wide/drawing/svg.h"
+#include "wide/drawing/picture.h"
 #include "wide/formats/matrix_file.h"
 #include "wide/formats/newick.h"
 #include "wide/program/summary.h"
@@ -48,7 +48,8 @@ std::string DistancesText(const Results& results) {
 }
 
 std::string PictureText(const Results& results) {
-  return DrawSvg(results.trees[0], results.input.Labels(), results.options.layout);
+  return DrawPicture(PathOf(results.options, "--draw"), results.trees[0], results.input.Labels(),
+                     results.options.drawing);
 }
 
 // Whether the file has no name that outputs could be named after.
@@ -74,7 +75,7 @@ std::vector<OutputKind> OutputKinds() {
       {"-o,--output", "the tree in NEXUS; FILE.wide.nex unless given", ".wide.nex", NexusText},
       {"--newick", "the tree in Newick's format", nullptr, NewickText},
       {"--distances", "the distances, a PHYLIP square matrix", nullptr, DistancesText},
-      {"--draw", "a picture of the tree, SVG", nullptr, PictureText},
+      {"--draw", "a picture, .svg, or a page to look into, .html", nullptr, PictureText},
       {"--bootstrap-trees", "the trees of the replicates in Newick's format, a line each", nullptr,
        ReplicatesText},
       {"--consensus", "their majority-rule consensus in Newick's format", nullptr, ConsensusText},
