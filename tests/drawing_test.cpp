@@ -3,7 +3,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <random>
+#include <regex>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,12 +15,15 @@
 #include "tests/data.h"
 #include "tests/files.h"
 #include "wide/drawing/layout.h"
+#include "wide/drawing/picture.h"
+#include "wide/drawing/text.h"
 
 namespace zorvek::wide {
 namespace {
 
-// Grown by taxa put into random edges, or always into the newest; every fifth edge has length 0.
-Tree GrownTree(int taxa, bool comb, unsigned seed) {
+// Grown by taxa put into random edges, or always into the newest. Every fifth edge has length 0 or
+// less, the others up to 1 and no less than `least`.
+Tree GrownTree(int taxa, bool comb, unsigned seed, double least = 0) {
   std::mt19937 generator(seed);
   Tree tree;
   tree.taxa = taxa;
@@ -37,7 +43,7 @@ Tree GrownTree(int taxa, bool comb, unsigned seed) {
   }
   for (Tree::Node& node : tree.nodes) {
     const double length = std::ldexp(static_cast<double>(generator()), -32);
-    node.length = generator() % 5 == 0 ? 0 : length * length;
+    node.length = generator() % 5 == 0 ? -least : least + (1 - least) * length * length;
   }
   tree.nodes[Index(tree.root)].length = 0;
   Ladderise(tree);
@@ -93,6 +99,219 @@ TEST(UnrootedLayout, KeepsLengthsAndLetsNoEdgesCross) {
       }
       EXPECT_EQ(Crossings(tree, places), 0) << taxa << " taxa, seed " << seed;
     }
+  }
+}
+
+// With edges of length 1 the gaps at both ends of the middle are g, and the two taxa there are seen
+// from the other end under g / 2: 3 g + g / 2 is a full turn.
+TEST(UnrootedLayout, LeavesEqualDaylight) {
+  Tree tree = GrownTree(4, false, 1);
+  for (Tree::Node& node : tree.nodes) node.length = 1;
+  const std::vector<Point> places = UnrootedLayout(tree);
+  for (int one = 0; one < 4; ++one) {
+    for (int other = 0; other < one; ++other) {
+      if (tree.At(one).parent != tree.At(other).parent) continue;
+      const double gap = 2 * std::acos(-1) / 3.5;
+      EXPECT_NEAR(Distance(places[Index(one)], places[Index(other)]), 2 * std::sin(gap / 2), 2e-3);
+    }
+  }
+}
+
+// What an SVG picture shows, as read from its text.
+struct Shown {
+  struct Text {
+    Point at;
+    double angle = 0;  // in which it is read
+    bool backwards = false;
+    std::string text;
+  };
+  using Key = std::pair<double, double>;
+
+  explicit Shown(const std::string& svg) {
+    const std::string number = "(-?[0-9.]+)";
+    const std::regex edge("<path d=\"M" + number + " " + number + "(?:L" + number + " |V" + number +
+                          "H)" + number + "\"/>");
+    for (auto m = Begin(svg, edge); m != std::sregex_iterator(); ++m) {
+      elbows = (*m)[4].matched;
+      const Point from{Value(*m, 1), Value(*m, 2)};
+      const Point to =
+          elbows ? Point{Value(*m, 5), Value(*m, 4)} : Point{Value(*m, 3), Value(*m, 5)};
+      if (edges.empty()) root = {from.x, from.y};
+      edges.emplace_back(from, to);
+      if (Distance(from, to) > 0) above[{to.x, to.y}] = {from.x, from.y};
+    }
+    const std::regex leader("\"leader\" d=\"M" + number + " " + number + "L" + number + " " +
+                            number);
+    for (auto m = Begin(svg, leader); m != std::sregex_iterator(); ++m) {
+      leaders.push_back({{Value(*m, 1), Value(*m, 2)}, {Value(*m, 3), Value(*m, 4)}});
+    }
+    const std::regex text("<text (class=\"support\")?([^>]*)translate\\(" + number + " " + number +
+                          "\\)(?: rotate\\(" + number + "\\))?\">([^<]*)<");
+    for (auto m = Begin(svg, text); m != std::sregex_iterator(); ++m) {
+      const double degrees = (*m)[5].matched ? Value(*m, 5) : 0;
+      const bool end = m->str(2).find("\"end\"") != std::string::npos;
+      ((*m)[1].matched ? supports : labels)
+          .push_back({{Value(*m, 3), Value(*m, 4)}, degrees * std::acos(-1) / 180, end, m->str(6)});
+    }
+    std::smatch bar;
+    std::regex_search(svg, bar, std::regex("\"scale\" d=\"M" + number + " [^L]*L" + number));
+    bar_pixels = Value(bar, 2) - Value(bar, 1);
+  }
+
+  static std::sregex_iterator Begin(const std::string& text, const std::regex& pattern) {
+    return {text.begin(), text.end(), pattern};
+  }
+  static double Value(const std::smatch& match, std::size_t group) {
+    return std::stod(match[group]);
+  }
+
+  // The tip that a label belongs to: at its left, or where the leader begins that ends before it.
+  Point Tip(const Text& label) const {
+    const double turn = label.backwards ? -4 : 4;
+    const Point before{label.at.x - turn * std::cos(label.angle),
+                       label.at.y - turn * std::sin(label.angle)};
+    for (const auto& [tip, ring] : leaders) {
+      if (Distance(ring, before) < 0.02) return tip;
+    }
+    return before;
+  }
+  // From the root, in pixels along the edges; `passed` gets the far ends of these.
+  double Depth(Point tip, std::set<Key>* passed = nullptr) const {
+    double depth = 0;
+    for (Key key{tip.x, tip.y}; key != root; key = above.at(key)) {
+      if (passed != nullptr) passed->insert(key);
+      const Key next = above.at(key);
+      depth += elbows ? std::abs(key.first - next.first)
+                      : std::hypot(key.first - next.first, key.second - next.second);
+    }
+    return depth;
+  }
+
+  bool elbows = false;
+  Key root;
+  std::map<Key, Key> above;
+  std::vector<std::pair<Point, Point>> edges;
+  std::vector<std::pair<Point, Point>> leaders;
+  std::vector<Text> labels;
+  std::vector<Text> supports;
+  double bar_pixels = 0;
+};
+
+// How far the point is from the part of an edge that carries its length.
+double FromEdge(Point p, Point a, Point b, bool elbows) {
+  if (elbows) a.y = b.y;
+  const Point along{b.x - a.x, b.y - a.y};
+  const double square = along.x * along.x + along.y * along.y;
+  if (square == 0) return 1e9;
+  const double share = ((p.x - a.x) * along.x + (p.y - a.y) * along.y) / square;
+  const double on = std::clamp(share, 0.0, 1.0);
+  return Distance(p, {a.x + on * along.x, a.y + on * along.y});
+}
+
+std::set<std::string> NamesBelow(const Tree& tree, int node) {
+  std::set<std::string> names;
+  for (int taxon = 0; taxon < tree.taxa; ++taxon) {
+    for (int k = taxon; k >= 0; k = tree.At(k).parent) {
+      if (k == node) names.insert("t" + std::to_string(taxon));
+    }
+  }
+  return names;
+}
+
+TEST(Picture, ShowsLengthsAndSupportsWhereTheyBelong) {
+  for (const Layout layout : {Layout::kPhylogram, Layout::kUnrooted}) {
+    Tree given = GrownTree(14, false, 3, 0.5);
+    for (const int node : given.preorder) {
+      if (!given.IsTaxon(node)) given.nodes[Index(node)].support = 0.01 * node + 0.45;
+    }
+    const Tree tree = layout == Layout::kPhylogram ? RootedForDrawing(given) : given;
+    std::vector<std::string> labels;
+    for (int taxon = 0; taxon < 14; ++taxon) labels.push_back("t" + std::to_string(taxon));
+    const Shown shown(DrawPicture("x.svg", given, labels, {layout, "changes"}));
+    ASSERT_EQ(shown.labels.size(), 15u);
+    std::size_t read = 0;
+    const double bar = std::stod(shown.labels[14].text, &read);
+    EXPECT_EQ(shown.labels[14].text.substr(read), " changes");
+    std::map<Shown::Key, std::set<std::string>> below;
+    for (std::size_t k = 0; k < 14; ++k) {
+      const Shown::Text& label = shown.labels[k];
+      std::set<Shown::Key> passed;
+      double length = 0;
+      for (int node = std::stoi(label.text.substr(1)); node >= 0; node = tree.At(node).parent) {
+        length += tree.ShownLength(node);
+      }
+      EXPECT_NEAR(shown.Depth(shown.Tip(label), &passed) * bar / shown.bar_pixels, length, 2e-3);
+      EXPECT_LE(std::abs(label.angle), std::acos(-1) / 2 + 1e-4) << "upside down";
+      for (const Shown::Key& key : passed) below[key].insert(label.text);
+    }
+    std::map<std::string, std::set<std::string>> expected;
+    for (const int node : tree.preorder) {
+      const double support = DrawnSupports(tree)[Index(node)];
+      if (support >= 0.5 && tree.At(node).length > 0) {
+        expected[std::to_string(std::lround(100 * support))] = NamesBelow(tree, node);
+      }
+    }
+    std::map<std::string, std::set<std::string>> found;
+    for (const Shown::Text& support : shown.supports) {
+      const auto nearest = std::min_element(
+          shown.edges.begin(), shown.edges.end(), [&](const auto& a, const auto& b) {
+            return FromEdge(support.at, a.first, a.second, shown.elbows) <
+                   FromEdge(support.at, b.first, b.second, shown.elbows);
+          });
+      found[support.text] = below[{nearest->second.x, nearest->second.y}];
+    }
+    EXPECT_EQ(found, expected);
+    EXPECT_GT(found.size(), 4u);
+  }
+}
+
+TEST(Picture, LetsSupportsCoverNothing) {
+  for (const Layout layout : {Layout::kPhylogram, Layout::kUnrooted}) {
+    Tree tree = GrownTree(80, false, 4);
+    for (const int node : tree.preorder) tree.nodes[Index(node)].support = 0.99;
+    const Shown shown(
+        DrawPicture("x.svg", tree, std::vector<std::string>(80, "taxon"), {layout, ""}));
+    EXPECT_GT(shown.supports.size(), 20u);
+    for (const Shown::Text& support : shown.supports) {
+      // Digits of 8 pixels are 10 wide and 6 high.
+      const auto covers = [&](Point p) {
+        const Point arm{p.x - support.at.x, p.y - support.at.y};
+        const double c = std::cos(support.angle);
+        const double s = std::sin(support.angle);
+        return std::abs(arm.x * c + arm.y * s) < 5 && std::abs(arm.y * c - arm.x * s) < 3;
+      };
+      for (const auto& [from, to] : shown.edges) {
+        const Point corner = shown.elbows ? Point{from.x, to.y} : from;
+        for (double share = 0; share <= 1; share += 1.0 / 512) {
+          const double rest = 1 - share;
+          ASSERT_FALSE(covers({corner.x * rest + to.x * share, corner.y * rest + to.y * share}));
+          ASSERT_FALSE(covers({corner.x, from.y * rest + corner.y * share}));
+        }
+      }
+      for (const Shown::Text& other : shown.supports) {
+        EXPECT_TRUE(&other == &support || Distance(other.at, support.at) > 6);
+      }
+    }
+  }
+}
+
+TEST(Picture, TakesLabelsOfAnyBytes) {
+  EXPECT_EQ(Drawable("a\tb\x01\x7F"), "ab");
+  EXPECT_EQ(Drawable("caf\xC3\xA9 \xF0\x9F\xA6\x8E"), "caf\xC3\xA9 \xF0\x9F\xA6\x8E");
+  EXPECT_EQ(Drawable("caf\xE9"), "caf\xC3\xA9");
+  EXPECT_EQ(Drawable("\xEF\xBF\xBF\xC2\x85z"), "z");
+  for (const char* bad : {"\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xE2\x82", "\x80"}) {
+    const std::string drawable = Drawable(bad);
+    EXPECT_EQ(Drawable(drawable), drawable);
+    EXPECT_EQ(drawable.find(bad), drawable.npos);
+  }
+  const Tree tree = GrownTree(4, false, 1, 0.5);
+  const std::string page = DrawPicture("x.HTML", tree, {"</script>", "a\"b\\c", "caf\xE9", "d"},
+                                       {Layout::kUnrooted, "u"});
+  EXPECT_EQ(test::FindAll(page, "(</script>)").size(), 2u);
+  for (const char* part :
+       {"\"\\u003c/script>\"", "\"a\\\"b\\\\c\"", "\"caf\xC3\xA9\"", "\"layout\":\"unrooted\""}) {
+    EXPECT_TRUE(test::Contains(page, part)) << part;
   }
 }
 
