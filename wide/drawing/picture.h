@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "wide/data/tree.h"
 #include "wide/drawing/settings.h"
+#include "zorvek/tree.h"
 
 namespace zorvek::wide {
 
