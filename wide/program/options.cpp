@@ -234,7 +234,7 @@ void CheckCombinations(const CLI::App& app, const Options& options) {
   };
   for (const Rule& rule : rules) check(rule);
   for (const char* option : {"--tree", "--search", "--starts", "--greedy", "--iterations",
-                             "--rounds", "--time", "--patience", "--log"}) {
+                             "--rounds", "--time", "--patience"}) {
     check({option, evaluates, "with --evaluate, which makes no search"});
   }
   for (const char* option : {"--support", "--bootstrap-trees", "--consensus"}) {
@@ -243,12 +243,15 @@ void CheckCombinations(const CLI::App& app, const Options& options) {
 }
 
 // With a limit to its time the search goes on until then, unless iterations are counted.
-void SettleIterations(const CLI::App& app, SearchSettings& search) {
+void SettleIterations(CLI::App& app, SearchSettings& search) {
   const bool clock = search.seconds > 0 || search.patience > 0;
   if (clock && app.count("--iterations") + app.count("--rounds") == 0 &&
       search.moves == Moves::kSpr) {
     search.iterations = SearchSettings::kUnlimited;
   }
+  const bool unlimited = search.iterations == SearchSettings::kUnlimited;
+  app.get_option("--iterations")
+      ->default_str(unlimited ? "no limit" : std::to_string(search.iterations));
 }
 
 // The files that are written must be different ones, and none of them the input.
@@ -273,6 +276,34 @@ void CheckPaths(const Options& options) {
   }
 }
 
+std::string CommandLine(int argc, char** argv) {
+  std::string command = "zorvek-wide";
+  for (int i = 1; i < argc; ++i) {
+    const std::string word = argv[i];
+    const bool plain =
+        !word.empty() && word.find_first_of(" \t\n'\"\\$`*?[]{}()<>|&;#~!") == word.npos;
+    std::string quoted;
+    for (const char c : word) quoted += c == '\'' ? "'\\''" : std::string(1, c);
+    command += plain ? " " + word : " '" + quoted + "'";
+  }
+  return command;
+}
+
+// The values of all options that have one, whether typed or not.
+std::vector<std::pair<std::string, std::string>> Settings(const CLI::App& app) {
+  std::vector<std::pair<std::string, std::string>> settings;
+  for (const CLI::Option* option : app.get_options()) {
+    if (option->get_positional() || option->get_group().empty()) continue;
+    std::string value = option->get_default_str();
+    if (option->count() > 0) {
+      const bool flag = option->get_items_expected_max() == 0;
+      value = flag ? "yes" : CLI::detail::join(option->results());
+    }
+    if (!value.empty()) settings.emplace_back(option->get_name(), value);
+  }
+  return settings;
+}
+
 }  // namespace
 
 bool ParseOptions(int argc, char** argv, Options& options, int& status) {
@@ -294,6 +325,8 @@ bool ParseOptions(int argc, char** argv, Options& options, int& status) {
     CheckCombinations(app, options);
     NameOutputs(options);
     CheckPaths(options);
+    options.command = CommandLine(argc, argv);
+    options.settings = Settings(app);
     return true;
   } catch (const CLI::Success& asked) {
     status = app.exit(asked);

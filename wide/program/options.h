@@ -3,6 +3,7 @@
 #define ZORVEK_WIDE_PROGRAM_OPTIONS_H
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "wide/drawing/settings.h"
@@ -14,6 +15,9 @@ namespace zorvek::wide {
 // What the user chose. The settings of the library stand here as they are: the parser writes into
 // them, and what it does not write keeps the library's default.
 struct Options {
+  std::string command;                                        // as it may be typed again
+  std::vector<std::pair<std::string, std::string>> settings;  // options in force and their values
+
   std::string file;                    // "-" is standard input
   bool matrix = false;                 // the file is a PHYLIP square distance matrix
   std::string format;                  // of the alignment; if empty, what the content shows

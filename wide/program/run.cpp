@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <ctime>
 #include <iostream>
 #include <limits>
 #include <string>
@@ -92,7 +93,8 @@ void Run(const Options& options) {
   const Clock::time_point began = Clock::now();
   Outputs outputs;
   Interruption interruption([&] { outputs.Abandon(); });
-  Results results{options, ReadInput(options), {}, {}, {}, {}};
+  Results results{options, std::time(nullptr)};
+  results.input = ReadInput(options);
   interruption.ExpectTree();
   outputs.Prepare(options);
   CheckOutgroup(options, results.input);
@@ -109,10 +111,12 @@ void Run(const Options& options) {
   }
   if (!options.support_from.empty()) AddGivenSupport(results);
   SetRoots(results);
-  outputs.WriteAll(results);
   results.interrupted = interruption.Stop();
   results.seconds = SecondsSince(began);
-  if (!options.quiet) Tell(Summary(results), UsesStandardOutput(options) ? std::cerr : std::cout);
+  outputs.WriteAll(results);
+  if (options.quiet) return;
+  Tell(InputLines(results) + ResultLines(results),
+       UsesStandardOutput(options) ? std::cerr : std::cout);
 }
 
 }  // namespace zorvek::wide

@@ -55,6 +55,7 @@ class Search {
     descents_.resize(Index(threads));
     DescendFromStarts();
     Improve();
+    Place(descents_[0], *best_);  // perhaps the other threads have done all the work
     return Result(descents_[0]->Around());
   }
 
@@ -170,7 +171,6 @@ class Search {
   }
 
   SearchResult Result(Neighbourhood& found) const {
-    found.Set(*best_);
     const Groups identical = IdenticalTaxa(n_, distances_);
     KeepTogether(identical, found);
     FittedTree fitted = Fitted(found, distances_);
