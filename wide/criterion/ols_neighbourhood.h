@@ -67,6 +67,11 @@ class OlsNeighbourhood : public Neighbourhood {
 
   double EdgeLength(int u, int v) const override { return lengths_[Index(Up(u) == v ? u : v)]; }
 
+  std::unique_ptr<Neighbourhood> Contracted(const Topology&,
+                                            const std::vector<int>&) const override {
+    return nullptr;
+  }
+
  private:
   static constexpr double kShorter = 1e-12;  // share of the length
 
