@@ -216,11 +216,11 @@ TEST(WideSearch, DependsOnItsSeedAndNotOnTheThreads) {
   for (const Criterion criterion : {Criterion::kBalanced, Criterion::kOls}) {
     for (const int taxa_count : {40, 150}) {  // searched as a whole, and in sectors
       const DistanceMatrix matrix =
-          test::Matrix(taxa_count, test::TreeLikeDistances(taxa_count, 0.5, 5));
+          zorvek::test::Matrix(taxa_count, zorvek::test::TreeLikeDistances(taxa_count, 0.5, 5));
       SearchSettings settings;
       settings.criterion = criterion;
       settings.starts = 3;
-      settings.iterations = 1000;
+      settings.iterations = 600;
       const Tree alone = FindShortestTree(taxa_count, matrix.Rows(), settings).tree;
       settings.threads = 3;
       const Tree shared = FindShortestTree(taxa_count, matrix.Rows(), settings).tree;

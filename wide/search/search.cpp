@@ -63,7 +63,9 @@ class Search {
     descents_.resize(Index(threads));
     DescendFromStarts();
     Improve();
-    Place(descents_[0], *best_);  // perhaps the other threads have done all the work
+    // Perhaps other threads have done all the work, and what follows from the averages of a tree
+    // depends in the last bits on how it was reached.
+    if (settings_.starts > 1 || settings_.iterations > 0) Place(descents_[0], *best_);
     return Result(descents_[0]->Around());
   }
 
@@ -162,7 +164,10 @@ class Search {
   void Improve() {
     Clock::time_point improved = Clock::now();
     const bool whole = n_ <= kWhole || settings_.criterion == Criterion::kOls;
-    if (settings_.iterations > 0 && !whole) descents_.resize(1);
+    if (settings_.iterations > 0 && !whole) {
+      descents_.resize(1);
+      Place(descents_[0], *best_);
+    }
     bool stuck = false;
     for (long done = 0; done < settings_.iterations && !Stopped();) {
       if (settings_.patience > 0 && Seconds(improved) > settings_.patience) return;
