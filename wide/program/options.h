@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "wide/distance/models.h"
 #include "wide/drawing/settings.h"
 #include "wide/support/bootstrap.h"
 #include "zorvek/search.h"
@@ -23,6 +24,7 @@ struct Options {
   std::string format;                  // of the alignment; if empty, what the content shows
   std::vector<std::string> leave_out;  // as given; each a label or labels between commas
   bool drop_undefined = false;
+  ModelSettings model;  // of the distances, replicates included
 
   SearchSettings search;
   std::string start_tree;  // file of the tree from which the search sets out; empty: none

@@ -5,6 +5,7 @@
 #include <ctime>
 #include <vector>
 
+#include "wide/program/distances.h"
 #include "wide/program/input.h"
 #include "wide/program/options.h"
 #include "wide/support/bootstrap.h"
@@ -22,6 +23,7 @@ struct Results {
   const Options& options;
   std::time_t began;
   Input input{};
+  DistanceNotes notes{};
   std::vector<SearchResult> found{};  // one by a search, or as many as were to be evaluated
   BootstrapResult support{};          // with the trees that the supports come from
   std::vector<Tree> trees{};          // those found as they are written, with their roots

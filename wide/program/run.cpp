@@ -75,7 +75,26 @@ void AddSupport(const std::atomic<bool>& stop, ProgressLine& line, Results& resu
   settings.on_done = [&](int done) {
     line.Show("bootstrap", static_cast<double>(done) / settings.replicates, "");
   };
-  results.support = Bootstrap(*results.input.alignment, settings, results.found[0].tree);
+  results.support =
+      Bootstrap(*results.input.alignment, results.options.model, settings, results.found[0].tree);
+}
+
+// The phases between distances and roots. Here alone the taxa stand in the order for the search.
+void FindTrees(const Interruption& interruption, Results& results) {
+  const std::vector<int> order = SearchOrder(results.options, results.input);
+  Reorder(order, results.input);
+  {
+    ProgressLine line(!results.options.quiet);
+    if (results.options.evaluate.empty()) {
+      SearchTree(interruption.Stop(), line, results);
+    } else {
+      EvaluateTrees(results);
+    }
+    if (results.options.bootstrap.replicates > 0) AddSupport(interruption.Stop(), line, results);
+  }
+  Reorder(Inverse(order), results.input);
+  for (SearchResult& found : results.found) found.tree = Renumbered(found.tree, order);
+  for (Tree& tree : results.support.trees) tree = Renumbered(tree, order);
 }
 
 // Whoever reads the summary may have left; a disk that is full is a fault.
@@ -98,17 +117,9 @@ void Run(const Options& options) {
   interruption.ExpectTree();
   outputs.Prepare(options);
   CheckOutgroup(options, results.input);
-  EstimateDistances(options, results.input);
+  results.notes = EstimateDistances(options, results.input);
   CheckOutgroup(options, results.input);  // of which a taxon may have been left out
-  {
-    ProgressLine line(!options.quiet);
-    if (options.evaluate.empty()) {
-      SearchTree(interruption.Stop(), line, results);
-    } else {
-      EvaluateTrees(results);
-    }
-    if (options.bootstrap.replicates > 0) AddSupport(interruption.Stop(), line, results);
-  }
+  FindTrees(interruption, results);
   if (!options.support_from.empty()) AddGivenSupport(results);
   SetRoots(results);
   results.interrupted = interruption.Stop();

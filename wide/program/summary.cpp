@@ -39,6 +39,49 @@ std::string Lengths(Criterion criterion, const SearchResult& found) {
   throw std::logic_error("no such criterion");
 }
 
+std::string ModelText(const ModelSettings& settings) {
+  const ModelRow& row = RowOf(settings.model);
+  std::string text = row.name;
+  if (settings.gamma > 0) text += ", gamma " + Shortest(settings.gamma);
+  return text + (row.unit[0] == '\0' ? "" : ", ") + row.unit;
+}
+
+// The pairs that are too far apart, and which models would have fewer of them.  (kP has none ever, since
+// it corrects nothing.)
+std::string SaturatedText(const DistanceNotes& notes) {
+  const PairKinds& kinds = notes.kinds;
+  std::string text = std::to_string(kinds.saturated) + " of " +
+                     std::to_string(kinds.saturated + kinds.finite) + " pairs, set to " +
+                     Shortest(kinds.stand_in) + "; the largest finite distance is " +
+                     Shortest(kinds.largest);
+  for (std::size_t model = 0; model < kModels; ++model) {
+    const bool symmetric = Models()[model].formula != nullptr;
+    if (!symmetric || static_cast<Model>(model) == Model::kP) continue;
+    if (notes.saturated[model] >= kinds.saturated) continue;
+    text += "; " + std::string(Models()[model].name) + " would have " +
+            std::to_string(notes.saturated[model]);
+  }
+  return text;
+}
+
+std::string UncountedText(const UncountedCells& uncounted) {
+  return std::to_string(uncounted.gaps) + " gaps and missing sites, " +
+         std::to_string(uncounted.ambiguous) + " ambiguity codes";
+}
+
+std::string Distances(const Results& results) {
+  const ModelSettings& settings = results.options.model;
+  std::string text = SummaryLine("model", ModelText(settings));
+  const UncountedCells& uncounted = results.notes.uncounted;
+  if (settings.model != Model::kSpectral && uncounted.gaps + uncounted.ambiguous > 0) {
+    text += SummaryLine("left aside", UncountedText(uncounted));
+  }
+  if (results.notes.kinds.saturated > 0) {
+    text += SummaryLine("saturated", SaturatedText(results.notes));
+  }
+  return text;
+}
+
 std::string Support(const BootstrapResult& support) {
   std::string text = std::to_string(support.done) + " replicates";
   if (support.redrawn > 0) {
@@ -79,8 +122,8 @@ std::string InputLines(const Results& results) {
   const Input& input = results.input;
   std::string text = SummaryLine("taxa", std::to_string(input.Labels().size()));
   if (!input.left_out.empty()) text += SummaryLine("left out", Listed(input.left_out, ", "));
-  if (input.alignment) text += SummaryLine("sites", std::to_string(input.alignment->Sites()));
-  return text;
+  if (!input.alignment) return text;
+  return text + SummaryLine("sites", std::to_string(input.alignment->Sites())) + Distances(results);
 }
 
 std::string ResultLines(const Results& results) {
