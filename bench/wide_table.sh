@@ -1,58 +1,92 @@
 #!/usr/bin/env bash
-# Prints the README's table for zorvek-wide: minimum-evolution length and processor seconds beside ape's
-# nj, bionj, fastme.ols and fastme.bal on the same distances: simulated ones, and those of the alignments
-# given. Times of the peers are those of the method alone, those of zorvek-wide of the whole program.
-# Usage: bench/wide_table.sh [ALIGNMENT...]   (r-cran-ape, libbenchmark-dev and the build's packages installed)
+# Prints the README's tables of zorvek-wide beside ape's distance methods on the same distances, simulated
+# ones and those of the alignments given: the balanced length, then that of least squares, by how much it
+# is above the shortest of the row, and processor seconds. One evaluator, zorvek-wide --evaluate, measures
+# all trees. Times of the peers are those of the method alone, those of zorvek-wide of the whole program.
+# A peer that crashed three times has a dash.
+# Usage: bench/wide_table.sh [ALIGNMENT...]   (r-cran-ape and the build's packages installed)
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 alignments=()
 for file in "$@"; do alignments+=("$(realpath "$file")"); done
 cd "$here/.."
-cmake --preset release -DZORVEK_BENCH=ON >&2
-cmake --build --preset release --target zorvek-wide tree_lengths >&2
-build=$PWD/build/release
+cmake --preset release >&2
+cmake --build --preset release --target zorvek-wide >&2
+wide=$PWD/build/release/zorvek-wide
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 cd "$scratch"
 
-# wide MATRIX ROUNDS: "seconds length" of one thread
-wide() {
-  local TIMEFORMAT='%U %S' times
-  times=$({ time "$build/zorvek-wide" --matrix "$1" --rounds "$2" --threads 1 \
-    --newick "$1.wide.nwk" --output "$1.wide.nex" --quiet; } 2>&1)
-  awk -v length_="$("$build/bench/tree_lengths" "$1" "$1.wide.nwk")" \
-    '{ print $1 + $2, length_ }' <<<"$times"
+# ours MATRIX TREE OPTION...: makes the tree and prints the seconds of one thread
+ours() {
+  local TIMEFORMAT='%U %S' matrix=$1 tree=$2 times
+  shift 2
+  times=$({ time "$wide" --matrix "$matrix" --threads 1 --newick "$tree" --output nexus --quiet \
+    "$@"; } 2>&1)
+  awk '{ print $1 + $2 }' <<<"$times"
 }
 
-# row NAME MATRIX
+# peer MATRIX TREE METHOD: the same of one of ape's
+peer() {
+  local try
+  for try in 1 2 3; do
+    Rscript "$here/peers.R" "$1" "$3" "$2" 2>/dev/null && return
+  done
+  echo "-"
+}
+
+# score MATRIX TREE CRITERION: its length
+score() {
+  "$wide" --matrix "$1" --evaluate "$2" --criterion "$3" | awk '$1 == "length" { print $2; exit }'
+}
+
+# row NAME MATRIX CRITERION METHOD...: a method is one of ape's, or ours with options in one word
 row() {
-  local name seconds
-  {
-    echo "rounds0 $(wide "$2" 0)"
-    echo "default $(wide "$2" 1000)"
-    Rscript "$here/peers.R" "$2" 2>/dev/null | while read -r name seconds; do
-      echo "$name $seconds $("$build/bench/tree_lengths" "$2" "$2.$name.nwk")"
-    done
-  } | awk -v row="$1" -v taxa="$(head -n 1 "$2" | tr -d ' ')" '
-    { time[NR] = $2; length_[NR] = $3 }
+  local name=$1 matrix=$2 criterion=$3 method seconds
+  shift 3
+  for method in "$@"; do
+    rm -f tree
+    case $method in
+      -*) seconds=$(ours "$matrix" tree --criterion "$criterion" ${method//,/ }) ;;
+      *) seconds=$(peer "$matrix" tree "$method") ;;
+    esac
+    if [ -s tree ]; then echo "$seconds $(score "$matrix" tree "$criterion")"; else echo "- -"; fi
+  done | awk -v row="$name" -v taxa="$(head -n 1 "$matrix" | tr -d ' ')" '
+    { time[NR] = $1; length_[NR] = $2 }
+    $2 != "-" && (!any++ || $2 + 0 < least) { least = $2 + 0 }
     END {
-      printf "| %s | %d ", row, taxa
+      printf "| %s | %d | %.6g ", row, taxa, least
       for (i = 1; i <= NR; ++i)
-        printf "| %s, %.3g s ", i == 2 ? sprintf("%.8g", length_[2]) : \
-          sprintf("%+.3f %%", 100 * (length_[i] / length_[2] - 1)), time[i]
+        if (length_[i] == "-") printf "| - "
+        else printf "| %.3f %%, %.3g s ", 100 * (length_[i] - least) / least, time[i]
       print "|"
     }'
 }
 
-echo "| distances | taxa | zorvek-wide --rounds 0 | zorvek-wide | nj | bionj | fastme.ols | fastme.bal |"
-echo "|---|---|---|---|---|---|---|---|"
-for taxa in 20 50 100 200 500 1000; do
-  Rscript "$here/simulate.R" "$taxa" 500 "$taxa" "$scratch/simulated$taxa"
-  row "simulated, 500 sites" "$scratch/simulated$taxa"
+matrices=()
+for taxa in 50 100 200 500 1000 2000; do
+  Rscript "$here/simulate.R" "$taxa" 500 "$taxa" "simulated $taxa"
+  matrices+=("simulated $taxa")
 done
 for file in ${alignments[@]+"${alignments[@]}"}; do
-  matrix=$scratch/$(basename "$file").matrix
-  "$build/zorvek-wide" "$file" --drop-undefined --rounds 0 --quiet --distances "$matrix" \
-    --output "$scratch/tree" 2>/dev/null || [ -s "$matrix" ]
-  row "$(basename "$file")" "$matrix"
+  matrix=$(basename "$file")
+  "$wide" "$file" --drop-undefined --search none --quiet --distances "$matrix" --output nexus \
+    2>/dev/null || [ -s "$matrix" ]
+  matrices+=("$matrix")
 done
+
+# table CRITERION METHOD...
+table() {
+  local criterion=$1 method matrix head="| distances | taxa | shortest |"
+  shift
+  for method in "$@"; do head+=" ${method//,/ } |"; done
+  echo "$head"
+  sed 's/[^|]\+/---/g' <<<"$head"
+  for matrix in "${matrices[@]}"; do
+    row "${matrix/simulated */simulated, 500 sites}" "$matrix" "$criterion" "$@"
+  done
+  echo
+}
+
+table balanced --search,nni --search,spr --iterations,1000 nj bionj fastme.nni fastme.spr
+table ols --search,spr --iterations,1000 nj fastme.ols

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "core/bit_planes.h"
+
 namespace zorvek {
 
 constexpr int kNucleotides = 4;  // A, C, G, T in this order
@@ -23,13 +25,18 @@ constexpr int kNucleotides = 4;  // A, C, G, T in this order
 //   plane T   0 0 0 1 1
 class NucleotidePlanes {
  public:
-  using Word = std::uint64_t;
+  using Word = PlaneWord;
 
   NucleotidePlanes(std::size_t rows, std::size_t sites)
-      : words_((sites + 63) / 64), bits_(rows * kNucleotides * words_) {}
+      : sites_(sites), words_(WordsFor(sites)), bits_(rows * kNucleotides * words_) {}
 
   // Notes the symbol at a site that has none yet.
   void Set(std::size_t taxon, std::size_t site, char symbol);
+
+  // Makes the planes of a taxon, from a byte a site with bit c for plane c.
+  void Fill(std::size_t taxon, const std::uint8_t* codes) {
+    PackPlanes(codes, sites_, kNucleotides, &bits_[taxon * kNucleotides * words_]);
+  }
 
   // Words per plane.
   std::size_t Words() const { return words_; }
@@ -42,6 +49,7 @@ class NucleotidePlanes {
   std::vector<Word> NucleotidesOnly(std::size_t taxon) const;
 
  private:
+  std::size_t sites_;
   std::size_t words_;
   std::vector<Word> bits_;
 };

@@ -46,7 +46,7 @@ int ScaleExponent(int n, double largest) {
 SubtreeSums::SubtreeSums(int n, const double* const* distances)
     : n_(n),
       nodes_(2 * Columns() - 1),
-      rows_(new Fixed[(2 * Columns() - 2) * Columns()]),
+      rows_(MakeLargeTable<Fixed>((2 * Columns() - 2) * Columns())),
       add_rows_(ChooseAddRows()),
       dirty_(nodes_.size()) {
   for (std::vector<int>* scratch : {&pending_, &order_, &changed_edges_, &stack_}) {
@@ -91,7 +91,7 @@ void SubtreeSums::Update() {
       RemakeAcross(child);
       changed_edges_.push_back(child);
     }
-    dirty_[static_cast<std::size_t>(node)] = false;
+    dirty_[Index(node)] = false;
   }
   RemakeCentral();
   pending_.clear();
@@ -100,14 +100,14 @@ void SubtreeSums::Update() {
 // Fills order_ with the pending nodes and all above them, each before its children.
 void SubtreeSums::CollectDirty() {
   for (int node : pending_) {
-    for (; node >= 0 && !dirty_[static_cast<std::size_t>(node)]; node = Parent(node)) {
-      dirty_[static_cast<std::size_t>(node)] = true;
+    for (; node >= 0 && !dirty_[Index(node)]; node = Parent(node)) {
+      dirty_[Index(node)] = true;
     }
   }
   order_.assign(1, Root());
   for (std::size_t next = 0; next < order_.size(); ++next) {
     for (const int child : {Left(order_[next]), Right(order_[next])}) {
-      if (dirty_[static_cast<std::size_t>(child)]) order_.push_back(child);
+      if (dirty_[Index(child)]) order_.push_back(child);
     }
   }
 }

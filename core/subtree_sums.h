@@ -33,8 +33,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
+
+#include "core/index.h"
+#include "core/large_table.h"
 
 namespace zorvek {
 
@@ -95,9 +97,8 @@ class SubtreeSums {
   // Cost: n for one row, and the smaller of two subtrees for four or five pairs.
   void Interchange(int node);
 
-  // The nodes above which the edge has other subtrees around it since the last Update or
-  // Interchange before that. Both children of the root stand for the edge between
-  // them.
+  // The nodes whose edge above was given other subtrees around it by the last Update or Interchange.
+  // Both children of the root stand for the edge between them.
   const std::vector<int>& ChangedEdges() const { return changed_edges_; }
 
   // The subtrees around the internal edge above `node`: A left(node), B right(node), C all that is
@@ -137,10 +138,10 @@ class SubtreeSums {
     Sum total = 0, within = 0, between = 0, across = 0;
   };
 
-  Node& At(int node) { return nodes_[static_cast<std::size_t>(node)]; }
-  const Node& At(int node) const { return nodes_[static_cast<std::size_t>(node)]; }
-  Fixed* Row(int node) const { return rows_.get() + static_cast<std::size_t>(node) * Columns(); }
-  std::size_t Columns() const { return static_cast<std::size_t>(n_); }
+  Node& At(int node) { return nodes_[Index(node)]; }
+  const Node& At(int node) const { return nodes_[Index(node)]; }
+  Fixed* Row(int node) const { return rows_.get() + Index(node) * Columns(); }
+  std::size_t Columns() const { return Index(n_); }
 
   // The mean distance of a sum over x times y pairs.
   double Average(Sum sum, double x, double y) const { return ToDouble(sum) * unit_ / (x * y); }
@@ -157,10 +158,10 @@ class SubtreeSums {
   Quartet AroundCentralEdge() const;
 
   int n_;
-  double unit_;                    // value of one fixed-point unit, a power of two
-  std::vector<Node> nodes_;        // by id 0..2n-2
-  std::unique_ptr<Fixed[]> rows_;  // 2n-2 rows of n; the first n are the distances
-  Sum central_ = 0;                // S(left(left(root)), left(right(root)))
+  double unit_;              // value of one fixed-point unit, a power of two
+  std::vector<Node> nodes_;  // by id 0..2n-2
+  LargeTable<Fixed> rows_;   // 2n-2 rows of n; the first n are the distances
+  Sum central_ = 0;          // S(left(left(root)), left(right(root)))
   void (*add_rows_)(const Fixed*, const Fixed*, Fixed*, std::size_t);
   std::vector<int> pending_;  // nodes given children since the last Update
   std::vector<char> dirty_;   // by id: on the way from a pending node to the root

@@ -13,6 +13,7 @@
 #include "tests/data.h"
 #include "wide/criterion/balanced_neighbourhood.h"
 #include "wide/search/neighbour_joining.h"
+#include "wide/search/sectors.h"
 #include "zorvek/error.h"
 #include "zorvek/search.h"
 
@@ -147,6 +148,27 @@ TEST(Balanced, FindsTheBestPlaceOfEverySubtree) {
       tree.Apply(RandomMove(tree.Current(), generator));
     }
   }
+}
+
+// What a sector gains, the whole gains; and sectors that meet can be put back together.
+TEST(Balanced, SectorsStandForTheWhole) {
+  std::mt19937_64 generator(1);
+  const DistanceMatrix distances = Noise(200, 3);
+  BalancedNeighbourhood tree(RandomTopology(distances, generator), distances.Rows());
+  const std::vector<Sector> sectors = CutIntoSectors(tree.Current(), 20, generator);
+  EXPECT_GT(sectors.size(), 6u);
+  Topology all = tree.Current();
+  for (const Sector& sector : sectors) {
+    const auto part = tree.Contracted(sector.topology, sector.roots);
+    const double before = part->Length();
+    for (int k = 0; k < 5; ++k) part->Apply(RandomMove(part->Current(), generator));
+    Topology after = tree.Current();
+    PutBack(sector, part->Current(), after);
+    PutBack(sector, part->Current(), all);
+    EXPECT_NEAR(DirectLength(after, distances) - tree.Length(), part->Length() - before, 1e-12);
+  }
+  tree.Set(all);
+  EXPECT_NEAR(tree.Length(), DirectLength(all, distances), 1e-12);
 }
 
 // The least length of all trees, by adding the taxa one after the other in all places.

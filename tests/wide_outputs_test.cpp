@@ -79,6 +79,25 @@ TEST_F(WideOutputsTest, ReplaceFilesWholeOrNotAtAll) {
   EXPECT_TRUE(Contains(Read("x.fa.wide.nex"), "#NEXUS"));
 }
 
+TEST_F(WideOutputsTest, ReportOnTheRun) {
+  Write("y.fa",
+        ">a\nACGTNC-TACACGTACGTAC\n>b 1\nACGTACGTAGACGTACGTAC\n>c\nACGTTCGAACACGTACGTAC\n"
+        ">d\nACCTTCGAACACGTACGTAC\n>e\nACCTTCGAACACGTACGTAC\n");
+  const Ended ended = Run("y.fa --log - -b 3 --leave-out b --rounds 7 --newick 'a n' -o /dev/null");
+  for (const char* part :
+       {"program     zorvek-wide 2.",
+        "\ncommand     zorvek-wide y.fa --log - -b 3 --leave-out b "
+        "--rounds 7 --newick 'a n' -o /dev/null\n",
+        "\nmachine     ", " UTC\n",
+        "\nfile        y.fa\ntaxa        4\nleft out    b\nsites       20\nvariable    2 sites\n"
+        "informative 1 sites, under parsimony\nidentical   d = e\n\ntaxon\tgaps\tambiguous\n"
+        "a\t1\t1\nc\t0\t0\nd\t0\t0\ne\t0\t0\n",
+        "\n--iterations      7\n", "\n--criterion       balanced\n", "\n--bootstrap       3\n",
+        "\nseconds\tlength\n0.", "\nsupport     3 replicates\n"}) {
+    EXPECT_TRUE(Contains(ended.out, part)) << part << "\nin\n" << ended.out;
+  }
+}
+
 TEST_F(WideOutputsTest, FollowLinksAndKeepPermissions) {
   Write("far", "old");
   fs::permissions(Path("far"), fs::perms::owner_read | fs::perms::owner_write);

@@ -213,16 +213,20 @@ TEST(WideSearch, FindsTheOptimumOfSmallData) {
 }
 
 TEST(WideSearch, DependsOnItsSeedAndNotOnTheThreads) {
-  const DistanceMatrix matrix =
-      zorvek::test::Matrix(40, zorvek::test::TreeLikeDistances(40, 0.5, 5));
-  SearchSettings settings;
-  settings.criterion = Criterion::kOls;
-  settings.starts = 3;
-  settings.iterations = 100;
-  const Tree alone = FindShortestTree(40, matrix.Rows(), settings).tree;
-  settings.threads = 3;
-  const Tree shared = FindShortestTree(40, matrix.Rows(), settings).tree;
-  EXPECT_EQ(alone.preorder, shared.preorder);
+  for (const Criterion criterion : {Criterion::kBalanced, Criterion::kOls}) {
+    for (const int taxa_count : {40, 150}) {  // searched as a whole, and in sectors
+      const DistanceMatrix matrix =
+          zorvek::test::Matrix(taxa_count, zorvek::test::TreeLikeDistances(taxa_count, 0.5, 5));
+      SearchSettings settings;
+      settings.criterion = criterion;
+      settings.starts = 3;
+      settings.iterations = 600;
+      const Tree alone = FindShortestTree(taxa_count, matrix.Rows(), settings).tree;
+      settings.threads = 3;
+      const Tree shared = FindShortestTree(taxa_count, matrix.Rows(), settings).tree;
+      EXPECT_EQ(alone.preorder, shared.preorder);
+    }
+  }
 }
 
 }  // namespace

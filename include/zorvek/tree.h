@@ -60,6 +60,9 @@ void Ladderise(Tree& tree);
 // takes that of a root that goes.  Requires: at least 3 taxa.  Cost: n log n, as of those below.
 Tree Unrooted(const Tree& tree);
 
+// The unrooted tree with taxon number[k] in the place of taxon k, hung up anew.
+Tree Renumbered(const Tree& tree, const std::vector<int>& number);
+
 // The unrooted tree rooted on the edge above `node`, of whose length the node's side gets `share`
 // (0..1). The root is the last node; the others keep their numbers. Supports stay with their edges.
 Tree RootedAbove(const Tree& tree, int node, double share);

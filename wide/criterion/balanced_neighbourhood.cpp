@@ -184,6 +184,16 @@ void BalancedNeighbourhood::SumLength() {
   length_ = sum * 0.5;
 }
 
+std::unique_ptr<Neighbourhood> BalancedNeighbourhood::Contracted(
+    const Topology& topology, const std::vector<int>& roots) const {
+  DistanceMatrix between(topology.taxa);
+  for (int i = 0; i < topology.taxa; ++i) {
+    for (int j = 0; j < i; ++j) between.Set(i, j, Average(roots[Index(i)], roots[Index(j)]));
+  }
+  return std::unique_ptr<Neighbourhood>(new BalancedNeighbourhood(
+      topology, std::make_shared<const DistanceMatrix>(std::move(between))));
+}
+
 double BalancedNeighbourhood::EdgeLength(int u, int v) const {
   if (topology_.IsLeaf(u)) std::swap(u, v);
   const int at = RowOf(u), end = RowOf(v);
@@ -290,21 +300,28 @@ void BalancedNeighbourhood::Link(const SprMove& move) {
   FindPath(p, from, to, a, b);
 }
 
-// Fills path_, from the end of the edge (a,b) that is nearer to its new place, to the holder.
-void BalancedNeighbourhood::FindPath(int holder, int from, int to, int a, int b) {
+// The node a or b, whichever comes first on the way from the holder over `from`; -1 if none does.
+int BalancedNeighbourhood::FindEnd(int holder, int from, int a, int b) {
   stack_.assign(1, {from, holder, 0, 0});
-  int end = -1;
-  while (end < 0) {
+  while (!stack_.empty()) {
     const Step step = stack_.back();
     stack_.pop_back();
     behind_[Index(step.node)] = step.behind;
-    if (step.node == a || step.node == b) {
-      end = step.node;
-    } else if (!IsLeaf(step.node)) {
-      const auto [f, g] = Others(step.node, step.behind);
-      stack_.push_back({f, step.node, 0, 0});
-      stack_.push_back({g, step.node, 0, 0});
-    }
+    if (step.node == a || step.node == b) return step.node;
+    if (IsLeaf(step.node)) continue;
+    const auto [f, g] = Others(step.node, step.behind);
+    stack_.push_back({f, step.node, 0, 0});
+    stack_.push_back({g, step.node, 0, 0});
+  }
+  return -1;
+}
+
+// Fills path_, from the end of the edge (a,b) that is nearer to its new place, to the holder.
+void BalancedNeighbourhood::FindPath(int holder, int from, int to, int a, int b) {
+  int end = FindEnd(holder, from, a, b);
+  if (end < 0) {
+    std::swap(from, to);
+    end = FindEnd(holder, from, a, b);
   }
   path_.clear();
   int left = end == a ? b : a;

@@ -24,6 +24,7 @@
 
 #include "core/index.h"
 #include "wide/criterion/neighbourhood.h"
+#include "wide/data/distance_matrix.h"
 
 namespace zorvek::wide {
 
@@ -57,6 +58,10 @@ class BalancedNeighbourhood : public Neighbourhood {
 
   double EdgeLength(int u, int v) const override;
 
+  // The distances of the subtrees are their averages here.
+  std::unique_ptr<Neighbourhood> Contracted(const Topology& topology,
+                                            const std::vector<int>& roots) const override;
+
   // D(u,v) of two different nodes.
   double Average(int u, int v) const { return At(RowOf(u), RowOf(v)) * unit_; }
 
@@ -83,6 +88,11 @@ class BalancedNeighbourhood : public Neighbourhood {
 
   using Target = std::pair<int, int>;
 
+  BalancedNeighbourhood(const Topology& topology, std::shared_ptr<const DistanceMatrix> own)
+      : BalancedNeighbourhood(topology, own->Rows()) {
+    own_ = std::move(own);
+  }
+
   int RowOf(int node) const { return row_[Index(node)]; }
   double* Row(int row) { return averages_.get() + Index(row) * row_.size(); }
   const double* Row(int row) const { return averages_.get() + Index(row) * row_.size(); }
@@ -101,6 +111,7 @@ class BalancedNeighbourhood : public Neighbourhood {
   void Write(int u, int v, double average);
   void WriteAcross(int u, int v, double average);
   void Link(const SprMove& move);
+  int FindEnd(int holder, int from, int a, int b);
   void FindPath(int holder, int from, int to, int a, int b);
   void RefreshHanging(int root, int place);
   void RefreshFrom(int place, const Hanging& at);
@@ -108,6 +119,7 @@ class BalancedNeighbourhood : public Neighbourhood {
 
   Topology topology_;
   const double* const* distances_;
+  std::shared_ptr<const DistanceMatrix> own_;  // of a contracted tree
   double unit_;    // value of 1 here: a power of two, for which the distances are at most 1
   double margin_;  // in that unit, as are all averages
   double length_ = 0;

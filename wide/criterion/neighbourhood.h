@@ -4,6 +4,9 @@
 #ifndef ZORVEK_WIDE_CRITERION_NEIGHBOURHOOD_H
 #define ZORVEK_WIDE_CRITERION_NEIGHBOURHOOD_H
 
+#include <memory>
+#include <vector>
+
 #include "wide/data/topology.h"
 
 namespace zorvek::wide {
@@ -32,11 +35,17 @@ class Neighbourhood {
   // The same of the two NNIs across the edge between internal nodes u and v.
   virtual bool BestNni(int u, int v, SprMove& best) = 0;
 
-  // Makes a move.
+  // Makes a move; the ends of its new place may stand in either order.
   virtual void Apply(const SprMove& move) = 0;
 
   // The length of the edge between two neighbours, which may be negative.
   virtual double EdgeLength(int u, int v) const = 0;
+
+  // A tree of its own whose taxa are the subtrees at `roots`, which are disjoint and hang from one
+  // connected part of the current tree: its length differs from that of the whole by a constant,
+  // whatever its topology. Null where the criterion has no such tree. May be called from any thread.
+  virtual std::unique_ptr<Neighbourhood> Contracted(const Topology& topology,
+                                                    const std::vector<int>& roots) const = 0;
 };
 
 }  // namespace zorvek::wide

@@ -1,5 +1,6 @@
 #include "wide/data/distance_matrix.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace zorvek::wide {
@@ -22,6 +23,19 @@ std::vector<std::pair<int, int>> DistanceMatrix::Undefined() const {
     }
   }
   return pairs;
+}
+
+void DistanceMatrix::Reorder(const std::vector<int>& order) {
+  std::vector<double*> rows;
+  std::vector<double> before(rows_.size());
+  for (const int taxon : order) {
+    double* const row = rows_[static_cast<std::size_t>(taxon)];
+    std::copy_n(row, before.size(), before.begin());
+    for (std::size_t k = 0; k < order.size(); ++k)
+      row[k] = before[static_cast<std::size_t>(order[k])];
+    rows.push_back(row);
+  }
+  rows_ = std::move(rows);
 }
 
 DistanceMatrix DistanceMatrix::Without(const std::vector<bool>& left_out) const {

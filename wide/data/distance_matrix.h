@@ -24,6 +24,9 @@ class DistanceMatrix {
   // The pairs i < j without a distance.  Cost: n^2.
   std::vector<std::pair<int, int>> Undefined() const;
 
+  // Puts taxon order[k] in place k.  Cost: n^2, and memory for n numbers more.
+  void Reorder(const std::vector<int>& order);
+
   // Without the taxa for which `left_out` is true.
   DistanceMatrix Without(const std::vector<bool>& left_out) const;
 

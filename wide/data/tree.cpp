@@ -178,6 +178,18 @@ Tree Unrooted(const Tree& tree) {
   return tree;
 }
 
+Tree Renumbered(const Tree& tree, const std::vector<int>& number) {
+  std::vector<Edge> edges = EdgesOf(tree);
+  const auto renumber = [&](int node) { return tree.IsTaxon(node) ? number[Index(node)] : node; };
+  for (Edge& edge : edges) {
+    edge.u = renumber(edge.u);
+    edge.v = renumber(edge.v);
+  }
+  const auto first = std::find_if(edges.begin(), edges.end(),
+                                  [](const Edge& edge) { return edge.u == 0 || edge.v == 0; });
+  return Hung(tree.taxa, first->u == 0 ? first->v : first->u, edges);
+}
+
 Tree RootedAbove(const Tree& tree, int node, double share) {
   std::vector<Edge> edges = EdgesOf(tree);
   const auto edge = std::find_if(edges.begin(), edges.end(), [&](const Edge& candidate) {

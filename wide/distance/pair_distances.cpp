@@ -1,89 +1,152 @@
 #include "wide/distance/pair_distances.h"
 
-#include <array>
+#include <atomic>
+#include <cmath>
 #include <limits>
-#include <map>
 
-#include "core/pair_table.h"
-#include "core/parallel.h"
+#include "core/index.h"
+#include "wide/distance/spectral.h"
+#include "wide/distance/tiles.h"
 
 namespace zorvek::wide {
 
 namespace {
 
-constexpr char kNone = '\0';  // the symbol of no state
+constexpr double kUndefined = std::numeric_limits<double>::quiet_NaN();
+constexpr double kSaturated = std::numeric_limits<double>::infinity();
 
-// The run's symbol of each set of states: its first one in the order A, C, G, T. U counts as an
-// unknown nucleotide in RNA.
-std::array<char, 16> Symbols(bool rna) {
-  std::array<char, 16> symbols{kNone};
-  for (unsigned set = 1; set < symbols.size(); ++set) {
-    symbols[set] = (set & kA) ? 'A' : (set & kC) ? 'C' : (set & kG) ? 'G' : rna ? 'U' : 'T';
-  }
-  return symbols;
+// The definite nucleotides alone.
+constexpr SiteCodes DefiniteTableCodes() {
+  SiteCodes codes{};
+  for (const StateSet state : {kA, kC, kG, kT}) codes[state] = state;
+  return codes;
 }
 
-NucleotidePlanes Planes(const Alignment& alignment, const std::vector<std::size_t>& sites) {
-  NucleotidePlanes planes(alignment.Taxa(), sites.size());
-  const std::array<char, 16> symbols = Symbols(alignment.rna);
-  for (std::size_t taxon = 0; taxon < alignment.Taxa(); ++taxon) {
-    const StateSet* const cells = alignment.cells[taxon].data();
-    for (std::size_t k = 0; k < sites.size(); ++k) {
-      const char symbol = symbols[cells[sites[k]]];
-      if (symbol != kNone) planes.Set(taxon, k, symbol);
+double Compared(const PairTable& table) {
+  double sum = 0;
+  for (const auto& row : table) sum += row[0] + row[1] + row[2] + row[3];
+  return sum;
+}
+
+// Calls take(i, j, counts) for every pair i < j, with their tables only, or with all but these.
+template <typename Take>
+void ForEachTable(const NucleotidePlanes& planes, int n, int threads, const Take& take) {
+  ForEachStretch(n, threads, [&](int i, int from, int to) {
+    PairCounts counts;
+    for (int j = from; j < to; ++j) {
+      CountPairs(planes.Planes(Index(i)), planes.Planes(Index(j)), planes.Words(), counts.table);
+      counts.compared = Compared(counts.table);
+      take(i, j, counts);
+    }
+  });
+}
+
+template <typename Take>
+void ForEachCounts(const SitePlanes& planes, int threads, const Take& take) {
+  ForEachStretch(planes.Taxa(), threads, [&](int i, int from, int to) {
+    PairCounts counts[kTileColumns];
+    planes.Count(i, from, to, counts);
+    for (int j = from; j < to; ++j) take(i, j, counts[j - from]);
+  });
+}
+
+double Distance(const Formula& formula, const PairCounts& counts) {
+  if (counts.compared == 0) return kUndefined;
+  const double distance = formula(counts);
+  return std::isfinite(distance) ? distance : kSaturated;
+}
+
+DistanceMatrix SymmetricDistances(const Alignment& alignment, const SiteList& sites,
+                                  const ModelSettings& settings, int threads) {
+  const ModelRow& row = RowOf(settings.model);
+  const SitePlanes planes(alignment, sites, threads);
+  const Formula formula = row.formula(planes.NucleotideShares(), RateTerm(settings.gamma));
+  DistanceMatrix distances(planes.Taxa());
+  const auto take = [&](int i, int j, const PairCounts& counts) {
+    distances.Set(i, j, Distance(formula, counts));
+  };
+  if (row.needs_table) {
+    ForEachTable(TablePlanes(alignment, sites, DefiniteTableCodes(), threads), planes.Taxa(),
+                 threads, take);
+  } else {
+    ForEachCounts(planes, threads, take);
+  }
+  return distances;
+}
+
+// Counts the pairs of each kind, and gives the saturated ones their stand-in. If all finite distances
+// are 0, any other number is as good.
+PairKinds Settle(DistanceMatrix& matrix) {
+  PairKinds kinds;
+  for (int i = 0; i < matrix.Size(); ++i) {
+    for (int j = i + 1; j < matrix.Size(); ++j) {
+      const double distance = matrix(i, j);
+      if (std::isfinite(distance)) {
+        ++kinds.finite;
+        kinds.largest = std::max(kinds.largest, distance);
+      } else if (distance == kSaturated) {
+        ++kinds.saturated;
+      }
     }
   }
-  return planes;
-}
-
-double Distance(PairTable& table) {
-  double same = 0;
-  double different = 0;
-  for (int r = 0; r < kNucleotides; ++r) {
-    for (int c = 0; c < kNucleotides; ++c) (r == c ? same : different) += table[r][c];
+  if (kinds.saturated == 0) return kinds;
+  if (kinds.largest > 0) kinds.stand_in = kStandIn * kinds.largest;
+  for (int i = 0; i < matrix.Size(); ++i) {
+    for (int j = i + 1; j < matrix.Size(); ++j) {
+      if (matrix(i, j) == kSaturated) matrix.Set(i, j, kinds.stand_in);
+    }
   }
-  if (different == 0 && same > 0) return 0;
-  const double distance = PairDistance(table);
-  return distance == 0 ? std::numeric_limits<double>::quiet_NaN() : distance;
-}
-
-// For each taxon the first that has the same planes.
-std::vector<int> FirstOfSame(const NucleotidePlanes& planes, int n) {
-  const std::size_t words = kNucleotides * planes.Words();
-  std::map<std::vector<NucleotidePlanes::Word>, int> first;
-  std::vector<int> firsts;
-  for (int i = 0; i < n; ++i) {
-    const auto* const begin = planes.Planes(static_cast<std::size_t>(i));
-    firsts.push_back(first.emplace(std::vector(begin, begin + words), i).first->second);
-  }
-  return firsts;
+  return kinds;
 }
 
 }  // namespace
 
-DistanceMatrix PairDistances(const Alignment& alignment, const std::vector<std::size_t>& sites,
-                             int threads) {
-  const NucleotidePlanes planes = Planes(alignment, sites);
-  const int n = static_cast<int>(alignment.Taxa());
-  const std::vector<int> first_of_same = FirstOfSame(planes, n);
-  const auto first = [&](int taxon) { return first_of_same[static_cast<std::size_t>(taxon)]; };
-  DistanceMatrix distances(n);
-  ForEach(n, threads, [&](int i, int) {
-    if (first(i) != i) return;
-    const auto nucleotides = planes.NucleotidesOnly(static_cast<std::size_t>(i));
-    for (int j = i; j < n; ++j) {  // a sequence shares no site with itself if it has none
-      if (first(j) != j) continue;
-      PairTable table;
-      CountPairs(nucleotides.data(), planes.Planes(static_cast<std::size_t>(j)), planes.Words(),
-                 table);
-      distances.Set(i, j, Distance(table));
-    }
-  });
-  for (int i = 0; i < n; ++i) {
-    for (int j = 0; j < i; ++j) distances.Set(i, j, distances(first(i), first(j)));
+EstimatedDistances PairDistances(const Alignment& alignment, const SiteList& sites,
+                                 const ModelSettings& settings, int threads) {
+  DistanceMatrix distances = settings.model == Model::kSpectral
+                                 ? SpectralDistances(alignment, sites, threads)
+                                 : SymmetricDistances(alignment, sites, settings, threads);
+  const PairKinds kinds = Settle(distances);
+  return {std::move(distances), kinds};
+}
+
+std::array<long, kModels> SaturatedPairs(const Alignment& alignment, int threads) {
+  const SiteList sites = AllSites(alignment);
+  const SitePlanes planes(alignment, sites, threads);
+  std::array<Formula, kModels> formulas;
+  for (std::size_t model = 0; model < kModels; ++model) {
+    const auto make = Models()[model].formula;
+    if (make) formulas[model] = make(planes.NucleotideShares(), RateTerm(0));
   }
-  for (int i = 0; i < n; ++i) distances.Set(i, i, 0);
-  return distances;
+  std::array<std::atomic<long>, kModels> saturated{};
+  const auto take_if = [&](bool table) {
+    return [&, table](int, int, const PairCounts& counts) {
+      for (std::size_t model = 0; model < kModels; ++model) {
+        if (!formulas[model] || Models()[model].needs_table != table) continue;
+        if (Distance(formulas[model], counts) == kSaturated) ++saturated[model];
+      }
+    };
+  };
+  ForEachCounts(planes, threads, take_if(false));
+  ForEachTable(TablePlanes(alignment, sites, DefiniteTableCodes(), threads), planes.Taxa(), threads,
+               take_if(true));
+  std::array<long, kModels> counts{};
+  std::copy(saturated.begin(), saturated.end(), counts.begin());
+  return counts;
+}
+
+UncountedCells CountUncounted(const Alignment& alignment) {
+  UncountedCells uncounted;
+  for (const auto& cells : alignment.cells) {
+    for (const StateSet states : cells) {
+      if (states == kNoState) {
+        ++uncounted.gaps;
+      } else if ((states & (states - 1)) != 0) {
+        ++uncounted.ambiguous;
+      }
+    }
+  }
+  return uncounted;
 }
 
 }  // namespace zorvek::wide

@@ -1,21 +1,48 @@
-// Distances of aligned sequences: those of the run, and 0 for identical sequences.
+// Distances of aligned sequences under a model, and what of the data they do not use.
 #ifndef ZORVEK_WIDE_DISTANCE_PAIR_DISTANCES_H
 #define ZORVEK_WIDE_DISTANCE_PAIR_DISTANCES_H
 
-#include <vector>
+#include <array>
 
 #include "wide/data/distance_matrix.h"
+#include "wide/distance/models.h"
+#include "wide/distance/site_planes.h"
 #include "zorvek/alignment.h"
 
 namespace zorvek::wide {
 
-// The distances over the sites numbered in `sites`, which may repeat. 0 for a pair that shares at
-// least one site and has the same nucleotide at all it shares; NaN for a pair that shares none, or
-// whose spectrum is unstable. Identical sequences have the same distances to all others, those of
-// the first of them. (The estimate depends a little on which taxon of a pair comes first.)
-// Cost: n x sites + n^2 x (sites / 64 + one eigensystem of order 4), shared by the threads.
-DistanceMatrix PairDistances(const Alignment& alignment, const std::vector<std::size_t>& sites,
-                             int threads);
+// A pair that is too far apart for the model gets this many times the largest finite distance.
+// (On trees that are deep enough to have such pairs: bench/stand_in.sh.)
+constexpr double kStandIn = 1;
+
+struct PairKinds {
+  long finite = 0;      // pairs with a distance of their own
+  long saturated = 0;   // pairs with the stand-in
+  double largest = 0;   // of the finite distances
+  double stand_in = 1;  // of the saturated pairs
+};
+
+struct EstimatedDistances {
+  DistanceMatrix matrix;
+  PairKinds kinds;
+};
+
+// The distances over `sites`, the frequencies being those of all taxa over these sites. A pair without
+// a compared site has no distance, NaN, as under kSpectral one whose spectrum is unstable.
+// Cost: n x sites + n^2 / 2 x (sites / 64 + one formula), shared by the threads.
+EstimatedDistances PairDistances(const Alignment& alignment, const SiteList& sites,
+                                 const ModelSettings& settings, int threads);
+
+// How many pairs would be saturated under each model, over all sites; 0 for kSpectral.
+// Cost: as the distances under all models.
+std::array<long, kModels> SaturatedPairs(const Alignment& alignment, int threads);
+
+// Cells that count in no pair under the symmetric models.
+struct UncountedCells {
+  long gaps = 0;  // and missing ones
+  long ambiguous = 0;
+};
+UncountedCells CountUncounted(const Alignment& alignment);
 
 }  // namespace zorvek::wide
 

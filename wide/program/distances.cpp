@@ -1,9 +1,11 @@
 #include "wide/program/distances.h"
 
+#include <algorithm>
 #include <numeric>
+#include <tuple>
 
+#include "core/index.h"
 #include "wide/data/labels.h"
-#include "wide/distance/pair_distances.h"
 #include "wide/distance/vertex_cover.h"
 #include "zorvek/error.h"
 
@@ -13,7 +15,7 @@ namespace {
 
 std::vector<std::string> LabelsOf(const std::vector<int>& taxa, const Input& input) {
   std::vector<std::string> labels;
-  for (const int taxon : taxa) labels.push_back(input.Labels()[static_cast<std::size_t>(taxon)]);
+  for (const int taxon : taxa) labels.push_back(input.Labels()[Index(taxon)]);
   return labels;
 }
 
@@ -29,35 +31,107 @@ std::vector<std::string> LabelsOf(const std::vector<int>& taxa, const Input& inp
   for (const std::string& label : LabelsOf(cover.vertices, input)) {
     names += (names.empty() ? "" : ",") + WithoutBlanks(label);
   }
+  const bool spectral = options.model.model == Model::kSpectral && !options.matrix;
   throw Error(At(options.file) + ": no distance for " + std::to_string(pairs.size()) +
-              (pairs.size() == 1 ? " pair" : " pairs") +
-              " of taxa, which share no site or differ too much; give "
-              "--drop-undefined or --leave-out '" +
+              (pairs.size() == 1 ? " pair" : " pairs") + " of taxa, which have no site in common" +
+              (spectral ? " or differ too much" : "") + "; give --drop-undefined or --leave-out '" +
               names + "', which leaves out " +
               (cover.smallest ? "no more taxa than must be" : "the fewest taxa that were found") +
               "\n  " + Listed(lines, "\n  "));
 }
 
-void SettleUndefined(const Options& options, Input& input) {
+// Sites where it is not told which nucleotide is there come before A, C, G and T.
+bool LessInDefinite(const std::vector<StateSet>& a, const std::vector<StateSet>& b) {
+  const auto definite = [](StateSet states) { return (states & (states - 1)) == 0 ? states : 0; };
+  return std::lexicographical_compare(
+      a.begin(), a.end(), b.begin(), b.end(),
+      [&](StateSet x, StateSet y) { return definite(x) < definite(y); });
+}
+
+// The cover of the graph as the search would see it, so that it does not depend on the file's order.
+VertexCover CoverOf(std::vector<std::pair<int, int>> pairs, const std::vector<int>& order) {
+  const std::vector<int> place = Inverse(order);
+  for (auto& [a, b] : pairs) std::tie(a, b) = std::minmax({place[Index(a)], place[Index(b)]});
+  std::sort(pairs.begin(), pairs.end());
+  VertexCover cover = FindVertexCover(static_cast<int>(order.size()), pairs);
+  for (int& vertex : cover.vertices) vertex = order[Index(vertex)];
+  std::sort(cover.vertices.begin(), cover.vertices.end());
+  return cover;
+}
+
+// Returns whether taxa were left out.
+bool SettleUndefined(const Options& options, Input& input) {
   const std::vector<std::pair<int, int>> pairs = input.distances.Undefined();
-  if (pairs.empty()) return;
-  const VertexCover cover = FindVertexCover(input.distances.Size(), pairs);
+  if (pairs.empty()) return false;
+  const VertexCover cover = CoverOf(pairs, SearchOrder(options, input));
   if (!options.drop_undefined) TellUndefined(options, input, pairs, cover);
   std::vector<bool> left_out(input.Labels().size());
-  for (const int taxon : cover.vertices) left_out[static_cast<std::size_t>(taxon)] = true;
+  for (const int taxon : cover.vertices) left_out[Index(taxon)] = true;
   LeaveOut(left_out, input);
   CheckSize(options, input);
+  return true;
+}
+
+PairKinds Estimate(const Options& options, Input& input) {
+  EstimatedDistances estimated = PairDistances(*input.alignment, AllSites(*input.alignment),
+                                               options.model, options.search.threads);
+  input.distances = std::move(estimated.matrix);
+  return estimated.kinds;
 }
 
 }  // namespace
 
-void EstimateDistances(const Options& options, Input& input) {
-  if (!options.matrix) {
-    std::vector<std::size_t> sites(input.alignment->Sites());
-    std::iota(sites.begin(), sites.end(), std::size_t{0});
-    input.distances = PairDistances(*input.alignment, sites, options.search.threads);
+std::vector<int> Inverse(const std::vector<int>& order) {
+  std::vector<int> inverse(order.size());
+  for (std::size_t k = 0; k < order.size(); ++k) inverse[Index(order[k])] = static_cast<int>(k);
+  return inverse;
+}
+
+DistanceNotes EstimateDistances(const Options& options, Input& input) {
+  DistanceNotes notes;
+  if (options.matrix) {
+    SettleUndefined(options, input);
+    return notes;
   }
-  SettleUndefined(options, input);
+  notes.kinds = Estimate(options, input);
+  // The nucleotide frequencies are those of the taxa that are kept.
+  if (SettleUndefined(options, input)) notes.kinds = Estimate(options, input);
+  if (notes.kinds.finite == 0) {
+    throw Error(At(options.file) + ": all pairs of taxa are too far apart for " +
+                RowOf(options.model.model).name + "; check that the sequences are aligned");
+  }
+  notes.uncounted = CountUncounted(*input.alignment);
+  if (notes.kinds.saturated > 0) {
+    notes.saturated = SaturatedPairs(*input.alignment, options.search.threads);
+  }
+  return notes;
+}
+
+std::vector<int> SearchOrder(const Options& options, const Input& input) {
+  std::vector<int> order(input.Labels().size());
+  std::iota(order.begin(), order.end(), 0);
+  if (options.matrix || options.model.model == Model::kSpectral) return order;
+  const Alignment& alignment = *input.alignment;
+  std::sort(order.begin(), order.end(), [&](int a, int b) {
+    const auto& first = alignment.cells[Index(a)];
+    const auto& second = alignment.cells[Index(b)];
+    if (LessInDefinite(first, second)) return true;
+    return !LessInDefinite(second, first) &&
+           alignment.labels[Index(a)] < alignment.labels[Index(b)];
+  });
+  return order;
+}
+
+void Reorder(const std::vector<int>& order, Input& input) {
+  const auto reorder = [&](auto& items) {
+    auto before = std::move(items);
+    items.clear();
+    for (const int taxon : order) items.push_back(std::move(before[Index(taxon)]));
+  };
+  input.distances.Reorder(order);
+  if (!input.alignment) return reorder(input.matrix_labels);
+  reorder(input.alignment->labels);
+  reorder(input.alignment->cells);
 }
 
 }  // namespace zorvek::wide

@@ -53,11 +53,10 @@ void ReadSequences(const Options& options, const std::string& text, Input& input
   if (input.alignment->Taxa() > 0 && input.alignment->Sites() == 0) {
     throw Error(At(options.file) + ": no sites; give aligned sequences");
   }
-  if (input.alignment->rna) {
-    std::cerr
-        << "zorvek-wide: " << At(options.file)
-        << ": warning: only A, C, G and T are told apart; write T for U, unless U is to count "
-           "as an unknown nucleotide\n";
+  if (input.alignment->rna && options.model.model == Model::kSpectral) {
+    std::cerr << "zorvek-wide: " << At(options.file)
+              << ": warning: under --model spectral U counts as an unknown nucleotide; write T for "
+                 "it, or take another model\n";
   }
 }
 

@@ -122,6 +122,20 @@ void AddInput(CLI::App& app, Options& options) {
                "leave out the fewest taxa, so that every pair left has a distance");
 }
 
+void AddDistances(CLI::App& app, ModelSettings& settings) {
+  app.option_defaults()->group("Distances");
+  Choices<Model> models;
+  for (std::size_t model = 0; model < kModels; ++model) {
+    models.emplace_back(Models()[model].name, static_cast<Model>(model));
+  }
+  AddChoice<Model>(app, "--model", settings.model, models, "model of substitution");
+  Add(app, "--gamma", "SHAPE",
+      "shape of gamma-distributed rates; unless given, all sites are alike", "a number above 0",
+      [&settings](const std::string& text) {
+        return ReadNumber(text, std::numeric_limits<double>::min(), 1e9, settings.gamma);
+      });
+}
+
 void AddSearch(CLI::App& app, Options& options) {
   app.option_defaults()->group("Search");
   SearchSettings& search = options.search;
@@ -209,6 +223,10 @@ void CheckCombinations(const CLI::App& app, const Options& options) {
   const bool descent_alone = search.iterations > 0 && search.moves != Moves::kSpr;
   const bool evaluates = !options.evaluate.empty();
   const bool given_support = !options.support_from.empty();
+  std::string without_gamma = "without one of the models";
+  for (const ModelRow& row : Models()) {
+    if (row.has_gamma) without_gamma += std::string(" ") + row.name;
+  }
   const bool unsupported = options.bootstrap.replicates == 0 && !given_support;
   struct Rule {
     const char* option;
@@ -218,6 +236,9 @@ void CheckCombinations(const CLI::App& app, const Options& options) {
   const Rule rules[] = {
       {"--format", options.matrix, "with --matrix, which has a format of its own"},
       {"--bootstrap", options.matrix, "with --matrix, which has no sites to draw"},
+      {"--model", options.matrix, "with --matrix, which has distances"},
+      {"--gamma", options.matrix, "with --matrix, which has distances"},
+      {"--gamma", !RowOf(options.model.model).has_gamma, without_gamma.c_str()},
       {"--greedy", search.starts < 2, "without --starts of 2 or more"},
       {"--iterations", descent_alone, "without --search spr"},
       {"--rounds", descent_alone, "without --search spr"},
@@ -234,7 +255,7 @@ void CheckCombinations(const CLI::App& app, const Options& options) {
   };
   for (const Rule& rule : rules) check(rule);
   for (const char* option : {"--tree", "--search", "--starts", "--greedy", "--iterations",
-                             "--rounds", "--time", "--patience", "--log"}) {
+                             "--rounds", "--time", "--patience"}) {
     check({option, evaluates, "with --evaluate, which makes no search"});
   }
   for (const char* option : {"--support", "--bootstrap-trees", "--consensus"}) {
@@ -243,12 +264,15 @@ void CheckCombinations(const CLI::App& app, const Options& options) {
 }
 
 // With a limit to its time the search goes on until then, unless iterations are counted.
-void SettleIterations(const CLI::App& app, SearchSettings& search) {
+void SettleIterations(CLI::App& app, SearchSettings& search) {
   const bool clock = search.seconds > 0 || search.patience > 0;
   if (clock && app.count("--iterations") + app.count("--rounds") == 0 &&
       search.moves == Moves::kSpr) {
     search.iterations = SearchSettings::kUnlimited;
   }
+  const bool unlimited = search.iterations == SearchSettings::kUnlimited;
+  app.get_option("--iterations")
+      ->default_str(unlimited ? "no limit" : std::to_string(search.iterations));
 }
 
 // The files that are written must be different ones, and none of them the input.
@@ -273,6 +297,34 @@ void CheckPaths(const Options& options) {
   }
 }
 
+std::string CommandLine(int argc, char** argv) {
+  std::string command = "zorvek-wide";
+  for (int i = 1; i < argc; ++i) {
+    const std::string word = argv[i];
+    const bool plain =
+        !word.empty() && word.find_first_of(" \t\n'\"\\$`*?[]{}()<>|&;#~!") == word.npos;
+    std::string quoted;
+    for (const char c : word) quoted += c == '\'' ? "'\\''" : std::string(1, c);
+    command += plain ? " " + word : " '" + quoted + "'";
+  }
+  return command;
+}
+
+// The values of all options that have one, whether typed or not.
+std::vector<std::pair<std::string, std::string>> Settings(const CLI::App& app) {
+  std::vector<std::pair<std::string, std::string>> settings;
+  for (const CLI::Option* option : app.get_options()) {
+    if (option->get_positional() || option->get_group().empty()) continue;
+    std::string value = option->get_default_str();
+    if (option->count() > 0) {
+      const bool flag = option->get_items_expected_max() == 0;
+      value = flag ? "yes" : CLI::detail::join(option->results());
+    }
+    if (!value.empty()) settings.emplace_back(option->get_name(), value);
+  }
+  return settings;
+}
+
 }  // namespace
 
 bool ParseOptions(int argc, char** argv, Options& options, int& status) {
@@ -283,6 +335,7 @@ bool ParseOptions(int argc, char** argv, Options& options, int& status) {
   app.allow_extras();
   options.search.threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
   AddInput(app, options);
+  AddDistances(app, options.model);
   AddSearch(app, options);
   AddSupport(app, options);
   AddOutput(app, options);
@@ -293,7 +346,10 @@ bool ParseOptions(int argc, char** argv, Options& options, int& status) {
     SettleIterations(app, options.search);
     CheckCombinations(app, options);
     NameOutputs(options);
+    if (!options.matrix) options.drawing.unit = RowOf(options.model.model).unit;
     CheckPaths(options);
+    options.command = CommandLine(argc, argv);
+    options.settings = Settings(app);
     return true;
   } catch (const CLI::Success& asked) {
     status = app.exit(asked);

@@ -3,8 +3,10 @@
 #define ZORVEK_WIDE_PROGRAM_OPTIONS_H
 
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "wide/distance/models.h"
 #include "wide/drawing/settings.h"
 #include "wide/support/bootstrap.h"
 #include "zorvek/search.h"
@@ -14,11 +16,15 @@ namespace zorvek::wide {
 // What the user chose. The settings of the library stand here as they are: the parser writes into
 // them, and what it does not write keeps the library's default.
 struct Options {
+  std::string command;                                        // as it may be typed again
+  std::vector<std::pair<std::string, std::string>> settings;  // options in force and their values
+
   std::string file;                    // "-" is standard input
   bool matrix = false;                 // the file is a PHYLIP square distance matrix
   std::string format;                  // of the alignment; if empty, what the content shows
   std::vector<std::string> leave_out;  // as given; each a label or labels between commas
   bool drop_undefined = false;
+  ModelSettings model;  // of the distances, replicates included
 
   SearchSettings search;
   std::string start_tree;  // file of the tree from which the search sets out; empty: none

@@ -8,7 +8,7 @@
 #include "wide/drawing/picture.h"
 #include "wide/formats/matrix_file.h"
 #include "wide/formats/newick.h"
-#include "wide/program/summary.h"
+#include "wide/program/report.h"
 #include "wide/program/trees.h"
 #include "wide/support/consensus.h"
 
@@ -79,7 +79,7 @@ std::vector<OutputKind> OutputKinds() {
       {"--bootstrap-trees", "the trees of the replicates in Newick's format, a line each", nullptr,
        ReplicatesText},
       {"--consensus", "their majority-rule consensus in Newick's format", nullptr, ConsensusText},
-      {"--log", "the improvements of the search; FILE.wide.log unless given", ".wide.log", RunLog},
+      {"--log", "a report on the run; FILE.wide.log unless given", ".wide.log", Report},
   };
 }
 
@@ -105,7 +105,7 @@ void NameOutputs(Options& options) {
   for (std::size_t k = 0; k < kinds.size(); ++k) {
     std::string& path = options.paths[k];
     if (DescriptorNamed(path) == STDOUT_FILENO) path = "-";
-    named = named || (!path.empty() && kinds[k].content != RunLog);
+    named = named || (!path.empty() && kinds[k].content != Report);
   }
   for (std::size_t k = 0; k < kinds.size(); ++k) {
     std::string& path = options.paths[k];

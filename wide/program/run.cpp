@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <ctime>
 #include <iostream>
 #include <limits>
 #include <string>
@@ -74,7 +75,26 @@ void AddSupport(const std::atomic<bool>& stop, ProgressLine& line, Results& resu
   settings.on_done = [&](int done) {
     line.Show("bootstrap", static_cast<double>(done) / settings.replicates, "");
   };
-  results.support = Bootstrap(*results.input.alignment, settings, results.found[0].tree);
+  results.support =
+      Bootstrap(*results.input.alignment, results.options.model, settings, results.found[0].tree);
+}
+
+// The phases between distances and roots. Here alone the taxa stand in the order for the search.
+void FindTrees(const Interruption& interruption, Results& results) {
+  const std::vector<int> order = SearchOrder(results.options, results.input);
+  Reorder(order, results.input);
+  {
+    ProgressLine line(!results.options.quiet);
+    if (results.options.evaluate.empty()) {
+      SearchTree(interruption.Stop(), line, results);
+    } else {
+      EvaluateTrees(results);
+    }
+    if (results.options.bootstrap.replicates > 0) AddSupport(interruption.Stop(), line, results);
+  }
+  Reorder(Inverse(order), results.input);
+  for (SearchResult& found : results.found) found.tree = Renumbered(found.tree, order);
+  for (Tree& tree : results.support.trees) tree = Renumbered(tree, order);
 }
 
 // Whoever reads the summary may have left; a disk that is full is a fault.
@@ -92,27 +112,22 @@ void Run(const Options& options) {
   const Clock::time_point began = Clock::now();
   Outputs outputs;
   Interruption interruption([&] { outputs.Abandon(); });
-  Results results{options, ReadInput(options), {}, {}, {}, {}};
+  Results results{options, std::time(nullptr)};
+  results.input = ReadInput(options);
   interruption.ExpectTree();
   outputs.Prepare(options);
   CheckOutgroup(options, results.input);
-  EstimateDistances(options, results.input);
+  results.notes = EstimateDistances(options, results.input);
   CheckOutgroup(options, results.input);  // of which a taxon may have been left out
-  {
-    ProgressLine line(!options.quiet);
-    if (options.evaluate.empty()) {
-      SearchTree(interruption.Stop(), line, results);
-    } else {
-      EvaluateTrees(results);
-    }
-    if (options.bootstrap.replicates > 0) AddSupport(interruption.Stop(), line, results);
-  }
+  FindTrees(interruption, results);
   if (!options.support_from.empty()) AddGivenSupport(results);
   SetRoots(results);
-  outputs.WriteAll(results);
   results.interrupted = interruption.Stop();
   results.seconds = SecondsSince(began);
-  if (!options.quiet) Tell(Summary(results), UsesStandardOutput(options) ? std::cerr : std::cout);
+  outputs.WriteAll(results);
+  if (options.quiet) return;
+  Tell(InputLines(results) + ResultLines(results),
+       UsesStandardOutput(options) ? std::cerr : std::cout);
 }
 
 }  // namespace zorvek::wide

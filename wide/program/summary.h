@@ -1,4 +1,4 @@
-// What a run of zorvek-wide tells at its end, and its log.
+// What a run of zorvek-wide tells at its end.
 #ifndef ZORVEK_WIDE_PROGRAM_SUMMARY_H
 #define ZORVEK_WIDE_PROGRAM_SUMMARY_H
 
@@ -8,11 +8,12 @@
 
 namespace zorvek::wide {
 
-// The lines for standard output.
-std::string Summary(const Results& results);
+// What the run was given, and what it found, a line each. The summary is both.
+std::string InputLines(const Results& results);
+std::string ResultLines(const Results& results);
 
-// Time and length of each improvement, a line each.
-std::string RunLog(const Results& results);
+// One such line. Requires: a name of fewer than 12 characters.
+std::string SummaryLine(const std::string& name, const std::string& value);
 
 }  // namespace zorvek::wide
 

@@ -1,6 +1,7 @@
 #include "wide/search/descent.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "core/index.h"
 
@@ -82,15 +83,58 @@ void Descent::BySpr(const Poll& poll) {
   } while (EmptyQueue(poll));
 }
 
-void Descent::Perturbed(std::mt19937_64& generator, const Poll& poll) {
-  const int taxa = Current().taxa;
-  int centre = taxa + static_cast<int>(generator() % static_cast<unsigned>(taxa - 2));
-  const int moves = 3 + static_cast<int>(generator() % 4);
+void Descent::Kick(int moves, std::mt19937_64& generator) {
+  const auto inner = static_cast<unsigned>(Current().taxa - 2);
   for (int move = 0; move < moves; ++move) {
-    centre = Wander(centre, generator);
-    PerturbAt(centre, generator);
+    PerturbAt(Current().taxa + static_cast<int>(generator() % inner), generator);
   }
-  EmptyQueue(poll);
+}
+
+void Descent::Anneal(long tries, double heat, std::mt19937_64& generator, const Poll& poll) {
+  const auto inner = static_cast<unsigned>(Current().taxa - 2);
+  const double hottest = heat * MeanEdge();
+  std::uniform_real_distribution<double> unit(0, 1);
+  Topology best = Current();
+  double length = neighbourhood_->Length();
+  double least = length;
+  trying_ = true;
+  for (long k = 0; k < tries && !poll(0); ++k) {
+    back_.clear();
+    int centre = Current().taxa + static_cast<int>(generator() % inner);
+    for (int moves = 2 + static_cast<int>(generator() % 3); moves > 0; --moves) {
+      centre = Wander(centre, generator);
+      PerturbAt(centre, generator);
+    }
+    EmptyQueue(poll);
+    const double now = neighbourhood_->Length();
+    const double rise = now - length;
+    const double degree = hottest * static_cast<double>(tries - k) / static_cast<double>(tries);
+    if (rise > 0 && !(unit(generator) < std::exp(-rise / degree))) {
+      TakeBack();
+      continue;
+    }
+    length = now;
+    if (length < least - neighbourhood_->Margin()) {
+      least = length;
+      best = Current();
+    }
+  }
+  trying_ = false;
+  if (length > least) neighbourhood_->Set(best);
+}
+
+double Descent::MeanEdge() const {
+  double sum = 0;
+  for (int node = Current().taxa; node < Current().Nodes(); ++node) {
+    for (const int near : Current().At(node)) {
+      if (near < node) sum += std::fabs(neighbourhood_->EdgeLength(node, near));
+    }
+  }
+  return sum / (2 * Current().taxa - 3);
+}
+
+void Descent::TakeBack() {
+  for (auto move = back_.rbegin(); move != back_.rend(); ++move) neighbourhood_->Apply(*move);
 }
 
 void Descent::Enqueue(int node) {
@@ -113,7 +157,6 @@ void Descent::EnqueueAll() {
   }
 }
 
-// Returns whether a move was made and the queue is empty.
 bool Descent::EmptyQueue(const Poll& poll) {
   bool any = false;
   const auto all = static_cast<double>(Current().taxa - 2);
@@ -148,6 +191,7 @@ bool Descent::ImproveAt(int node) {
 void Descent::Make(const SprMove& move) {
   const auto [a, b] = Current().Others(move.holder, move.subtree);
   neighbourhood_->Apply(move);
+  if (trying_) back_.push_back({move.holder, move.subtree, a, b});
   for (const int node : {move.holder, move.subtree, a, b, move.from, move.to}) Enqueue(node);
 }
 

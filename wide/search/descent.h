@@ -29,8 +29,18 @@ class Descent {
   // Moves subtrees until none has a better place.
   void BySpr(const Poll& poll);
 
-  // Makes a few random SPR moves around a random node and descends from there.
-  void Perturbed(std::mt19937_64& generator, const Poll& poll);
+  // Makes so many random moves of subtrees to places nearby, each around another random node, and
+  // queues what they touch.
+  void Kick(int moves, std::mt19937_64& generator);
+
+  // Tries so often to make a few random SPR moves around a random node and to descend from there. A
+  // try that ends in a longer tree is taken back, but, with the probability exp(-rise / T), where T
+  // falls from `heat` mean edge lengths to 0 [Kirkpatrick1983]. Leaves the best tree that it met.
+  void Anneal(long tries, double heat, std::mt19937_64& generator, const Poll& poll);
+
+  // Moves subtrees around what was queued until none there has a better place. Returns whether a move
+  // was made and the queue is empty.
+  bool EmptyQueue(const Poll& poll);
 
  private:
   const Topology& Current() const { return neighbourhood_->Current(); }
@@ -39,7 +49,8 @@ class Descent {
   bool MakeSingly(const std::vector<SprMove>& moves);
   void Enqueue(int node);
   void EnqueueAll();
-  bool EmptyQueue(const Poll& poll);
+  double MeanEdge() const;
+  void TakeBack();
   bool ImproveAt(int node);
   void Make(const SprMove& move);
   int Wander(int node, std::mt19937_64& generator) const;
@@ -48,6 +59,9 @@ class Descent {
   std::unique_ptr<Neighbourhood> neighbourhood_;
   std::deque<int> queue_;
   std::vector<char> queued_;  // by node
+  std::vector<SprMove>
+      back_;  // the moves that undo those of the present try, the last one first made
+  bool trying_ = false;
 };
 
 }  // namespace zorvek::wide

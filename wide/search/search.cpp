@@ -1,9 +1,10 @@
-// Descent by NNI and SPR moves from joined starting trees, then iterations: local perturbation and
-// descent.
+// Descent by NNI and SPR moves from joined starting trees, then iterations, which are tries to perturb
+// the tree somewhere and to descend again.
 //
-// Iterations come in batches of fixed size that all begin at the best tree so far, each with a
-// generator seeded by its own number; the best result of a batch, the earliest of equal ones, is
-// the next best tree. So the outcome does not depend on how many threads share the work.
+// Tries come in runs, each with a generator seeded by its own number, and runs in batches that all begin
+// at the same tree. A small tree is searched as a whole in each run of a batch, and the best result, the
+// earliest of equal ones, is the next tree. A large one is cut into sectors, one to a run, and those that
+// became shorter are put back together. So the outcome does not depend on how many threads share the work.
 #include "zorvek/search.h"
 
 #include <algorithm>
@@ -23,13 +24,20 @@
 #include "wide/search/descent.h"
 #include "wide/search/identical.h"
 #include "wide/search/neighbour_joining.h"
+#include "wide/search/sectors.h"
 #include "zorvek/error.h"
 
 namespace zorvek::wide {
 
 namespace {
 
-constexpr int kBatch = 8;  // iterations that begin at the same tree
+constexpr int kBatch = 8;        // runs on the whole of a small tree
+constexpr long kTries = 300;     // of a run
+constexpr double kHeat = 0.1;    // at its beginning, in mean edge lengths
+constexpr int kWhole = 96;       // taxa of a small tree
+constexpr int kSectorTaxa = 64;  // of a large one's sectors
+constexpr int kTaxaPerKick =
+    50;  // of the tree, to each move that disturbs it when a batch found nothing
 
 using Clock = std::chrono::steady_clock;
 
@@ -55,6 +63,9 @@ class Search {
     descents_.resize(Index(threads));
     DescendFromStarts();
     Improve();
+    // Perhaps other threads have done all the work, and what follows from the averages of a tree
+    // depends in the last bits on how it was reached.
+    if (settings_.starts > 1 || settings_.iterations > 0) Place(descents_[0], *best_);
     return Result(descents_[0]->Around());
   }
 
@@ -152,25 +163,106 @@ class Search {
 
   void Improve() {
     Clock::time_point improved = Clock::now();
-    for (long done = 0; done < settings_.iterations && !Stopped(); done += kBatch) {
+    const bool whole = n_ <= kWhole || settings_.criterion == Criterion::kOls;
+    if (settings_.iterations > 0 && !whole) {
+      descents_.resize(1);
+      Place(descents_[0], *best_);
+    }
+    bool stuck = false;
+    for (long done = 0; done < settings_.iterations && !Stopped();) {
       if (settings_.patience > 0 && Seconds(improved) > settings_.patience) return;
-      const int count = static_cast<int>(std::min<long>(kBatch, settings_.iterations - done));
-      const auto iterate = [this, done](std::unique_ptr<Descent>& descent, int number) {
-        std::mt19937_64 generator = Generator(1, static_cast<std::uint64_t>(done + number));
-        Place(descent, *best_);
-        descent->Perturbed(generator, [this](double) { return Stopped(); });
-        if (!(descent->Around().Length() < best_length_ - margin_)) return Outcome{};
-        return Found(descent->Around());
-      };
       const double before = best_length_;
-      if (Adopt(Share(count, iterate))) improved = Clock::now();
+      const long left = settings_.iterations - done;
+      done += whole ? SearchWhole(left, stuck) : SearchSectors(left, stuck);
+      stuck = !(best_length_ < before);
+      if (!stuck) improved = Clock::now();
       Report(Progress::kIterations,
-             static_cast<double>(done + count) / static_cast<double>(settings_.iterations), before);
+             static_cast<double>(done) / static_cast<double>(settings_.iterations), before);
     }
   }
 
+  int KickMoves() const { return std::max(2, n_ / kTaxaPerKick); }
+
+  // A batch of runs on the whole tree, with so many tries at most; after one that found nothing from
+  // disturbed trees. Returns the number of tries.
+  long SearchWhole(long most, bool disturb) {
+    const long tries = std::min(most, kBatch * kTries);
+    const auto run = [&](std::unique_ptr<Descent>& descent, int number) {
+      std::mt19937_64 generator = Generator(1, runs_ + static_cast<std::uint64_t>(number));
+      Place(descent, *best_);
+      const auto poll = [this](double) { return Stopped(); };
+      if (disturb) descent->Kick(KickMoves(), generator);
+      descent->EmptyQueue(poll);
+      descent->Anneal(std::min(kTries, tries - number * kTries), n_ <= kWhole ? kHeat : 0,
+                      generator, poll);
+      return Found(descent->Around());
+    };
+    const int count = static_cast<int>((tries + kTries - 1) / kTries);
+    Adopt(Share(count, run));
+    runs_ += static_cast<std::uint64_t>(count);
+    return tries;
+  }
+
+  // The same on the sectors of the tree, a run in each, and a descent of the whole after them.
+  long SearchSectors(long most, bool disturb) {
+    std::mt19937_64 generator = Generator(2, runs_++);
+    Descent& descent = *descents_[0];
+    const auto poll = [this](double) { return Stopped(); };
+    if (disturb) {
+      descent.Around().Set(*best_);
+      descent.Kick(KickMoves(), generator);
+      descent.EmptyQueue(poll);
+    }
+    std::vector<Sector> sectors =
+        CutIntoSectors(descent.Around().Current(), kSectorTaxa, generator);
+    const long tries = std::min(most, kTries * static_cast<long>(sectors.size()));
+    sectors.resize(Index(static_cast<int>((tries + kTries - 1) / kTries)));
+    std::vector<Gain> gains(sectors.size());
+    ForEach(static_cast<int>(sectors.size()), settings_.threads, [&](int number, int) {
+      std::mt19937_64 own = Generator(1, runs_ + static_cast<std::uint64_t>(number));
+      const Sector& sector = sectors[Index(number)];
+      Descent part(descent.Around().Contracted(sector.topology, sector.roots));
+      const double before = part.Around().Length();
+      part.Anneal(std::min(kTries, tries - number * kTries), kHeat, own, poll);
+      gains[Index(number)] = {number, before - part.Around().Length(), part.Around().Current()};
+    });
+    runs_ += sectors.size();
+    PutTogether(sectors, std::move(gains), descent.Around());
+    descent.BySpr(poll);
+    Adopt({Found(descent.Around())});
+    return tries;
+  }
+
+  // What a run found in a sector.
+  struct Gain {
+    int sector;
+    double gain;
+    Topology topology;
+  };
+
+  // Puts the sectors that became shorter into the tree, the better half of them if all together do not
+  // make it shorter, and so on.
+  static void PutTogether(const std::vector<Sector>& sectors, std::vector<Gain> gains,
+                          Neighbourhood& tree) {
+    gains.erase(std::remove_if(gains.begin(), gains.end(),
+                               [](const Gain& found) { return !(found.gain > 0); }),
+                gains.end());
+    std::stable_sort(gains.begin(), gains.end(),
+                     [](const Gain& x, const Gain& y) { return x.gain > y.gain; });
+    const Topology before = tree.Current();
+    const double least = tree.Length() - tree.Margin();
+    for (std::size_t count = gains.size(); count > 0; count /= 2) {
+      Topology after = before;
+      for (std::size_t k = 0; k < count; ++k) {
+        PutBack(sectors[Index(gains[k].sector)], gains[k].topology, after);
+      }
+      tree.Set(after);
+      if (tree.Length() < least) return;
+    }
+    if (!gains.empty()) tree.Set(before);
+  }
+
   SearchResult Result(Neighbourhood& found) const {
-    found.Set(*best_);
     const Groups identical = IdenticalTaxa(n_, distances_);
     KeepTogether(identical, found);
     FittedTree fitted = Fitted(found, distances_);
@@ -185,7 +277,8 @@ class Search {
   std::vector<std::unique_ptr<Descent>> descents_;  // one a thread, made where it is first used
   std::optional<Topology> best_;
   double best_length_ = std::numeric_limits<double>::infinity();
-  double margin_ = 0;  // of the best tree
+  double margin_ = 0;       // of the best tree
+  std::uint64_t runs_ = 0;  // so far
 };
 
 }  // namespace

@@ -15,9 +15,15 @@ namespace {
 
 constexpr int kMostDraws = 100;  // of one replicate
 
-std::vector<std::size_t> DrawSites(std::size_t sites, std::mt19937_64& generator) {
-  std::vector<std::size_t> drawn(sites);
-  for (std::size_t& site : drawn) site = generator() % sites;
+// In increasing order, so that they are read from the alignment in the order of its cells.
+SiteList DrawSites(std::size_t sites, std::mt19937_64& generator) {
+  std::vector<int> times(sites);
+  for (std::size_t k = 0; k < sites; ++k) ++times[generator() % sites];
+  SiteList drawn;
+  drawn.reserve(sites);
+  for (std::size_t site = 0; site < sites; ++site) {
+    drawn.insert(drawn.end(), static_cast<std::size_t>(times[site]), site);
+  }
   return drawn;
 }
 
@@ -35,8 +41,10 @@ SearchSettings OneDescent(SearchSettings search) {
 
 class Replicates {
  public:
-  Replicates(const Alignment& alignment, const BootstrapSettings& settings, const Tree& tree)
+  Replicates(const Alignment& alignment, const ModelSettings& model,
+             const BootstrapSettings& settings, const Tree& tree)
       : alignment_(alignment),
+        model_(model),
         settings_(settings),
         count_(tree, settings.measure),
         trees_(settings.keep_trees ? Index(settings.replicates) : 0) {}
@@ -48,7 +56,7 @@ class Replicates {
     std::mt19937_64 generator(seed);
     for (int draw = 0; draw < kMostDraws && !Stopped(); ++draw) {
       const DistanceMatrix distances =
-          PairDistances(alignment_, DrawSites(alignment_.Sites(), generator), 1);
+          PairDistances(alignment_, DrawSites(alignment_.Sites(), generator), model_, 1).matrix;
       if (distances.Undefined().empty()) return Count(index, distances, draw);
     }
     if (Stopped()) return;
@@ -82,6 +90,7 @@ class Replicates {
   }
 
   const Alignment& alignment_;
+  const ModelSettings& model_;
   const BootstrapSettings& settings_;
   std::mutex mutex_;
   SupportCount count_;
@@ -91,9 +100,9 @@ class Replicates {
 
 }  // namespace
 
-BootstrapResult Bootstrap(const Alignment& alignment, const BootstrapSettings& settings,
-                          Tree& tree) {
-  Replicates replicates(alignment, settings, tree);
+BootstrapResult Bootstrap(const Alignment& alignment, const ModelSettings& model,
+                          const BootstrapSettings& settings, Tree& tree) {
+  Replicates replicates(alignment, model, settings, tree);
   ForEach(settings.replicates, settings.search.threads, [&](int index, int) {
     if (!replicates.Stopped()) replicates.Run(index);
   });

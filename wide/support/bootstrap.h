@@ -5,6 +5,7 @@
 #include <functional>
 #include <vector>
 
+#include "wide/distance/models.h"
 #include "wide/support/support.h"
 #include "zorvek/alignment.h"
 #include "zorvek/search.h"
@@ -29,13 +30,13 @@ struct BootstrapResult {
 };
 
 // Sets the supports of the groups of `tree` to what the trees of the replicates say of them. In a
-// replicate as many sites as there are are drawn with replacement, the distances estimated again,
-// and a tree found by neighbour joining and a descent by the criterion and moves of the search settings;
-// of these the seed, the threads and the stop flag count too, and no others. What replicate k draws
-// depends on the seed and k alone, so the result is the same for any number of threads, and trees of
-// several ranges of replicates are those of one.
-BootstrapResult Bootstrap(const Alignment& alignment, const BootstrapSettings& settings,
-                          Tree& tree);
+// replicate as many sites as there are are drawn with replacement, the distances estimated again under
+// `model`, saturated pairs with a stand-in of their own, and a tree found by neighbour joining and a
+// descent by the criterion and moves of the search settings; of these the seed, the threads and the stop
+// flag count too, and no others. What replicate k draws depends on the seed and k alone, so the result
+// is the same for any number of threads, and trees of several ranges of replicates are those of one.
+BootstrapResult Bootstrap(const Alignment& alignment, const ModelSettings& model,
+                          const BootstrapSettings& settings, Tree& tree);
 
 }  // namespace zorvek::wide
 
