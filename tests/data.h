@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tree/tree_table.h"
-#include "wide/data/distance_matrix.h"
+#include "zorvek/distances.h"
 
 namespace zorvek::test {
 

@@ -1,5 +1,5 @@
 // What trees say of the groups of another: against the definitions, on random trees.
-#include "wide/support/support.h"
+#include "zorvek/support.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,6 @@
 #include "core/index.h"
 #include "tests/trees.h"
 #include "wide/data/topology.h"
-#include "wide/support/consensus.h"
 
 namespace zorvek::wide {
 namespace {

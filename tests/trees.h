@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "wide/criterion/neighbourhood.h"
-#include "wide/data/distance_matrix.h"
+#include "zorvek/distances.h"
 #include "zorvek/tree.h"
 
 namespace zorvek::wide::test {

@@ -24,7 +24,7 @@
 
 #include "core/index.h"
 #include "wide/criterion/neighbourhood.h"
-#include "wide/data/distance_matrix.h"
+#include "zorvek/distances.h"
 
 namespace zorvek::wide {
 

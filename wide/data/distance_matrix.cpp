@@ -1,7 +1,7 @@
-#include "wide/data/distance_matrix.h"
-
 #include <algorithm>
 #include <cmath>
+
+#include "zorvek/distances.h"
 
 namespace zorvek::wide {
 

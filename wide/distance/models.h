@@ -1,8 +1,4 @@
-// Models of nucleotide substitution: from what two sequences differ in to their distance.
-//
-// All but kSpectral are symmetric, take definite nucleotides alone and, kP apart, give expected
-// substitutions per site. With differing rates among sites, gamma-distributed with the shape s, the
-// models that have the form replace -ln(w) by s (w^(-1/s) - 1).
+// The registry of models: a row and a formula each.
 #ifndef ZORVEK_WIDE_DISTANCE_MODELS_H
 #define ZORVEK_WIDE_DISTANCE_MODELS_H
 
@@ -10,16 +6,11 @@
 #include <functional>
 
 #include "core/pair_table.h"
+#include "zorvek/distances.h"
 
 namespace zorvek::wide {
 
-enum class Model { kP, kJc69, kK80, kF81, kF84, kTn93, kLogdet, kSpectral };
 constexpr std::size_t kModels = static_cast<std::size_t>(Model::kSpectral) + 1;
-
-struct ModelSettings {
-  Model model = Model::kTn93;
-  double gamma = 0;  // the shape of the rates among sites; 0: all sites are alike
-};
 
 // Shares of the nucleotides, which sum to 1.
 struct Frequencies {

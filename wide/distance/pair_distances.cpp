@@ -149,4 +149,9 @@ UncountedCells CountUncounted(const Alignment& alignment) {
   return uncounted;
 }
 
+EstimatedDistances EstimateDistances(const Alignment& alignment, const ModelSettings& settings,
+                                     int threads) {
+  return PairDistances(alignment, AllSites(alignment), settings, threads);
+}
+
 }  // namespace zorvek::wide

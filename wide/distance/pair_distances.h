@@ -4,28 +4,16 @@
 
 #include <array>
 
-#include "wide/data/distance_matrix.h"
 #include "wide/distance/models.h"
 #include "wide/distance/site_planes.h"
 #include "zorvek/alignment.h"
+#include "zorvek/distances.h"
 
 namespace zorvek::wide {
 
 // A pair that is too far apart for the model gets this many times the largest finite distance.
 // (On trees that are deep enough to have such pairs: bench/stand_in.sh.)
 constexpr double kStandIn = 1;
-
-struct PairKinds {
-  long finite = 0;      // pairs with a distance of their own
-  long saturated = 0;   // pairs with the stand-in
-  double largest = 0;   // of the finite distances
-  double stand_in = 1;  // of the saturated pairs
-};
-
-struct EstimatedDistances {
-  DistanceMatrix matrix;
-  PairKinds kinds;
-};
 
 // The distances over `sites`, the frequencies being those of all taxa over these sites. A pair without
 // a compared site has no distance, NaN, as under kSpectral one whose spectrum is unstable.

@@ -2,9 +2,9 @@
 #ifndef ZORVEK_WIDE_DISTANCE_SPECTRAL_H
 #define ZORVEK_WIDE_DISTANCE_SPECTRAL_H
 
-#include "wide/data/distance_matrix.h"
 #include "wide/distance/site_planes.h"
 #include "zorvek/alignment.h"
+#include "zorvek/distances.h"
 
 namespace zorvek::wide {
 

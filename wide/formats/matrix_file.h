@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "wide/data/distance_matrix.h"
+#include "zorvek/distances.h"
 
 namespace zorvek::wide {
 

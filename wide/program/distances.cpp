@@ -73,8 +73,8 @@ bool SettleUndefined(const Options& options, Input& input) {
 }
 
 PairKinds Estimate(const Options& options, Input& input) {
-  EstimatedDistances estimated = PairDistances(*input.alignment, AllSites(*input.alignment),
-                                               options.model, options.search.threads);
+  EstimatedDistances estimated =
+      EstimateDistances(*input.alignment, options.model, options.search.threads);
   input.distances = std::move(estimated.matrix);
   return estimated.kinds;
 }

@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "wide/data/distance_matrix.h"
 #include "wide/program/options.h"
 #include "zorvek/alignment.h"
+#include "zorvek/distances.h"
 
 namespace zorvek::wide {
 

@@ -8,8 +8,8 @@
 
 #include "wide/distance/models.h"
 #include "wide/drawing/settings.h"
-#include "wide/support/bootstrap.h"
 #include "zorvek/search.h"
+#include "zorvek/support.h"
 
 namespace zorvek::wide {
 

@@ -10,7 +10,7 @@
 #include "wide/formats/newick.h"
 #include "wide/program/report.h"
 #include "wide/program/trees.h"
-#include "wide/support/consensus.h"
+#include "zorvek/support.h"
 
 namespace zorvek::wide {
 

@@ -8,8 +8,8 @@
 #include "wide/program/distances.h"
 #include "wide/program/input.h"
 #include "wide/program/options.h"
-#include "wide/support/bootstrap.h"
 #include "zorvek/search.h"
+#include "zorvek/support.h"
 
 namespace zorvek::wide {
 

@@ -18,9 +18,9 @@
 #include "wide/program/results.h"
 #include "wide/program/summary.h"
 #include "wide/program/trees.h"
-#include "wide/support/bootstrap.h"
 #include "zorvek/error.h"
 #include "zorvek/search.h"
+#include "zorvek/support.h"
 
 namespace zorvek::wide {
 

@@ -1,5 +1,3 @@
-#include "wide/support/bootstrap.h"
-
 #include <mutex>
 #include <optional>
 #include <random>
@@ -7,7 +5,9 @@
 #include "core/index.h"
 #include "core/parallel.h"
 #include "wide/distance/pair_distances.h"
+#include "wide/support/support_count.h"
 #include "zorvek/search.h"
+#include "zorvek/support.h"
 
 namespace zorvek::wide {
 

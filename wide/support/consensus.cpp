@@ -1,5 +1,3 @@
-#include "wide/support/consensus.h"
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -7,6 +5,7 @@
 #include <unordered_map>
 
 #include "core/index.h"
+#include "zorvek/support.h"
 
 namespace zorvek::wide {
 

@@ -1,17 +1,22 @@
-// Branch support by resampling the sites of an alignment [Felsenstein1985].
-#ifndef ZORVEK_WIDE_SUPPORT_BOOTSTRAP_H
-#define ZORVEK_WIDE_SUPPORT_BOOTSTRAP_H
+// The support of the edges of a tree: from other trees, or by resampling the sites of an alignment
+// [Felsenstein1985].
+#ifndef ZORVEK_SUPPORT_H
+#define ZORVEK_SUPPORT_H
 
 #include <functional>
 #include <vector>
 
-#include "wide/distance/models.h"
-#include "wide/support/support.h"
 #include "zorvek/alignment.h"
+#include "zorvek/distances.h"
 #include "zorvek/search.h"
 #include "zorvek/tree.h"
 
 namespace zorvek::wide {
+
+enum class SupportMeasure {
+  kFrequency,  // the share of trees that have the group [Felsenstein1985]
+  kTransfer,  // the transfer bootstrap expectation: how near they come to it, on average [Lemoine2018]
+};
 
 struct BootstrapSettings {
   int first = 1;  // number of the first replicate
@@ -37,6 +42,15 @@ struct BootstrapResult {
 // is the same for any number of threads, and trees of several ranges of replicates are those of one.
 BootstrapResult Bootstrap(const Alignment& alignment, const ModelSettings& model,
                           const BootstrapSettings& settings, Tree& tree);
+
+// The supports that `trees` give to the edges of `tree`.
+void SetSupports(const std::vector<Tree>& trees, SupportMeasure measure, Tree& tree);
+
+// The majority-rule consensus [Margush1981] of unrooted trees with the same taxa, one tree or more:
+// the groups (Tree::IsGroup) that more than half of them have, with the share that has them as
+// support, and with polytomies where there are none. The length of an edge is the mean over the trees
+// that have it.  Cost: for t trees t n, and the sum of the sizes of the groups.
+Tree MajorityConsensus(const std::vector<Tree>& trees);
 
 }  // namespace zorvek::wide
 

@@ -1,4 +1,4 @@
-#include "wide/support/support.h"
+#include "wide/support/support_count.h"
 
 #include "core/index.h"
 

@@ -1,19 +1,15 @@
-// The support of the edges of a tree from other trees.
-#ifndef ZORVEK_WIDE_SUPPORT_SUPPORT_H
-#define ZORVEK_WIDE_SUPPORT_SUPPORT_H
+// What trees say of the groups of one of them, added up.
+#ifndef ZORVEK_WIDE_SUPPORT_SUPPORT_COUNT_H
+#define ZORVEK_WIDE_SUPPORT_SUPPORT_COUNT_H
 
 #include <vector>
 
 #include "wide/support/splits.h"
 #include "wide/support/transfer.h"
+#include "zorvek/support.h"
 #include "zorvek/tree.h"
 
 namespace zorvek::wide {
-
-enum class SupportMeasure {
-  kFrequency,  // the share of trees that have the group [Felsenstein1985]
-  kTransfer,  // the transfer bootstrap expectation: how near they come to it, on average [Lemoine2018]
-};
 
 // Adds up what trees say of the groups of one of them, the reference. All are unrooted and have the
 // same taxa; an edge that is written as 0 is a group of none of them (Tree::IsGroup).
@@ -39,9 +35,6 @@ class SupportCount {
   std::vector<long> misses_;  // of each node, sum over the trees
   long trees_ = 0;
 };
-
-// The supports that `trees` give to the edges of `tree`.
-void SetSupports(const std::vector<Tree>& trees, SupportMeasure measure, Tree& tree);
 
 }  // namespace zorvek::wide
 
