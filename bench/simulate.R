@@ -1,5 +1,6 @@
-# Rscript simulate.R TAXA SITES SEED FILE: sequences evolved by the Jukes-Cantor model along a random tree
-# (exponential edge lengths, mean 0.05), and their Jukes-Cantor distances as a PHYLIP square matrix.
+# Rscript simulate.R TAXA SITES SEED FILE [TREE]: sequences evolved by the Jukes-Cantor model along a random
+# tree (exponential edge lengths, mean 0.05), and their Jukes-Cantor distances as a PHYLIP square matrix;
+# the tree itself goes to TREE.
 suppressMessages(library(ape))
 arguments <- commandArgs(TRUE)
 taxa <- as.integer(arguments[1])
@@ -22,3 +23,4 @@ distances[!is.finite(distances)] <- 3
 cat(taxa, "\n", file = arguments[4])
 write.table(format(distances, digits = 17), arguments[4], append = TRUE, quote = FALSE,
             col.names = FALSE)
+if (length(arguments) > 4) write.tree(unroot(tree), arguments[5])

@@ -246,4 +246,21 @@ TEST_F(WideProgramTest, DrawsPicturesWithAllLabels) {
   }
 }
 
+// A caterpillar is the deepest tree: nothing may recurse as deep as that.
+TEST_F(WideProgramTest, SearchesTheDeepestTreeWithASmallStack) {
+  const int n = 2000;
+  string matrix = std::to_string(n);
+  for (int i = 0; i < n; ++i) {
+    matrix += "\nt" + std::to_string(i);
+    for (int j = 0; j < n; ++j) matrix += " " + std::to_string(i == j ? 0 : std::abs(i - j) + 2);
+  }
+  Write("m", matrix + "\n");
+  for (const char* options : {"--criterion balanced --iterations 600", "--criterion ols"}) {
+    const Ended ended =
+        Shell("ulimit -s 256; " ZORVEK_WIDE_PROGRAM " --matrix m " + string(options));
+    EXPECT_EQ(ended.status, 0) << ended.err;
+    EXPECT_NEAR(std::stod(FindAll(ended.out, "length +([0-9.]+) ").at(0)), 2 * n - 1, 1e-6);
+  }
+}
+
 }  // namespace

@@ -128,7 +128,7 @@ void AddDistances(CLI::App& app, ModelSettings& settings) {
   for (std::size_t model = 0; model < kModels; ++model) {
     models.emplace_back(Models()[model].name, static_cast<Model>(model));
   }
-  AddChoice<Model>(app, "--model", settings.model, models, "model of substitution");
+  AddChoice<Model>(app, "-m,--model", settings.model, models, "model of substitution");
   Add(app, "--gamma", "SHAPE",
       "shape of gamma-distributed rates; unless given, all sites are alike", "a number above 0",
       [&settings](const std::string& text) {

@@ -13,9 +13,11 @@
 #include "wide/program/distances.h"
 #include "wide/program/input.h"
 #include "wide/program/interruption.h"
+#include "wide/program/machine.h"
 #include "wide/program/outputs.h"
 #include "wide/program/progress_line.h"
 #include "wide/program/results.h"
+#include "wide/program/size_guard.h"
 #include "wide/program/summary.h"
 #include "wide/program/trees.h"
 #include "zorvek/error.h"
@@ -51,6 +53,15 @@ void Show(const SearchSettings& settings, const Progress& progress, double secon
 }
 
 // The phases of a run. Each reads what the ones before it left in the results.
+
+// Tells what the run will need, if that is much. Throws Error if the machine has less.
+void Forewarn(const Results& results) {
+  const Input& input = results.input;
+  const double sites = input.alignment ? static_cast<double>(input.alignment->Sites()) : 0;
+  const std::string warning = Forewarning(
+      results.options, static_cast<double>(input.Labels().size()), sites, MachineMemory());
+  if (!warning.empty() && !results.options.quiet) std::cerr << "zorvek-wide: " << warning << "\n";
+}
 
 void SearchTree(const std::atomic<bool>& stop, ProgressLine& line, Results& results) {
   const Clock::time_point began = Clock::now();
@@ -114,10 +125,15 @@ void Run(const Options& options) {
   Interruption interruption([&] { outputs.Abandon(); });
   Results results{options, std::time(nullptr)};
   results.input = ReadInput(options);
+  Forewarn(results);
   interruption.ExpectTree();
   outputs.Prepare(options);
   CheckOutgroup(options, results.input);
-  results.notes = EstimateDistances(options, results.input);
+  {
+    ProgressLine line(!options.quiet);
+    line.Show("distances", ProgressLine::kUnknown, "");
+    results.notes = EstimateDistances(options, results.input);
+  }
   CheckOutgroup(options, results.input);  // of which a taxon may have been left out
   FindTrees(interruption, results);
   if (!options.support_from.empty()) AddGivenSupport(results);

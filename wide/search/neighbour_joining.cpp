@@ -24,6 +24,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -113,18 +114,16 @@ constexpr double kSlack = 1e-12;
 template <>
 constexpr double kSlack<float> = 1e-6;
 
-// Sum of a row without the diagonal, in strands.
+// Sum of a row, in strands.
 template <typename Number>
-double SumWithout(std::size_t diagonal, const Number* row, std::size_t count) {
-  const auto part = [row](std::size_t from, std::size_t to) {
-    double sums[4] = {};
-    for (; from + 4 <= to; from += 4) {
-      for (std::size_t s = 0; s < 4; ++s) sums[s] += double{row[from + s]};
-    }
-    for (; from < to; ++from) sums[0] += double{row[from]};
-    return (sums[0] + sums[1]) + (sums[2] + sums[3]);
-  };
-  return part(0, diagonal) + part(diagonal + 1, count);
+double Sum(const Number* row, std::size_t count) {
+  double sums[4] = {};
+  const std::size_t whole = count - count % 4;
+  for (std::size_t j = 0; j < whole; j += 4) {
+    for (std::size_t s = 0; s < 4; ++s) sums[s] += double{row[j + s]};
+  }
+  for (std::size_t j = whole; j < count; ++j) sums[0] += double{row[j]};
+  return (sums[0] + sums[1]) + (sums[2] + sums[3]);
 }
 
 // Brings the largest of the distances into 0.5..1 if sums of them could overflow or vanish.
@@ -160,14 +159,14 @@ class Agglomeration {
         level_(Index(n), -kInfinity),
         near_(Index(n), kInfinity),
         partner_(Index(n)),
+        twin_(Index(n)),
         active_(n),
         search_(ChooseSearch<Number>()) {
     ScaleIfExtreme(n, distances);
-    for (std::size_t i = 0; i < Places(); ++i) {
-      node_[i] = static_cast<int>(i);
-      rows_[i][i] = kInfinity;  // no node is its own partner
-      sum_[i] = SumWithout(i, rows_[i], Places());
-    }
+    std::iota(node_.begin(), node_.end(), 0);
+    std::iota(twin_.begin(), twin_.end(), 0);
+    for (std::size_t i = 0; i < Places(); ++i) SumRow(i);
+    FindTwins();
     RemakeShares();
   }
 
@@ -210,6 +209,8 @@ class Agglomeration {
     const std::size_t i = pair.first, j = pair.second;
     const double sum = (sum_[i] + sum_[j] - active_ * double{rows_[i][j]}) * 0.5;
     MergeRows(i, j);
+    PartTwin(i);
+    PartTwin(j);
     node_[i] = id;
     sum_[i] = sum;
     share_[i] = kInfinity;  // was not there, and so does not grow
@@ -260,6 +261,42 @@ class Agglomeration {
     Offer(i, found.place, found.least, best);
   }
 
+  void SumRow(std::size_t i) {
+    rows_[i][i] = 0;
+    sum_[i] = Sum(rows_[i], Places());
+    rows_[i][i] = kInfinity;  // no node is its own partner
+  }
+
+  // Of nodes whose rows are the same, which means that they are at distance 0, the first one's search
+  // speaks for all: theirs would find the same, and later pairs. They are chained, and kept out of the
+  // searches until those before them have been joined.
+  void FindTwins() {
+    std::vector<std::uint32_t> order(twin_);
+    std::sort(order.begin(), order.end(), [this](std::uint32_t a, std::uint32_t b) {
+      return std::make_pair(sum_[a], a) < std::make_pair(sum_[b], b);
+    });
+    for (std::size_t k = 1; k < order.size(); ++k) {
+      const std::size_t a = order[k - 1], b = order[k];
+      if (sum_[a] != sum_[b] || rows_[a][b] != 0) continue;
+      rows_[a][a] = rows_[b][b] = 0;
+      if (std::equal(rows_[a], rows_[a] + Places(), rows_[b])) {
+        twin_[a] = order[k];
+        level_[b] = kInfinity;
+      }
+      rows_[a][a] = rows_[b][b] = kInfinity;
+    }
+  }
+
+  // Takes a node out of its chain; the next one is to be searched from now on.
+  void PartTwin(std::size_t i) {
+    const std::uint32_t next = twin_[i];
+    for (std::size_t k = 0; k < Places(); ++k) {
+      if (twin_[k] == i) twin_[k] = next == i ? static_cast<std::uint32_t>(k) : next;
+    }
+    if (next != i) level_[next] = -kInfinity;
+    twin_[i] = static_cast<std::uint32_t>(i);
+  }
+
   // Row and column i become those of the new neighbour of i and j.
   void MergeRows(std::size_t i, std::size_t j) {
     Number* const row = rows_[i];
@@ -303,6 +340,7 @@ class Agglomeration {
     for (std::size_t k = 0; k < Places(); ++k) {
       if (!Active(partner_[k])) near_[k] = kInfinity;
       partner_[k] = std::min(now[partner_[k]], now[kept.back()]);
+      twin_[k] = std::min(now[twin_[k]], now[kept.back()]);
     }
     const auto close_up = [&kept](auto& values) {
       for (std::size_t k = 0; k < kept.size(); ++k) values[k] = values[kept[k]];
@@ -311,10 +349,10 @@ class Agglomeration {
       (close_up(values), ...);
       (values.resize(kept.size()), ...);
     };
-    shorten(rows_, node_, sum_, share_, level_, near_, partner_);
+    shorten(rows_, node_, sum_, share_, level_, near_, partner_, twin_);
     for (std::size_t i = 0; i < Places(); ++i) {
       close_up(rows_[i]);
-      sum_[i] = SumWithout(i, rows_[i], Places());
+      SumRow(i);
     }
   }
 
@@ -326,6 +364,7 @@ class Agglomeration {
   std::vector<double> level_;
   std::vector<Number> near_;  // distance to the partner, infinite where there is none any more
   std::vector<std::uint32_t> partner_;
+  std::vector<std::uint32_t> twin_;  // the next in its chain, the last one itself
 
   int active_;  // m
   double growth_ = 0;

@@ -1,0 +1,52 @@
+#include "wide/program/size_guard.h"
+
+#include <gtest/gtest.h>
+
+#include "zorvek/error.h"
+
+namespace zorvek::wide {
+namespace {
+
+std::string Refusal(const Options& options, double taxa, double memory) {
+  try {
+    Forewarning(options, taxa, 1000, memory);
+  } catch (const Error& error) {
+    return error.what();
+  }
+  return "";
+}
+
+TEST(SizeGuard, RefusesWhatCannotFitAndNamesWhatWould) {
+  Options options;
+  options.file = "x";
+  EXPECT_NEAR(NeedsOf(options, 2000, 1000).bytes, 176e6, 20e6);  // as measured
+  EXPECT_EQ(Refusal(options, 10000, 5e9), "");
+  EXPECT_EQ(Refusal(options, 20000, 10e9),
+            "x: 20000 taxa need 16 GB of memory, and the machine has 10 GB; with --criterion ols "
+            "they fit");
+  options.search.criterion = Criterion::kOls;
+  EXPECT_EQ(
+      Refusal(options, 20000, 9e9),
+      "x: 20000 taxa need 9.6 GB of memory, and the machine has 9.0 GB; leave out taxa or take "
+      "a larger machine");
+  options.bootstrap.replicates = 100;
+  options.search.threads = 8;
+  EXPECT_EQ(Refusal(options, 10000, 8e9),
+            "x: 10000 taxa need 20 GB of memory, and the machine has 8.0 GB; with --threads 1 they "
+            "fit");
+  EXPECT_EQ(Refusal(options, 10000, 0), "");  // nobody knows
+}
+
+TEST(SizeGuard, WarnsOfLongRunsOnly) {
+  Options options;
+  EXPECT_EQ(Forewarning(options, 2000, 1000, 1e10), "");
+  EXPECT_EQ(Forewarning(options, 20000, 1000, 1e11), "20000 taxa: about 2 min and 16 GB of memory");
+  options.bootstrap.replicates = 100;
+  EXPECT_EQ(Forewarning(options, 2000, 1000, 1e10), "2000 taxa: about 2 min and 0.2 GB of memory");
+  options.search.threads = 2;
+  EXPECT_EQ(Forewarning(options, 2000, 1000, 1e10), "");
+  EXPECT_EQ(Forewarning(options, 2000, 1000, 4.5e8), "2000 taxa: about 56 s and 0.4 GB of memory");
+}
+
+}  // namespace
+}  // namespace zorvek::wide

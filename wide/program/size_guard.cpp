@@ -1,0 +1,101 @@
+#include "wide/program/size_guard.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "wide/formats/numbers.h"
+#include "zorvek/error.h"
+
+namespace zorvek::wide {
+
+namespace {
+
+// Measured on one core, from 2,000 to 10,000 taxa, and rounded up.
+constexpr double kPair = 100e-9;        // seconds for the distance of two taxa
+constexpr double kSpectralPair = 1e-6;  // of spectral ones
+constexpr double kPairSite = 25e-12;    // and for each of their sites
+constexpr double kGrowth = 2.1;         // exponent of n in what follows
+constexpr double kJoining = 20e-9;      // seconds of neighbour joining
+constexpr double kDescent = 80e-9;      // seconds of a descent
+
+constexpr double kProgram = 16e6;  // bytes, whatever is read
+
+double BytesOfTree(Criterion criterion) {
+  switch (criterion) {
+    case Criterion::kBalanced:
+      return 32;
+    case Criterion::kOls:
+      return 16;
+  }
+  return 0;
+}
+
+std::string Size(double bytes) {
+  return Rounded(bytes / 1e9, bytes < 1e10 ? 1 : 0) + " GB";
+}
+
+std::string Time(double seconds) {
+  if (seconds < 100) return Rounded(seconds, 0) + " s";
+  if (seconds < 6000) return Rounded(seconds / 60, 0) + " min";
+  return Rounded(seconds / 3600, 0) + " h";
+}
+
+// Settings that need less, with what they need: the first under which the run fits.
+std::string WhatFits(const Options& options, double taxa, double sites, double memory) {
+  Options lesser = options;
+  std::string changes;
+  const auto fits = [&](const std::string& change) {
+    changes += (changes.empty() ? "" : " ") + change;
+    return NeedsOf(lesser, taxa, sites).bytes <= memory;
+  };
+  lesser.search.threads = 1;
+  if (options.search.threads > 1 && fits("--threads 1")) return changes;
+  lesser.search.criterion = Criterion::kOls;
+  if (options.search.criterion != Criterion::kOls && fits("--criterion ols")) return changes;
+  return "";
+}
+
+}  // namespace
+
+Needs NeedsOf(const Options& options, double taxa, double sites) {
+  const SearchSettings& search = options.search;
+  const double squared = taxa * taxa;
+  const double threads = search.threads;
+  const double replicates = options.bootstrap.replicates;
+
+  const double pair = options.model.model == Model::kSpectral ? kSpectralPair : kPair;
+  const double distances = sites > 0 ? squared / 2 * (pair + kPairSite * sites) : 0;
+  const double descent = search.moves == Moves::kNone ? 0 : kDescent;
+  const double tree = std::pow(taxa, kGrowth) * (kJoining + descent);
+  const double starts = std::ceil(search.starts / threads);
+  Needs needs;
+  needs.seconds =
+      distances / threads + tree * starts + (distances + tree) * std::ceil(replicates / threads);
+  if (search.seconds > 0)
+    needs.seconds = std::min(needs.seconds, distances / threads + search.seconds);
+
+  // A thread holds a tree under the criterion; joining one takes less.
+  const double bytes_of_tree = squared * BytesOfTree(search.criterion);
+  const double searching =
+      std::min<double>(threads, search.iterations > 0 ? threads : search.starts);
+  const double resampling = std::min(threads, replicates);
+  needs.bytes = kProgram + taxa * sites + 8 * squared +
+                std::max(searching * bytes_of_tree, resampling * (8 * squared + bytes_of_tree));
+  return needs;
+}
+
+std::string Forewarning(const Options& options, double taxa, double sites, double memory) {
+  const Needs needs = NeedsOf(options, taxa, sites);
+  const std::string size = Rounded(taxa, 0) + " taxa";
+  if (memory > 0 && needs.bytes > memory) {
+    const std::string fitting = WhatFits(options, taxa, sites, memory);
+    throw Error(At(options.file) + ": " + size + " need " + Size(needs.bytes) +
+                " of memory, and the machine has " + Size(memory) +
+                (fitting.empty() ? "; leave out taxa or take a larger machine"
+                                 : "; with " + fitting + " they fit"));
+  }
+  if (needs.seconds < 60 && needs.bytes < 0.75 * memory) return "";
+  return size + ": about " + Time(needs.seconds) + " and " + Size(needs.bytes) + " of memory";
+}
+
+}  // namespace zorvek::wide
