@@ -3,9 +3,14 @@
 #define ZORVEK_WIDE_DATA_LABELS_H
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zorvek::wide {
+
+// The label as all outputs can carry it: bytes that are no UTF-8 are taken as Latin-1 and recoded,
+// and control characters become blanks. For every reader of labels, once.
+std::string CleanLabel(std::string_view label);
 
 // The form in which labels are compared: NEXUS tells neither upper from lower case nor a blank from
 // an underscore.
