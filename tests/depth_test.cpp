@@ -43,7 +43,7 @@ void* ReadWriteSupportAndDraw(void*) {
   std::string written = Newick(rooted, reader.Labels());
   TreeReader again("f", written, reader.Labels());
   EXPECT_TRUE(again.Next(trees[1]));
-  EXPECT_EQ(trees[1].preorder, trees[0].preorder);
+  EXPECT_EQ(Newick(trees[1], reader.Labels()), Newick(trees[0], reader.Labels()));
   for (const Layout layout : {Layout::kPhylogram, Layout::kUnrooted}) {
     EXPECT_GT(DrawSvg(trees[0], reader.Labels(), layout).size(), Index(kTaxa));
   }
