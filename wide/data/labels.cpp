@@ -82,7 +82,7 @@ std::vector<std::vector<std::size_t>> Duplicates(const std::vector<std::string>&
 }
 
 std::string QuotedForNewick(const std::string& label) {
-  return Quoted(label, "()[]{}':;,");
+  return Quoted(label, "()[]':;,{}=\\\"");
 }
 
 std::string QuotedForNexus(const std::string& label) {

@@ -23,8 +23,8 @@ std::vector<std::vector<std::size_t>> Duplicates(const std::vector<std::string>&
 std::string WithoutBlanks(std::string label);
 
 // As Newick wants it: blanks become underscores; a label with a character that the format uses itself
-// (parentheses, brackets, braces, quotes, colon, semicolon, comma) is quoted, what it holds left as it is,
-// quotes doubled ('it''s').
+// (parentheses, brackets, quotes, colon, semicolon, comma), or that DendroPy takes for one (braces,
+// equals sign, backslash, double quote), is quoted, what it holds left as it is, quotes doubled ('it''s').
 std::string QuotedForNewick(const std::string& label);
 
 // As NEXUS wants it, which uses more characters itself, the hyphen among them.
