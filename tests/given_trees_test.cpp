@@ -86,4 +86,15 @@ TEST_F(GivenTreesTest, RangesOfReplicatesMakeTheSameSupports) {
   EXPECT_EQ(Run("primates.nex -b 5-1").status, 2);
 }
 
+TEST_F(GivenTreesTest, TaxaThatAreLeftOutTakeNoSupportsAway) {
+  const string even = "ACGTACGTACGTACGTACGTACGTACGTACGTACGTACGT";
+  const string odd = "CCGTACGTACGTACGTACGTACGTACGTACGTACGTACGG";
+  Write("f", ">a\n" + even + "\n>x\n----" + string(36, 'N') + "\n>b\n" + even + "\n>c\n" + odd +
+                 "\n>d\n" + odd + "\n");
+  const string tree = Tree("f --drop-undefined -b 50");
+  EXPECT_EQ(tree.substr(0, 17), "(a:0,b:0,(c:0,d:0");
+  ASSERT_EQ(FindAll(tree, kSupport).size(), 1u);
+  EXPECT_GT(std::stod(FindAll(tree, kSupport)[0]), 50);  // 1 - (38/40)^40 is 0.87
+}
+
 }  // namespace
