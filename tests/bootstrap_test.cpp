@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tests/trees.h"
+#include "wide/data/topology.h"
 
 namespace zorvek::wide {
 namespace {

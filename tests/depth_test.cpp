@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "wide/data/topology.h"
 #include "wide/drawing/svg.h"
 #include "wide/formats/newick.h"
 #include "wide/formats/tree_file.h"
@@ -45,7 +46,7 @@ void* ReadWriteSupportAndDraw(void*) {
   EXPECT_TRUE(again.Next(trees[1]));
   EXPECT_EQ(Newick(trees[1], reader.Labels()), Newick(trees[0], reader.Labels()));
   for (const Layout layout : {Layout::kPhylogram, Layout::kUnrooted}) {
-    EXPECT_GT(DrawSvg(trees[0], reader.Labels(), layout).size(), Index(kTaxa));
+    EXPECT_GT(DrawSvg(trees[0], reader.Labels(), {layout, ""}).size(), Index(kTaxa));
   }
   return nullptr;
 }
