@@ -45,7 +45,7 @@ TEST(Bootstrap, DrawsAsManySitesAsThereAreFromAllOfThem) {
     Tree tree = WithTheGroup();
     BootstrapSettings settings;
     settings.replicates = 1000;
-    EXPECT_EQ(Bootstrap(OneGroup(site), settings, tree).done, 1000);
+    EXPECT_EQ(Bootstrap(OneGroup(site), ModelSettings(), settings, tree).done, 1000);
     EXPECT_NEAR(test::Edges(tree).at({3, 4}).second, share,
                 4 * std::sqrt(share * (1 - share) / 1000));
   }
@@ -59,7 +59,7 @@ TEST(Bootstrap, StandsOnTheReplicatesThatAreDone) {
   settings.keep_trees = true;
   settings.search.stop = &stop;
   settings.on_done = [&](int done) { stop = done == 10; };
-  const BootstrapResult result = Bootstrap(OneGroup(kSites - 1), settings, tree);
+  const BootstrapResult result = Bootstrap(OneGroup(kSites - 1), ModelSettings(), settings, tree);
   EXPECT_EQ(result.done, 10);
   EXPECT_EQ(result.trees.size(), 10u);
   int had = 0;
@@ -83,7 +83,7 @@ TEST(Bootstrap, DrawsAgainWhereADistanceIsMissing) {
   BootstrapSettings settings;
   settings.replicates = 400;
   settings.search.threads = 3;
-  const BootstrapResult result = Bootstrap(alignment, settings, tree);
+  const BootstrapResult result = Bootstrap(alignment, ModelSettings(), settings, tree);
   EXPECT_EQ(result.done, 400);
   EXPECT_EQ(result.given_up, 0);
   const double missing = std::pow(1 - 1.0 / kSites, kSites);
@@ -92,7 +92,7 @@ TEST(Bootstrap, DrawsAgainWhereADistanceIsMissing) {
 
   for (const int taxon : {0, 2}) alignment.cells[Index(taxon)][30] = kNoState;
   settings.replicates = 2;
-  const BootstrapResult none = Bootstrap(alignment, settings, tree);
+  const BootstrapResult none = Bootstrap(alignment, ModelSettings(), settings, tree);
   EXPECT_EQ(none.given_up, 2);
   EXPECT_EQ(none.done, 0);
   EXPECT_EQ(test::Edges(tree).at({3, 4}).second, Tree::kNoSupport);
