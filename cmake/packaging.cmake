@@ -54,5 +54,5 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
     "The library behind the program zorvek: static library, headers and CMake package.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzorvek-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS libncl-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libncl-dev, zlib1g-dev")
 include(CPack)

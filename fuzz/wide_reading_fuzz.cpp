@@ -1,12 +1,14 @@
 // One execution takes the bytes for a file that zorvek-wide is given and reads it as that does: whatever
-// it is, it gives an alignment or an error.
+// it is, it gives an alignment, or distances, or an error.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "core/index.h"
 #include "wide/formats/alignment_file.h"
+#include "wide/formats/matrix_file.h"
 #include "zorvek/error.h"
 
 namespace {
@@ -26,7 +28,12 @@ bool IsAligned(const Alignment& alignment) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);
   try {
-    if (!IsAligned(ParseAlignment("file", text, ""))) std::abort();
+    if (!IsAligned(ReadAlignment(Source("file", text)))) std::abort();
+  } catch (const Error&) {
+  }
+  try {
+    const LabelledMatrix matrix = ReadMatrix(Source("file", text));
+    if (Index(matrix.distances.Size()) != matrix.labels.size()) std::abort();
   } catch (const Error&) {
   }
   return 0;

@@ -40,5 +40,5 @@ build() {
     quietly cmake --build --preset "$preset" --parallel "$(nproc)")
 }
 
-build_packages=(g++ cmake make libncl-dev libcli11-dev)
+build_packages=(g++ cmake make libncl-dev libcli11-dev zlib1g-dev)
 test_packages=(git libgtest-dev)

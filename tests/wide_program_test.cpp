@@ -83,6 +83,15 @@ TEST_F(WideProgramTest, ReadsTheSameAlignmentFromEveryFormat) {
   }
   EXPECT_EQ(Tree("--format=phylip turn.phy --distances m --output o"), tree);
   EXPECT_EQ(Tree("--matrix m"), tree);
+  Shell("gzip -c plain.fa > plain.fa.gz; gzip -c data.nex > data.nex.gz; mkfifo pipe");
+  Shell("(gzip -c plain.fa > pipe &)");
+  for (const char* arguments :
+       {"plain.fa.gz", "data.nex.gz", "- < plain.fa.gz", "- < m --matrix", "pipe"}) {
+    EXPECT_EQ(Tree(arguments), tree) << arguments;
+  }
+  Shell("head -c 90 plain.fa.gz > cut.gz");
+  EXPECT_TRUE(
+      Contains(Run("cut.gz").err, "cut.gz: its gzip compression is broken or ends too early"));
 }
 
 TEST_F(WideProgramTest, FindsTheShortestTreeOfTheExampleAndTellsAboutIt) {
@@ -120,10 +129,13 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
   const std::vector<Case> cases{
       {"empty", "\n \n", "empty:1:1: nothing in the file; give one with aligned sequences\n"},
       {"prose", "Call me",
-       "prose:1:1: neither NEXUS nor FASTA nor PHYLIP; give --format if it is one\n"},
+       "prose:1:1: neither NEXUS nor FASTA nor PHYLIP nor Clustal; give --format if it is "
+       "one\n"},
       {"few.fa", ">a\nAC\n>b\nAC\n>c\nAC\n", "few.fa: 3 taxa; a tree needs at least 4\n"},
       {"twice.fa", ">a\nA\n>b\nA\n>A x\nA\n>b\nA\n",
-       "twice.fa:5:1: label A stands in line 1 already; give each taxon its own\n"
+       "twice.fa:5:1: label A stands in line 1 already; give each taxon its own, with _ for "
+       "blanks: "
+       "a label ends at the first blank\n"
        "twice.fa:7:1: label b stands in line 3 already; give each taxon its own\n"},
       {"ragged.fa", ">a\nACGT\n>b\nAC\nG\n>c\n>d\nACGT\n",
        "ragged.fa:3:1: b has 3 sites, not the 4 of a; align the sequences to one length\n"
@@ -147,16 +159,14 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
       {"trees.nex", "#NEXUS\nBEGIN TREES;\nTREE x=(a,b,c);\nEND;\n",
        "trees.nex: no DATA or CHARACTERS block; add one\n"},
       {"--matrix m1", "4\na 0 1 2 x\nb 1 0 1 1\nc 1 1 0 1\n",
-       "m1:2:9: \"x\" where distance 4 of 4 of a should stand; write a square matrix, labels "
-       "without blanks\n"},
-      {"--matrix m2", "4\na 0 1 1 1\nb 2 0 -1 1\nc 1 nan .5 1\nd 1 1\n 1 0",
-       "m2:3:7: distance -1; write a number that is 0 or more, or leave out the taxon\n"
-       "m2:4:5: distance nan; write a number that is 0 or more, or leave out the taxon\n"
-       "m2:4:9: distance .5 of c to itself; write 0\n"
-       "m2:3:3: distance 2 of b to a, but 1 the other way; make them the same\n"},
-      {"--matrix m3", "2000000000 a 0",
-       "m3:1:1: too few distances for a square matrix of 2000000000 taxa; write all of both "
-       "halves\n"},
+       "m1:2:9: \"x\" where distance 4 of 4 of a should stand; write a number, or NA for none\n"},
+      {"--matrix m2", "2000000000\na 0\n",
+       "m2:2: the file ends where distance 2 of 2000000000 of a should stand; write a number, or "
+       "NA "
+       "for none\n"},
+      {"--matrix m3", "4 100\na ACGT\n",
+       "m3:1:3: text after the number of taxa; begin each row on a line of its own; leave out "
+       "--matrix for an alignment\n"},
   };
   for (const Case& test : cases) {
     Write(test.name.substr(test.name.find(' ') + 1), test.text);

@@ -21,6 +21,12 @@ class DistanceMatrix {
   double operator()(int i, int j) const { return rows_[static_cast<std::size_t>(i)][j]; }
   void Set(int i, int j, double distance);
 
+  // A row to fill in; whoever does so keeps the matrix symmetric.
+  double* Row(int i) { return rows_[static_cast<std::size_t>(i)]; }
+
+  // Copies the half below the diagonal (`lower`), or else the one above it, to the other.
+  void Mirror(bool lower);
+
   const double* const* Rows() const { return rows_.data(); }
 
   // The pairs i < j without a distance.  Cost: n^2.

@@ -1,4 +1,4 @@
-// Faults of the input or the output, told to the user.
+// Faults of the input or the output, as data.
 #ifndef ZORVEK_ERROR_H
 #define ZORVEK_ERROR_H
 
@@ -8,27 +8,57 @@
 
 namespace zorvek::wide {
 
-// Ends the program with status 1. The text says where, what, and what to do:
-// "FILE:LINE:COLUMN: what; what to do". Several faults of a kind stand on a line each.
-struct Error : std::runtime_error {
-  using std::runtime_error::runtime_error;
+// What a program might offer its user as the way out, in words of its own.
+enum class Advice { kNone, kNameTheFormat, kReadAsMatrix, kReadAsAlignment };
+
+struct Fault {
+  std::string file;  // empty if it is no file's
+  long line = 0;     // lines and columns count from 1; below that they are not known
+  long column = 0;   // in bytes
+  std::string text;  // what is wrong, and what to do
+  Advice advice = Advice::kNone;
 };
 
-// "path:line:column", or as much of it as is known (a line or column below 1 is not).
-std::string At(const std::string& path, long line = 0, long column = 0);
+// "file:line:column: text", or as much of it as is known.
+std::string Phrase(const Fault& fault);
 
-// The faults of one kind, gathered while a file is read.
-class Faults {
+// What a function of the library throws when its input or output is at fault. what() is all the
+// faults, a line each.
+class Error : public std::runtime_error {
  public:
-  void Add(const std::string& fault) { faults_.push_back(fault); }
+  explicit Error(const std::string& text) : Error(Fault{{}, 0, 0, text}) {}
+  explicit Error(const Fault& fault) : Error(std::vector<Fault>{fault}, 0) {}
+  Error(std::vector<Fault> faults, long more);
+
+  const std::vector<Fault>& Faults() const { return faults_; }
+
+  // How many faults there are besides those.
+  long More() const { return more_; }
+
+ private:
+  std::vector<Fault> faults_;
+  long more_;
+};
+
+// The faults of one kind, gathered while a file is read. The first 20 are kept, the others counted.
+class FaultList {
+ public:
+  explicit FaultList(const std::string& file) : file_(file) {}
+
+  void Add(long line, long column, const std::string& text);
   bool Any() const { return !faults_.empty(); }
 
-  // Throws an Error with the faults, a line each, the first 20 of them, if there are any.
+  // Throws an Error with the faults, if there are any.
   void ThrowIfAny() const;
 
  private:
-  std::vector<std::string> faults_;
+  std::string file_;
+  std::vector<Fault> faults_;
+  long more_ = 0;
 };
+
+// "path:line:column", or as much of it as is known.
+std::string At(const std::string& path, long line = 0, long column = 0);
 
 // The first 20 items, a separator between them, and how many more there are.
 std::string Listed(const std::vector<std::string>& items, const std::string& separator);

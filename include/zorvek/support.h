@@ -48,8 +48,8 @@ void SetSupports(const std::vector<Tree>& trees, SupportMeasure measure, Tree& t
 
 // The majority-rule consensus [Margush1981] of unrooted trees with the same taxa, one tree or more:
 // the groups (Tree::IsGroup) that more than half of them have, with the share that has them as
-// support, and with polytomies where there are none. The length of an edge is the mean over the trees
-// that have it.  Cost: for t trees t n, and the sum of the sizes of the groups.
+// support, and with polytomies where there are none. The length of an edge is the mean, as written, over
+// the trees that have it.  Cost: for t trees t n, and the sum of the sizes of the groups.
 Tree MajorityConsensus(const std::vector<Tree>& trees);
 
 }  // namespace zorvek::wide

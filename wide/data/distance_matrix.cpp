@@ -15,6 +15,20 @@ void DistanceMatrix::Set(int i, int j, double distance) {
   rows_[static_cast<std::size_t>(j)][i] = distance;
 }
 
+// In tiles, so that the rows of one half and the columns of the other stay in the cache.
+void DistanceMatrix::Mirror(bool lower) {
+  constexpr int kTile = 32;
+  for (int rows = 0; rows < Size(); rows += kTile) {
+    for (int columns = 0; columns <= rows; columns += kTile) {
+      for (int i = rows; i < std::min(rows + kTile, Size()); ++i) {
+        for (int j = columns; j < std::min(columns + kTile, i); ++j) {
+          (lower ? Row(j)[i] : Row(i)[j]) = lower ? Row(i)[j] : Row(j)[i];
+        }
+      }
+    }
+  }
+}
+
 std::vector<std::pair<int, int>> DistanceMatrix::Undefined() const {
   std::vector<std::pair<int, int>> pairs;
   for (int i = 0; i < Size(); ++i) {

@@ -3,9 +3,14 @@
 #define ZORVEK_WIDE_DATA_LABELS_H
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zorvek::wide {
+
+// The label as all outputs can carry it: bytes that are no UTF-8 are taken as Latin-1 and recoded,
+// and control characters become blanks. For every reader of labels, once.
+std::string CleanLabel(std::string_view label);
 
 // The form in which labels are compared: NEXUS tells neither upper from lower case nor a blank from
 // an underscore.
@@ -18,8 +23,8 @@ std::vector<std::vector<std::size_t>> Duplicates(const std::vector<std::string>&
 std::string WithoutBlanks(std::string label);
 
 // As Newick wants it: blanks become underscores; a label with a character that the format uses itself
-// (parentheses, brackets, quotes, colon, semicolon, comma) is quoted, what it holds left as it is,
-// quotes doubled ('it''s').
+// (parentheses, brackets, quotes, colon, semicolon, comma), or that DendroPy takes for one (braces,
+// equals sign, backslash, double quote), is quoted, what it holds left as it is, quotes doubled ('it''s').
 std::string QuotedForNewick(const std::string& label);
 
 // As NEXUS wants it, which uses more characters itself, the hyphen among them.

@@ -5,20 +5,17 @@
 #include <string>
 #include <vector>
 
+#include "wide/formats/source.h"
 #include "zorvek/alignment.h"
 
 namespace zorvek::wide {
 
-// The content of a file. Throws Error if it cannot be read.
-std::string ReadFile(const std::string& path);
-
 // The names of the formats, in the order in which they are recognised.
 std::vector<std::string> AlignmentFormats();
 
-// Reads `text`, the content of the file at `path`, in the format of that name, or, if the name is
-// empty, in the one that the content shows. Throws Error.
-Alignment ParseAlignment(const std::string& path, const std::string& text,
-                         const std::string& format);
+// Reads the alignment in the format of that name, or, if the name is empty, in the one that the
+// content shows. Throws Error, also if there are no sites.
+Alignment ReadAlignment(Source source, const std::string& format = {});
 
 }  // namespace zorvek::wide
 

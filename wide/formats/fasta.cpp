@@ -1,37 +1,26 @@
 #include "wide/formats/fasta.h"
 
-#include <utility>
-
-#include "wide/formats/sites.h"
-#include "wide/formats/text.h"
+#include "wide/formats/sequence_builder.h"
 #include "zorvek/error.h"
 
 namespace zorvek::wide {
 
-Alignment ReadFasta(const std::string& path, const std::string& text) {
-  Sequences sequences;
-  SiteReader sites(path);
-  Faults shape;
-  Lines lines(text);
-  for (std::string_view line; lines.Next(line);) {
-    if (IsBlankLine(line)) continue;
+Alignment ReadFasta(LineReader& lines) {
+  SequenceBuilder builder(lines.Name());
+  for (std::string_view line; lines.NextWithText(line);) {
     if (line[0] == '>') {
-      sequences.Begin(Words(line.substr(1)).Next().text, lines.Number());
-      if (sequences.alignment.labels.back().empty()) {
-        shape.Add(At(path, lines.Number(), 2) + ": no label; write one after the >");
-      }
-    } else if (sequences.lines.empty()) {
-      throw Error(At(path, lines.Number(), 1) +
-                  ": text before the first >; begin with > and a label");
+      Words words(line.substr(1));
+      const std::string_view label = words.Next().text;
+      builder.Begin(label, lines.Number(), !words.Next().text.empty());
+    } else if (builder.Taxa() > 0) {
+      builder.Append(builder.Taxa() - 1, line, lines.Number(), 1);
     } else {
-      sites.Append(line, lines.Number(), 1, sequences.alignment.cells.back());
+      throw Error(Fault{lines.Name(), lines.Number(), 1,
+                        "text before the first >; begin with > and a label"});
     }
   }
-  shape.ThrowIfAny();
-  if (sequences.lines.empty()) return {};
-  const std::size_t length = sequences.alignment.Sites();
-  const std::string whose = " of " + sequences.alignment.labels[0];
-  return Checked(path, std::move(sequences), sites, length, whose);
+  if (builder.Taxa() == 0) return {};
+  return builder.Finish(builder.Sites(0), " of " + builder.Label(0));
 }
 
 }  // namespace zorvek::wide

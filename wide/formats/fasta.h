@@ -3,15 +3,14 @@
 #ifndef ZORVEK_WIDE_FORMATS_FASTA_H
 #define ZORVEK_WIDE_FORMATS_FASTA_H
 
-#include <string>
-
+#include "wide/formats/text.h"
 #include "zorvek/alignment.h"
 
 namespace zorvek::wide {
 
-// Reads `text`, the content of the file at `path`. Throws Error with all faults of the first kind
-// that there is: the shape of the file, then as Checked (sites.h).
-Alignment ReadFasta(const std::string& path, const std::string& text);
+// Reads what is left of the text, holding a line of it at a time. Throws Error as
+// SequenceBuilder::Finish does.
+Alignment ReadFasta(LineReader& lines);
 
 }  // namespace zorvek::wide
 

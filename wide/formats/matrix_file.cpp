@@ -1,9 +1,23 @@
+// The first two rows of a matrix tell its shape; their lines are held until then. The distances of
+// row i are those to the taxa begin <= j < end:
+//
+//   shape            begin            end
+//   square           0                n
+//   lower triangle   0                i, i + 1 with the diagonal
+//   upper triangle   i + 1, or i      n
+//
+// The places in the text are kept of one row only: a fault between the two halves is found when the
+// second of the two numbers is read.
 #include "wide/formats/matrix_file.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <deque>
+#include <limits>
 #include <string_view>
+#include <utility>
 
 #include "wide/data/labels.h"
 #include "wide/formats/numbers.h"
@@ -14,134 +28,327 @@ namespace zorvek::wide {
 
 namespace {
 
+constexpr std::size_t kStrictLabel = 10;  // columns
+constexpr double kMissing = -1;           // as PHYLIP writes it
+
 // Matrices are mostly written with 5 or 6 decimals, and each half rounded by itself.
 constexpr double kRounding = 1e-5;
 
 bool SameButForRounding(double a, double b) {
+  if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
   return std::abs(a - b) <= kRounding * std::max({std::abs(a), std::abs(b), 1.0});
 }
 
-// Whether the whole word is one number of this type.
-template <typename Number>
-bool ReadNumber(std::string_view word, Number& number) {
-  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-  return error == std::errc() && end == word.data() + word.size();
+enum class Half { kBoth, kLower, kUpper };
+
+struct Shape {
+  Half half = Half::kBoth;
+  bool diagonal = true;
+
+  std::size_t Begin(std::size_t i) const { return half == Half::kUpper ? i + !diagonal : 0; }
+  std::size_t End(std::size_t i, std::size_t n) const {
+    return half == Half::kLower ? i + diagonal : n;
+  }
+};
+
+// The columns that a label takes: up to the first blank, or those of a strict one.
+std::size_t RelaxedLabel(std::string_view line) {
+  const Word word = Words(line).Next();
+  return static_cast<std::size_t>(word.column) - 1 + word.text.size();
 }
 
-class MatrixParser {
- public:
-  MatrixParser(const std::string& path, const std::string& text) : path_(path), words_(text) {}
+// The number of distances in the line after `begin`; kNone if there is anything else.
+constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
 
-  LabelledMatrix Parse() {
-    const int n = ReadSize();
-    values_.resize(static_cast<std::size_t>(n), std::vector<double>(static_cast<std::size_t>(n)));
-    places_ = std::vector<std::vector<Word>>(values_.size(), std::vector<Word>(values_.size()));
-    for (std::size_t i = 0; i < values_.size(); ++i) ReadRow(i);
-    const Word rest = words_.Next();
-    if (!rest.text.empty()) {
-      Stop(rest, "\"" + std::string(rest.text) +
-                     "\" after the last distance; the first line says " + std::to_string(n) +
-                     " taxa, fix it or the rows");
+std::size_t CountDistances(std::string_view line, std::size_t begin) {
+  Words words(line.substr(std::min(begin, line.size())));
+  std::size_t count = 0;
+  double value = 0;
+  for (Word word = words.Next(); !word.text.empty(); word = words.Next(), ++count) {
+    if (!ReadDecimal(word.text, value)) return kNone;
+  }
+  return count;
+}
+
+// The same after a label, which is strict if it cannot be relaxed.
+std::size_t CountAfterLabel(std::string_view line, std::size_t most) {
+  const std::size_t count = CountDistances(line, RelaxedLabel(line));
+  return count <= most ? count : CountDistances(line, kStrictLabel);
+}
+
+class MatrixReader {
+ public:
+  explicit MatrixReader(Source source) : lines_(std::move(source)), faults_(lines_.Name()) {}
+
+  LabelledMatrix Read() {
+    ReadSize();
+    shape_ = FindShape();
+    for (std::size_t i = 0; i < n_; ++i) ReadRow(i);
+    if (NextLine()) {
+      Stop(1, "text after the last distance; the first line says " + std::to_string(n_) +
+                  " taxa, fix it or the rows");
     }
-    CheckSymmetry();
     faults_.ThrowIfAny();
-    return {std::move(labels_), Matrix(n)};
+    Complete();
+    return std::move(matrix_);
   }
 
  private:
-  [[noreturn]] void Stop(const Word& place, const std::string& fault) {
-    faults_.Add(At(path_, place.line, place.column) + ": " + fault);
+  struct HeldLine {
+    long number;
+    std::string text;
+  };
+
+  // One reading of a line.
+  struct Attempt {
+    std::size_t label;  // columns that the label takes
+    std::size_t next;   // the taxon whose distance comes next
+    Word bad;           // what stands there instead, if anything does
+  };
+
+  [[noreturn]] void Stop(long column, const std::string& text, Advice advice = Advice::kNone) {
     faults_.ThrowIfAny();
-    throw Error(fault);
+    throw Error(Fault{lines_.Name(), number_, column, text, advice});
   }
 
-  int ReadSize() {
-    const Word word = words_.Next();
+  // Goes to the next line with text, the held ones first, and returns whether there was one.
+  bool NextLine() {
+    if (!held_.empty()) {
+      current_ = std::move(held_.front());
+      held_.pop_front();
+      line_ = current_.text;
+      number_ = current_.number;
+      return true;
+    }
+    if (!lines_.NextWithText(line_)) return false;
+    number_ = lines_.Number();
+    return true;
+  }
+
+  // The text of the line that is `ahead` lines further on, empty if there is none; holds it.
+  std::string_view Held(std::size_t ahead) {
+    std::string_view line;
+    while (held_.size() <= ahead && lines_.NextWithText(line)) {
+      held_.push_back({lines_.Number(), std::string(line)});
+    }
+    return ahead < held_.size() ? std::string_view(held_[ahead].text) : std::string_view();
+  }
+
+  void ReadSize() {
+    if (!NextLine()) number_ = 1;
+    Words words(line_);
+    const Word word = words.Next();
     int n = 0;
-    if (!ReadNumber(word.text, n) || n < 1) {
-      Stop(word, "no number of taxa; a square distance matrix begins with it");
+    const auto [end, error] =
+        std::from_chars(word.text.data(), word.text.data() + word.text.size(), n);
+    if (error != std::errc() || end != word.text.data() + word.text.size() || n < 1) {
+      Stop(1, "no number of taxa; a distance matrix begins with it", Advice::kReadAsAlignment);
     }
-    // Each distance takes two characters at least, so a larger number is wrong, and not worth its
-    // memory.
-    if (static_cast<std::size_t>(n) > words_.TextSize() / static_cast<std::size_t>(n)) {
-      Stop(word, "too few distances for a square matrix of " + std::string(word.text) +
-                     " taxa; write all of both halves");
+    const Word rest = words.Next();
+    if (!rest.text.empty()) {
+      Stop(rest.column, "text after the number of taxa; begin each row on a line of its own",
+           Advice::kReadAsAlignment);
     }
-    return n;
+    n_ = static_cast<std::size_t>(n);
+  }
+
+  // The distances of the row that begins `ahead` lines further on, up to n; `ahead` is then the
+  // line after them.
+  std::size_t CountRow(std::size_t& ahead) {
+    std::size_t count = CountAfterLabel(Held(ahead++), n_);
+    while (count < n_ && !Held(ahead).empty()) {
+      const std::size_t more = CountDistances(Held(ahead), 0);
+      if (more > n_ - count) break;
+      count += more;
+      ++ahead;
+    }
+    return count;
+  }
+
+  Shape FindShape() {
+    std::size_t lines[3];
+    for (std::size_t k = 0; k < 3; ++k) lines[k] = CountAfterLabel(Held(k), n_);
+    const bool rises = n_ > 2 && lines[1] == lines[0] + 1 && lines[2] == lines[0] + 2;
+    if (rises && lines[0] <= 1) return {Half::kLower, lines[0] == 1};
+    std::size_t ahead = 0;
+    const std::size_t first = CountRow(ahead);
+    const std::size_t second = CountRow(ahead);
+    const std::size_t third = CountRow(ahead);
+    const bool falls = n_ > 2 && second + 1 == first && third + 1 == second;
+    if (falls && first == n_) return {Half::kUpper, true};
+    if (falls && first + 1 == n_) return {Half::kUpper, false};
+    return {};
+  }
+
+  // Reads distances of row i from the current line, beginning at `begin`, from the one to taxon
+  // `next` on, until the row, the line or what can be read ends.
+  Attempt ReadLine(std::size_t i, std::size_t next, std::size_t begin) {
+    begin = std::min(begin, line_.size());
+    Attempt attempt{begin, next, {}};
+    Words words(line_.substr(begin));
+    for (Word word = words.Next(); !word.text.empty(); word = words.Next()) {
+      word.column += static_cast<long>(begin);
+      if (attempt.next >= row_.size()) MakeRoom();
+      if (attempt.next == shape_.End(i, n_) || !ReadDecimal(word.text, row_[attempt.next])) {
+        attempt.bad = word;
+        return attempt;
+      }
+      columns_[attempt.next++] = static_cast<std::uint32_t>(word.column);
+    }
+    return attempt;
+  }
+
+  // The first line may name any number of taxa: only as many count as there are distances of.
+  void MakeRoom() {
+    row_.resize(std::min(n_, 2 * row_.size() + kStrictLabel));
+    columns_.resize(row_.size());
+  }
+
+  // A label is strict if the line makes sense so and not otherwise: when something is no number, or
+  // when one distance is missing that a long label may have swallowed.
+  Attempt ReadFirstLine(std::size_t i) {
+    const std::size_t begin = shape_.Begin(i);
+    const std::size_t end = shape_.End(i, n_);
+    const Attempt relaxed = ReadLine(i, begin, RelaxedLabel(line_));
+    const bool bad = !relaxed.bad.text.empty();
+    const bool swallowed = relaxed.label > kStrictLabel && relaxed.next + 1 == end;
+    if (!bad && !swallowed) return relaxed;
+    const Attempt strict = ReadLine(i, begin, kStrictLabel);
+    if (strict.bad.text.empty() && (strict.next == end || (bad && strict.next > begin))) {
+      return strict;
+    }
+    return ReadLine(i, begin, relaxed.label);
   }
 
   void ReadRow(std::size_t i) {
-    const Word label = words_.Next();
-    if (label.text.empty()) {
-      Stop(label, "the file ends after " + std::to_string(i) + " of " +
-                      std::to_string(values_.size()) + " taxa; fix the first line or add the rest");
+    if (!NextLine()) {
+      Stop(0, "the file ends after " + std::to_string(i) + " of " + std::to_string(n_) +
+                  " taxa; fix the first line or add the rest");
     }
-    labels_.emplace_back(label.text);
-    for (std::size_t j = 0; j < values_.size(); ++j) ReadDistance(i, j);
+    Attempt attempt = ReadFirstLine(i);
+    matrix_.labels.push_back(CleanLabel(Trimmed(line_.substr(0, attempt.label))));
+    row_lines_ = {{shape_.Begin(i), number_}};
+    while (attempt.bad.text.empty() && attempt.next < shape_.End(i, n_)) {
+      if (!NextLine()) {
+        attempt.bad.text = "the file ends";
+        break;
+      }
+      row_lines_.emplace_back(attempt.next, number_);
+      attempt = ReadLine(i, attempt.next, 0);
+    }
+    if (!attempt.bad.text.empty()) StopAtWord(i, attempt);
+    CheckValues(i);
+    Store(i);
   }
 
-  void ReadDistance(std::size_t i, std::size_t j) {
-    const Word word = words_.Next();
-    double& value = values_[i][j];
-    if (!ReadNumber(word.text, value)) {
-      Stop(word, (word.text.empty() ? "the file ends" : "\"" + std::string(word.text) + "\"") +
-                     " where distance " + std::to_string(j + 1) + " of " +
-                     std::to_string(values_.size()) + " of " + labels_[i] +
-                     " should stand; write a square matrix, labels without blanks");
+  [[noreturn]] void StopAtWord(std::size_t i, const Attempt& attempt) {
+    const std::size_t begin = shape_.Begin(i);
+    const std::size_t end = shape_.End(i, n_);
+    const std::string& label = matrix_.labels.back();
+    const std::string word(attempt.bad.text);
+    if (attempt.next == end) {
+      Stop(attempt.bad.column, "\"" + word + "\" after the " + std::to_string(end - begin) +
+                                   " distances of " + label +
+                                   "; begin the next row on a line of its own");
     }
-    places_[i][j] = word;
-    const bool itself = i == j && value != 0;
-    if (std::isfinite(value) && value >= 0 && !itself) return;
-    faults_.Add(At(path_, word.line, word.column) + ": " +
-                (itself ? "distance " + std::string(word.text) + " of " + labels_[i] + " to itself"
-                        : "distance " + std::string(word.text)) +
-                "; write " + (itself ? "0" : "a number that is 0 or more, or leave out the taxon"));
+    Stop(attempt.bad.column, (attempt.bad.column == 0 ? word : "\"" + word + "\"") +
+                                 " where distance " + std::to_string(attempt.next - begin + 1) +
+                                 " of " + std::to_string(end - begin) + " of " + label +
+                                 " should stand; write a number, or NA for none");
   }
 
-  void CheckSymmetry() {
-    for (std::size_t i = 0; i < values_.size(); ++i) {
-      for (std::size_t j = 0; j < i; ++j) {
-        const double a = values_[j][i];
-        const double b = values_[i][j];
-        if (!std::isfinite(a) || !std::isfinite(b) || SameButForRounding(a, b)) continue;
-        faults_.Add(At(path_, places_[i][j].line, places_[i][j].column) + ": distance " +
-                    Shortest(b) + " of " + labels_[i] + " to " + labels_[j] + ", but " +
-                    Shortest(a) + " the other way; make them the same");
+  void AddFault(std::size_t j, const std::string& text) {
+    auto line = row_lines_.rbegin();
+    while (line->first > j) ++line;
+    faults_.Add(line->second, columns_[j], text);
+  }
+
+  // Leaves NaN where a distance is missing, and infinity where it is at fault.
+  void CheckValues(std::size_t i) {
+    for (std::size_t j = shape_.Begin(i); j < shape_.End(i, n_); ++j) {
+      double& value = row_[j];
+      if (i == j) {
+        if (!std::isnan(value) && value != 0 && value != kMissing) {
+          AddFault(j, "distance " + Shortest(value) + " of " + matrix_.labels[i] +
+                          " to itself; write 0");
+        }
+        value = 0;
+      } else if (value == kMissing) {
+        value = std::numeric_limits<double>::quiet_NaN();
+      } else if (value < 0 || std::isinf(value)) {
+        AddFault(j, "distance " + Shortest(value) +
+                        "; write a number that is 0 or more, or NA for none");
+        value = std::numeric_limits<double>::infinity();
       }
     }
   }
 
-  DistanceMatrix Matrix(int n) const {
-    DistanceMatrix distances(n);
-    for (int i = 0; i < n; ++i) {
-      for (int j = 0; j < i; ++j) {
-        const auto row = static_cast<std::size_t>(i);
-        const auto column = static_cast<std::size_t>(j);
-        distances.Set(i, j, (values_[row][column] + values_[column][row]) / 2);
-      }
+  void Store(std::size_t i) {
+    if (shape_.half == Half::kLower) {
+      lower_.insert(lower_.end(), row_.begin(), row_.begin() + static_cast<std::ptrdiff_t>(i));
+      return;
     }
-    return distances;
+    if (i == 0) matrix_.distances = DistanceMatrix(static_cast<int>(n_));
+    if (shape_.half == Half::kBoth) MeetOtherHalf(i);
+    const auto begin = static_cast<std::ptrdiff_t>(std::min(shape_.Begin(i), n_));
+    std::copy(row_.begin() + begin, row_.end(), matrix_.distances.Row(static_cast<int>(i)) + begin);
   }
 
-  std::string path_;
-  Words words_;
-  Faults faults_;
-  std::vector<std::string> labels_;
-  std::vector<std::vector<double>> values_;
-  std::vector<std::vector<Word>> places_;
+  // Compares the distances of row i to earlier taxa with theirs to it, and takes the means.
+  void MeetOtherHalf(std::size_t i) {
+    for (std::size_t j = 0; j < i; ++j) {
+      double& other = matrix_.distances.Row(static_cast<int>(j))[i];
+      if (std::isinf(row_[j]) || std::isinf(other)) continue;
+      if (!SameButForRounding(row_[j], other)) {
+        AddFault(j, "distance " + Shortest(row_[j]) + " of " + matrix_.labels[i] + " to " +
+                        matrix_.labels[j] + ", but " + Shortest(other) +
+                        " the other way; make them the same");
+      }
+      row_[j] = other = (row_[j] + other) / 2;
+    }
+  }
+
+  // Gives a triangle its other half.
+  void Complete() {
+    if (shape_.half == Half::kBoth) return;
+    if (shape_.half == Half::kLower) matrix_.distances = DistanceMatrix(static_cast<int>(n_));
+    auto next = lower_.begin();
+    for (std::size_t i = 0; i < n_ && !lower_.empty(); ++i) {
+      std::copy(next, next + static_cast<std::ptrdiff_t>(i),
+                matrix_.distances.Row(static_cast<int>(i)));
+      next += static_cast<std::ptrdiff_t>(i);
+    }
+    matrix_.distances.Mirror(shape_.half == Half::kLower);
+  }
+
+  LineReader lines_;
+  FaultList faults_;
+  std::deque<HeldLine> held_;
+  HeldLine current_;       // the line itself if it was held
+  std::string_view line_;  // the current one
+  long number_ = 0;        // of the current line
+  std::size_t n_ = 0;
+  Shape shape_;
+  std::vector<double> row_;                              // distances of the row that is read
+  std::vector<std::uint32_t> columns_;                   // of each in its line
+  std::vector<std::pair<std::size_t, long>> row_lines_;  // first distance and number of its lines
+  std::vector<double> lower_;  // rows of a lower triangle, one after the other
+  LabelledMatrix matrix_;
 };
 
 }  // namespace
 
-LabelledMatrix ParseSquareMatrix(const std::string& path, const std::string& text) {
-  return MatrixParser(path, text).Parse();
+LabelledMatrix ReadMatrix(Source source) {
+  return MatrixReader(std::move(source)).Read();
 }
 
 std::string FormatSquareMatrix(const std::vector<std::string>& labels,
                                const DistanceMatrix& distances) {
   std::string text = std::to_string(distances.Size()) + "\n";
   for (int i = 0; i < distances.Size(); ++i) {
-    text += WithoutBlanks(labels[static_cast<std::size_t>(i)]);
+    std::string label = WithoutBlanks(labels[static_cast<std::size_t>(i)]);
+    label.resize(std::max(label.size(), kStrictLabel), ' ');
+    text += label;
     for (int j = 0; j < distances.Size(); ++j) text += " " + Shortest(distances(i, j));
     text += "\n";
   }

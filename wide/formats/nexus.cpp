@@ -3,12 +3,18 @@
 #include <ncl/nxsmultiformat.h>
 
 #include <algorithm>
+#include <cctype>
 #include <new>
 #include <set>
 #include <sstream>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "core/nexus_guard.h"
+#include "wide/data/labels.h"
+#include "wide/formats/sequence_builder.h"
 #include "zorvek/error.h"
 
 namespace zorvek::wide {
@@ -22,6 +28,39 @@ const char kFixNexus[] = "; fix it, and put single quotes around labels that hol
 std::string OneLine(std::string text) {
   std::replace(text.begin(), text.end(), '\n', ' ');
   return text;
+}
+
+// What stands in the message after `before`, up to the next quote.
+std::string InMessage(const std::string& message, const std::string& before) {
+  const std::size_t found = message.find(before);
+  if (found == message.npos) return {};
+  const std::size_t begin = found + before.size();
+  return message.substr(begin, message.find('"', begin) - begin);
+}
+
+std::string_view LineOf(std::string_view text, long number) {
+  for (; number > 1 && !text.empty(); --number) {
+    text.remove_prefix(std::min(text.find('\n'), text.size() - 1) + 1);
+  }
+  return Trimmed(text.substr(0, text.find('\n')));
+}
+
+// What to do about a fault that the library found. A symbol that it does not know is the end of a
+// label without quotes, protein, or a gap that was not declared.
+std::string Remedy(const NxsException& fault, const std::string& text) {
+  const std::string symbol = InMessage(fault.msg, "Invalid state specified \"");
+  if (symbol.size() != 1) return kFixNexus;
+  if (kAminoAcidsOnly.find(symbol) != kAminoAcidsOnly.npos) {
+    return "; fix it, or, if the sequences are protein, give those of the nucleotides";
+  }
+  if (StatesOf(symbol[0]) == kT)
+    return "; write datatype=nucleotide, and one of T and U in the whole matrix";
+  const std::string label = InMessage(fault.msg, "(name \"");
+  const std::string_view line = LineOf(text, fault.line);
+  const bool in_label =
+      line.substr(0, label.size()) == label && line.substr(label.size(), 1) == symbol;
+  if (in_label || std::ispunct(static_cast<unsigned char>(symbol[0])) == 0) return kFixNexus;
+  return "; if it is the gap, add gap=" + symbol + " to the FORMAT command";
 }
 
 // Makes the taxa that a DATA block brings along, and releases those that the library forgets when
@@ -62,17 +101,17 @@ class LibraryReader : private MultiFormatReader {
   }
   ~LibraryReader() override { DeleteBlocksFromFactories(); }
 
-  void Read(const std::string& path) {
+  void Read(const std::string& file, const std::string& text) {
     CommentFilter filter(&source_, bytes_);
     std::istream stream(&filter);
     try {
-      ReadStream(stream, NEXUS_FORMAT, path.c_str());
+      ReadStream(stream, NEXUS_FORMAT, file.c_str());
     } catch (const NxsException& fault) {
-      throw Error(At(path, fault.line, fault.col) + ": " + OneLine(fault.msg) + kFixNexus);
+      throw Error(Fault{file, fault.line, fault.col, OneLine(fault.msg) + Remedy(fault, text)});
     } catch (const std::bad_alloc&) {
-      throw Error(At(path) + ": asks for more memory than there is; fix NTAX and NCHAR");
+      throw Error(Fault{file, 0, 0, "asks for more memory than there is; fix NTAX and NCHAR"});
     } catch (const std::exception& fault) {
-      throw Error(At(path) + ": " + OneLine(fault.what()) + kFixNexus);
+      throw Error(Fault{file, 0, 0, OneLine(fault.what()) + kFixNexus});
     }
   }
 
@@ -121,22 +160,30 @@ bool HoldsNucleotides(const NxsCharactersBlock& matrix) {
          type == NxsCharactersBlock::nucleotide;
 }
 
+// Why none of the matrices will do.
+std::string WhyNone(const std::vector<NxsCharactersBlock*>& matrices) {
+  if (matrices.empty()) return "no DATA or CHARACTERS block; add one";
+  const bool protein = std::any_of(matrices.begin(), matrices.end(), [](const auto* matrix) {
+    return matrix->GetDataType() == NxsCharactersBlock::protein;
+  });
+  return protein ? "the matrix holds protein; give the sequences of the nucleotides"
+                 : "the matrix does not hold nucleotides; say datatype=dna in its FORMAT command "
+                   "if it does";
+}
+
 // The one matrix of nucleotides.
-NxsCharactersBlock& NucleotideMatrix(const std::string& path, const LibraryReader& reader) {
+NxsCharactersBlock& NucleotideMatrix(const std::string& file, const LibraryReader& reader) {
   NxsCharactersBlock* found = nullptr;
   const std::vector<NxsCharactersBlock*> matrices = reader.Matrices();
   for (NxsCharactersBlock* matrix : matrices) {
     if (!HoldsNucleotides(*matrix)) continue;
     if (found != nullptr) {
-      throw Error(At(path) + ": more than one matrix of nucleotides; keep one");
+      throw Error(Fault{file, 0, 0, "more than one matrix of nucleotides; keep one"});
     }
     found = matrix;
   }
-  if (found != nullptr) return *found;
-  throw Error(At(path) + (matrices.empty()
-                              ? ": no DATA or CHARACTERS block; add one"
-                              : ": the matrix does not hold nucleotides; say datatype=dna in its "
-                                "FORMAT command if it does"));
+  if (found == nullptr) throw Error(Fault{file, 0, 0, WhyNone(matrices)});
+  return *found;
 }
 
 // What the state codes of a matrix stand for. All that a cell holds is its state code, so the
@@ -181,7 +228,7 @@ Alignment Copy(NxsCharactersBlock& matrix) {
     for (unsigned site = 0; site < row.size(); ++site) {
       cells[site] = states.At(taxon, site, row[site]);
     }
-    alignment.labels.push_back(taxa.GetTaxonLabel(taxon));
+    alignment.labels.push_back(CleanLabel(taxa.GetTaxonLabel(taxon)));
     alignment.cells.push_back(std::move(cells));
   }
   return alignment;
@@ -189,10 +236,11 @@ Alignment Copy(NxsCharactersBlock& matrix) {
 
 }  // namespace
 
-Alignment ReadNexusMatrix(const std::string& path, const std::string& text) {
+Alignment ReadNexusMatrix(LineReader& lines) {
+  const std::string text = lines.Rest();
   LibraryReader reader(text);
-  reader.Read(path);
-  return Copy(NucleotideMatrix(path, reader));
+  reader.Read(lines.Name(), text);
+  return Copy(NucleotideMatrix(lines.Name(), reader));
 }
 
 }  // namespace zorvek::wide

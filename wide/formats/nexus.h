@@ -3,15 +3,14 @@
 #ifndef ZORVEK_WIDE_FORMATS_NEXUS_H
 #define ZORVEK_WIDE_FORMATS_NEXUS_H
 
-#include <string>
-
+#include "wide/formats/text.h"
 #include "zorvek/alignment.h"
 
 namespace zorvek::wide {
 
-// Reads the one matrix of nucleotides in the DATA and CHARACTERS blocks of `text`, the content of
-// the file at `path`. Throws Error.
-Alignment ReadNexusMatrix(const std::string& path, const std::string& text);
+// Reads the one matrix of nucleotides in the DATA and CHARACTERS blocks of what is left of the text,
+// which it holds. Throws Error.
+Alignment ReadNexusMatrix(LineReader& lines);
 
 }  // namespace zorvek::wide
 

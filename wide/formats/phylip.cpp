@@ -2,17 +2,21 @@
 
 #include <algorithm>
 #include <charconv>
+#include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
-#include "wide/formats/sites.h"
-#include "wide/formats/text.h"
+#include "wide/data/labels.h"
+#include "wide/formats/sequence_builder.h"
 #include "zorvek/error.h"
 
 namespace zorvek::wide {
 
 namespace {
+
+constexpr std::size_t kStrictLabel = 10;  // columns
+
+enum class LabelForm { kRelaxed, kStrict };
 
 // A line that is not blank.
 struct Line {
@@ -20,120 +24,146 @@ struct Line {
   std::string_view text;
 };
 
-std::vector<Line> LinesWithText(std::string_view text) {
-  std::vector<Line> found;
-  Lines lines(text);
-  for (std::string_view line; lines.Next(line);) {
-    if (!IsBlankLine(line)) found.push_back({lines.Number(), line});
-  }
-  return found;
-}
-
-// The line's first word, which is a label where a sequence begins.
-std::string_view Label(const Line& line) {
-  return Words(line.text).Next().text;
-}
-
-// Appends the sites that stand after the label.
-void AppendAfterLabel(const Line& line, SiteReader& sites, std::vector<StateSet>& cells) {
-  const std::string_view label = Label(line);
-  const auto end = static_cast<std::size_t>(label.data() - line.text.data()) + label.size();
-  sites.Append(line.text.substr(end), line.number, static_cast<long>(end) + 1, cells);
-}
-
-std::size_t SitesAfterLabel(const Line& line) {
-  SiteReader ignored("");
-  std::vector<StateSet> cells;
-  AppendAfterLabel(line, ignored, cells);
-  return cells.size();
-}
-
-void BeginSequence(const Line& line, SiteReader& sites, Sequences& sequences) {
-  sequences.Begin(Label(line), line.number);
-  AppendAfterLabel(line, sites, sequences.alignment.cells.back());
-}
-
-struct PhylipFile {
-  std::string path;
-  std::size_t taxa = 0;
-  std::size_t sites = 0;
-  std::vector<Line> lines;  // after the first
+// A line that begins with a label, taken apart.
+struct LabelledLine {
+  std::string_view label;
+  std::string_view sites;
+  long column;  // of the sites
 };
 
-// Whether the lines are blocks of one line a taxon, labels in the first block: its lines then hold
-// equally many sites, and not all.
-bool LooksInterleaved(const PhylipFile& file) {
-  if (file.lines.size() <= file.taxa) return false;
-  const std::size_t first = SitesAfterLabel(file.lines[0]);
-  if (first == 0 || first >= file.sites) return false;
-  return std::all_of(file.lines.begin(), file.lines.begin() + static_cast<long>(file.taxa),
-                     [&](const Line& line) { return SitesAfterLabel(line) == first; });
+LabelledLine TakeLabel(std::string_view line, LabelForm form) {
+  const Word word = Words(line).Next();
+  std::string_view label = word.text;
+  auto end = static_cast<std::size_t>(word.column) - 1 + label.size();
+  if (form == LabelForm::kStrict) {
+    end = std::min(kStrictLabel, line.size());
+    label = Trimmed(line.substr(0, end));
+  }
+  return {label, line.substr(end), static_cast<long>(end) + 1};
 }
 
-// The later blocks may have the labels too, or not.
-Sequences InBlocks(const PhylipFile& file, SiteReader& sites) {
-  Sequences sequences;
-  for (std::size_t k = 0; k < file.lines.size(); ++k) {
-    const Line& line = file.lines[k];
-    const std::size_t taxon = k % file.taxa;
-    if (k < file.taxa) {
-      BeginSequence(line, sites, sequences);
-    } else if (Label(line) == sequences.alignment.labels[taxon]) {
-      AppendAfterLabel(line, sites, sequences.alignment.cells[taxon]);
-    } else {
-      sites.Append(line.text, line.number, 1, sequences.alignment.cells[taxon]);
+class PhylipText {
+ public:
+  explicit PhylipText(LineReader& lines) : name_(lines.Name()) {
+    ReadHeader(lines);
+    std::vector<std::size_t> ends;
+    for (std::string_view line; lines.NextWithText(line);) {
+      text_ += line;
+      ends.push_back(text_.size());
+      lines_.push_back({lines.Number(), {}});
+    }
+    std::size_t begin = 0;
+    for (std::size_t k = 0; k < ends.size(); ++k) {
+      lines_[k].text = std::string_view(text_).substr(begin, ends[k] - begin);
+      begin = ends[k];
     }
   }
-  return sequences;
-}
 
-// One after the other. A file of one line a taxon is taken line by line, so that one wrong length
-// does not shift all that follows.
-Sequences InTurn(const PhylipFile& file, SiteReader& sites) {
-  const bool line_each = file.lines.size() == file.taxa;
-  Sequences sequences;
-  std::vector<std::vector<StateSet>>& cells = sequences.alignment.cells;
-  for (const Line& line : file.lines) {
-    if (line_each || cells.empty() || cells.back().size() >= file.sites) {
-      BeginSequence(line, sites, sequences);
-    } else {
-      sites.Append(line.text, line.number, 1, cells.back());
+  Alignment Read() const {
+    for (const LabelForm form : {LabelForm::kRelaxed, LabelForm::kStrict}) {
+      for (const bool blocks : {true, false}) {
+        if (blocks && !LooksInterleaved(form)) continue;
+        SequenceBuilder builder = blocks ? InBlocks(form) : InTurn(form);
+        if (builder.Fits(taxa_, sites_)) return builder.Finish(sites_, "");
+      }
+    }
+    return Refuse();
+  }
+
+ private:
+  void ReadHeader(LineReader& lines) {
+    std::string_view header;
+    lines.NextWithText(header);
+    Words words(header);
+    for (std::size_t* number : {&taxa_, &sites_}) {
+      const std::string_view word = words.Next().text;
+      const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), *number);
+      if (error == std::errc() && end == word.data() + word.size() && *number > 0) continue;
+      throw Error(Fault{name_, lines.Number(), 1,
+                        "no numbers of taxa and sites; begin a PHYLIP file with them",
+                        Advice::kReadAsMatrix});
     }
   }
-  return sequences;
-}
 
-PhylipFile ReadHeader(const std::string& path, std::string_view text) {
-  PhylipFile file{path, 0, 0, LinesWithText(text)};
-  const Line header = file.lines.empty() ? Line{1, {}} : file.lines[0];
-  Words words(header.text);
-  for (std::size_t* number : {&file.taxa, &file.sites}) {
-    const std::string_view word = words.Next().text;
-    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), *number);
-    if (error == std::errc() && end == word.data() + word.size() && *number > 0) continue;
-    throw Error(
-        At(path, header.number, 1) +
-        ": no numbers of taxa and sites; begin a PHYLIP file with them, and give --matrix for "
-        "a distance matrix");
+  // Whether the lines are blocks of one line a taxon, labels in the first block: its lines then
+  // hold equally many sites, and not all.
+  bool LooksInterleaved(LabelForm form) const {
+    if (lines_.size() <= taxa_) return false;
+    SequenceBuilder block(name_);
+    for (std::size_t k = 0; k < taxa_; ++k) {
+      Begin(lines_[k], form, block);
+      if (block.Sites(k) != block.Sites(0)) return false;
+    }
+    return block.Sites(0) > 0 && block.Sites(0) < sites_;
   }
-  file.lines.erase(file.lines.begin());
-  return file;
-}
+
+  static void Begin(const Line& line, LabelForm form, SequenceBuilder& builder) {
+    const LabelledLine parts = TakeLabel(line.text, form);
+    builder.Begin(parts.label, line.number);
+    builder.Append(builder.Taxa() - 1, parts.sites, line.number, parts.column);
+  }
+
+  // The later blocks may have the labels too, or not.
+  SequenceBuilder InBlocks(LabelForm form) const {
+    SequenceBuilder builder(name_);
+    for (std::size_t k = 0; k < lines_.size(); ++k) {
+      const Line& line = lines_[k];
+      if (k < taxa_) {
+        Begin(line, form, builder);
+        continue;
+      }
+      const std::size_t taxon = k % taxa_;
+      const LabelledLine parts = TakeLabel(line.text, form);
+      if (CleanLabel(parts.label) == builder.Label(taxon)) {
+        builder.Append(taxon, parts.sites, line.number, parts.column);
+      } else {
+        builder.Append(taxon, line.text, line.number, 1);
+      }
+    }
+    return builder;
+  }
+
+  // One after the other. A file of one line a taxon is taken line by line, so that one wrong length
+  // does not shift all that follows.
+  SequenceBuilder InTurn(LabelForm form) const {
+    const bool line_each = lines_.size() == taxa_;
+    SequenceBuilder builder(name_);
+    for (const Line& line : lines_) {
+      const std::size_t taxa = builder.Taxa();
+      if (line_each || taxa == 0 || builder.Sites(taxa - 1) >= sites_) {
+        Begin(line, form, builder);
+      } else {
+        builder.Append(taxa - 1, line.text, line.number, 1);
+      }
+    }
+    return builder;
+  }
+
+  Alignment Refuse() const {
+    SequenceBuilder builder = LooksInterleaved(LabelForm::kRelaxed) ? InBlocks(LabelForm::kRelaxed)
+                                                                    : InTurn(LabelForm::kRelaxed);
+    builder.ThrowIfProtein();
+    if (builder.Taxa() != taxa_) {
+      throw Error(Fault{name_, lines_.empty() ? 1 : lines_.back().number, 1,
+                        std::to_string(builder.Taxa()) + " sequences, not the " +
+                            std::to_string(taxa_) +
+                            " of the first line; fix that line, or sequences that are not " +
+                            std::to_string(sites_) + " sites long"});
+    }
+    return builder.Finish(sites_, " of the first line");
+  }
+
+  std::string name_;
+  std::size_t taxa_ = 0;
+  std::size_t sites_ = 0;
+  std::string text_;  // of all lines
+  std::vector<Line> lines_;
+};
 
 }  // namespace
 
-Alignment ReadPhylip(const std::string& path, const std::string& text) {
-  const PhylipFile file = ReadHeader(path, text);
-  SiteReader sites(path);
-  Sequences sequences = LooksInterleaved(file) ? InBlocks(file, sites) : InTurn(file, sites);
-  if (sequences.lines.size() != file.taxa) {
-    const long line = file.lines.empty() ? 1 : file.lines.back().number;
-    throw Error(At(path, line, 1) + ": " + std::to_string(sequences.lines.size()) +
-                " sequences, not the " + std::to_string(file.taxa) +
-                " of the first line; fix that line, or sequences that are not " +
-                std::to_string(file.sites) + " sites long");
-  }
-  return Checked(path, std::move(sequences), sites, file.sites, " of the first line");
+Alignment ReadPhylip(LineReader& lines) {
+  return PhylipText(lines).Read();
 }
 
 }  // namespace zorvek::wide

@@ -8,7 +8,6 @@
 #include "core/index.h"
 #include "wide/data/ascii.h"
 #include "wide/data/labels.h"
-#include "wide/formats/alignment_file.h"
 #include "wide/formats/text.h"
 #include "zorvek/error.h"
 
@@ -43,13 +42,8 @@ TreeReader::TreeReader(std::string path, std::string_view text, std::vector<std:
 }
 
 void TreeReader::Fail(std::size_t place, const std::string& fault) const {
-  long line = 0;
-  Lines lines(text_.substr(0, place));
-  std::string_view last;
-  while (lines.Next(last)) line = lines.Number();
-  const bool fresh = place == 0 || text_[place - 1] == '\n' || text_[place - 1] == '\r';
-  const std::size_t column = fresh ? 1 : last.size() + 1;
-  throw Error(At(path_, fresh ? line + 1 : line, static_cast<long>(column)) + ": " + fault);
+  const Place at = PlaceIn(text_, place);
+  throw Error(Fault{path_, at.line, at.column, fault});
 }
 
 void TreeReader::SkipBlanks() {
@@ -292,11 +286,11 @@ bool TreeReader::Next(Tree& tree) {
 }
 
 std::vector<Tree> ReadTrees(const std::string& path, const std::vector<std::string>& labels) {
-  const std::string text = ReadFile(path);
+  const std::string text = LineReader(Source(path)).Rest();
   TreeReader reader(path, text, labels);
   std::vector<Tree> trees;
   for (Tree tree; reader.Next(tree);) trees.push_back(std::move(tree));
-  if (trees.empty()) throw Error(At(path) + ": no tree in it; give trees in Newick or NEXUS");
+  if (trees.empty()) throw Error(Fault{path, 0, 0, "no tree in it; give trees in Newick or NEXUS"});
   return trees;
 }
 

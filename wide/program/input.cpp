@@ -40,24 +40,19 @@ void LeaveOutNamed(const Options& options, Input& input) {
 }
 
 void CheckLabels(const Options& options, const std::vector<std::string>& labels) {
-  Faults faults;
+  FaultList faults(options.file);
   for (const std::vector<std::size_t>& group : Duplicates(labels)) {
-    faults.Add(At(options.file) + ": label " + labels[group[0]] + " belongs to " +
-               std::to_string(group.size()) + " taxa; give each taxon its own");
+    faults.Add(0, 0,
+               "label " + labels[group[0]] + " belongs to " + std::to_string(group.size()) +
+                   " taxa; give each taxon its own");
   }
   faults.ThrowIfAny();
 }
 
-void ReadSequences(const Options& options, const std::string& text, Input& input) {
-  input.alignment = ParseAlignment(options.file, text, options.format);
-  if (input.alignment->Taxa() > 0 && input.alignment->Sites() == 0) {
-    throw Error(At(options.file) + ": no sites; give aligned sequences");
-  }
-  if (input.alignment->rna && options.model.model == Model::kSpectral) {
-    std::cerr << "zorvek-wide: " << At(options.file)
-              << ": warning: under --model spectral U counts as an unknown nucleotide; write T for "
-                 "it, or take another model\n";
-  }
+void WarnOfRna(const Options& options) {
+  std::cerr << "zorvek-wide: " << At(options.file)
+            << ": warning: under --model spectral U counts as an unknown nucleotide; write T for "
+               "it, or take another model\n";
 }
 
 }  // namespace
@@ -67,12 +62,12 @@ std::vector<int> NamedTaxa(const std::vector<std::string>& values, const std::st
   std::vector<std::string> folded;
   for (const std::string& label : input.Labels()) folded.push_back(Folded(label));
   std::vector<int> taxa;
-  Faults faults;
+  FaultList faults(options.file);
   for (const std::string& name : Named(values, folded)) {
     const auto found = std::find(folded.begin(), folded.end(), Folded(name));
     taxa.push_back(static_cast<int>(found - folded.begin()));
     if (found != folded.end()) continue;
-    faults.Add(At(options.file) + ": no taxon " + name + " " + purpose + "; fix the label");
+    faults.Add(0, 0, "no taxon " + name + " " + purpose + "; fix the label");
   }
   faults.ThrowIfAny();
   return taxa;
@@ -95,14 +90,14 @@ void CheckSize(const Options& options, const Input& input) {
 }
 
 Input ReadInput(const Options& options) {
-  const std::string text = ReadFile(options.file);
   Input input;
   if (options.matrix) {
-    LabelledMatrix matrix = ParseSquareMatrix(options.file, text);
+    LabelledMatrix matrix = ReadMatrix(Source(options.file));
     input.matrix_labels = std::move(matrix.labels);
     input.distances = std::move(matrix.distances);
   } else {
-    ReadSequences(options, text, input);
+    input.alignment = ReadAlignment(Source(options.file), options.format);
+    if (input.alignment->rna && options.model.model == Model::kSpectral) WarnOfRna(options);
   }
   CheckLabels(options, input.Labels());
   LeaveOutNamed(options, input);

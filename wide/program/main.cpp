@@ -4,6 +4,7 @@
 #include <sstream>
 #include <string>
 
+#include "wide/program/messages.h"
 #include "wide/program/options.h"
 #include "wide/program/run.h"
 
@@ -32,6 +33,8 @@ int main(int argc, char** argv) {
     return status;
   } catch (const std::bad_alloc&) {
     Tell("not enough memory; give fewer --threads or fewer taxa");
+  } catch (const Error& error) {
+    Tell(Message(error));
   } catch (const std::exception& fault) {
     Tell(fault.what());
   }

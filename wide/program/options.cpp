@@ -111,9 +111,9 @@ void AddChoice(CLI::App& app, const std::string& names, Value& value, const Choi
 void AddInput(CLI::App& app, Options& options) {
   app.option_defaults()->group("Input");
   app.add_option("file", options.file,
-                 "aligned DNA sequences: NEXUS, FASTA or relaxed PHYLIP; - is standard input")
+                 "aligned DNA: NEXUS, FASTA, PHYLIP or Clustal, plain or gzip; - is standard input")
       ->type_name("FILE");
-  app.add_flag("--matrix", options.matrix, "FILE is a PHYLIP square distance matrix");
+  app.add_flag("--matrix", options.matrix, "FILE is a distance matrix, square or a triangle");
   Choices<std::string> formats;
   for (const std::string& format : AlignmentFormats()) formats.emplace_back(format, format);
   AddChoice(app, "--format", options.format, formats, "not guessed by the content");

@@ -20,7 +20,7 @@ struct Options {
   std::vector<std::pair<std::string, std::string>> settings;  // options in force and their values
 
   std::string file;                    // "-" is standard input
-  bool matrix = false;                 // the file is a PHYLIP square distance matrix
+  bool matrix = false;                 // the file is a distance matrix
   std::string format;                  // of the alignment; if empty, what the content shows
   std::vector<std::string> leave_out;  // as given; each a label or labels between commas
   bool drop_undefined = false;

@@ -46,7 +46,7 @@ void CountGroups(const Tree& tree, const std::vector<Key>& taxa, Groups& groups)
     if (!tree.IsTaxon(*node) && !tree.IsGroup(*node)) continue;
     Group& group = groups[key];
     ++group.trees;
-    group.length += tree.At(*node).length;
+    group.length += tree.ShownLength(*node);
     if (group.tree == nullptr) group = {1, group.length, size, &tree, *node};
   }
 }
