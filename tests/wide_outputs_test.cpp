@@ -45,7 +45,7 @@ TEST_F(WideOutputsTest, GoToStandardOutputAndPipes) {
 }
 
 TEST_F(WideOutputsTest, OfAPipeAreTheTreeAloneUnlessNamed) {
-  for (const char* input : {"cat x.fa | $P /dev/stdin", "$P /dev/stdin < x.fa"}) {
+  for (const char* input : {"cat x.fa | $P -", "cat x.fa | $P /dev/stdin", "$P - < x.fa"}) {
     const Ended ended = Shell("P=" + kProgram + "; " + input);
     EXPECT_EQ(ended.out, tree_) << input;
     EXPECT_TRUE(Contains(ended.err, "tree        standard output\n")) << input;
