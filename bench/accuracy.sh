@@ -15,5 +15,5 @@ cd "$scratch"
 if [ "${1:-}" = --stand-in ]; then
   Rscript "$here/stand_in.R" "$build/zorvek-wide" "$build/bench/accuracy_simulate"
 else
-  Rscript "$here/accuracy.R" "$build/zorvek-wide" "$build/bench/accuracy_simulate" 10
+  Rscript "$here/accuracy.R" "$build/zorvek-wide" "$build/bench/accuracy_simulate" 5
 fi

@@ -49,11 +49,12 @@ double PlainDistance(PairTable& table) {
   return distance == 0 ? std::numeric_limits<double>::quiet_NaN() : distance;
 }
 
-constexpr int kIterations = 5;
+constexpr int kIterations = 7;
 constexpr double kNearest = 1e-10;   // to 0, of a root whose side is beyond doubt
 constexpr double kLeastRoot = 5e-3;  // below, the run's rounding is more than 1e-13 of the distance
 constexpr double kMostRoot = 0.98;   // above, it is again, since lambda is small
-constexpr double kMostError = 1e-13;  // of the root, relative
+constexpr double kMostError =
+    1.5e-12;  // of the root, relative; the bound is three times the error and more
 
 // Values of the pairs of a stretch.
 using Lanes = double[kTileColumns];
