@@ -31,12 +31,12 @@ const Format kFormats[] = {
     {"clustal", [](std::string_view word) { return word.substr(0, 7) == "CLUSTAL"; }, ReadClustal},
 };
 
-const char kConvert[] = "convert it to FASTA";
-const char kAlign[] = "align its sequences and give them as FASTA";
-const char kDecompress[] = "decompress it, or compress it by gzip";
+constexpr char kConvert[] = "convert it to FASTA";
+constexpr char kAlign[] = "align its sequences and give them as FASTA";
+constexpr char kDecompress[] = "decompress it, or compress it by gzip";
 
 // What is known by its first bytes, but not read.
-const struct {
+constexpr struct {
   std::string_view begin;
   const char* name;
   const char* remedy;
