@@ -12,7 +12,7 @@
 namespace zorvek::wide {
 
 // A pair that is too far apart for the model gets this many times the largest finite distance.
-// (On trees that are deep enough to have such pairs: bench/stand_in.sh.)
+// (On trees that are deep enough to have such pairs: bench/accuracy.sh --stand-in.)
 constexpr double kStandIn = 1;
 
 // The distances over `sites`, the frequencies being those of all taxa over these sites. A pair without
