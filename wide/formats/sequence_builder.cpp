@@ -29,11 +29,6 @@ std::array<std::uint8_t, 256> MakeKinds() {
   return kinds;
 }
 
-const std::array<std::uint8_t, 256>& Kinds() {
-  static const std::array<std::uint8_t, 256> kinds = MakeKinds();
-  return kinds;
-}
-
 std::string Shown(char c) {
   constexpr char kDigits[] = "0123456789ABCDEF";
   const auto byte = static_cast<unsigned char>(c);
@@ -42,6 +37,9 @@ std::string Shown(char c) {
 }
 
 }  // namespace
+
+SequenceBuilder::SequenceBuilder(const std::string& file)
+    : file_(file), kinds_(MakeKinds()), symbol_faults_(file), shape_faults_(file) {}
 
 void SequenceBuilder::Begin(std::string_view label, long line, bool cut) {
   if (label.empty()) shape_faults_.Add(line, 1, "no label; write one");
@@ -57,10 +55,9 @@ void SequenceBuilder::Append(std::size_t taxon, std::string_view part, long line
   const std::size_t before = cells.size();
   cells.resize(before + part.size());
   StateSet* const to = cells.data() + before;
-  const std::array<std::uint8_t, 256>& kinds = Kinds();
   unsigned seen = 0;
   for (std::size_t i = 0; i < part.size(); ++i) {
-    const unsigned kind = kinds[static_cast<unsigned char>(part[i])];
+    const unsigned kind = kinds_[static_cast<unsigned char>(part[i])];
     to[i] = static_cast<StateSet>(kind & kStates);
     seen |= kind;
   }
@@ -73,7 +70,7 @@ void SequenceBuilder::Append(std::size_t taxon, std::string_view part, long line
 void SequenceBuilder::AppendChecked(std::string_view part, long line, long column,
                                     std::vector<StateSet>& cells) {
   for (const char c : part) {
-    const unsigned kind = Kinds()[static_cast<unsigned char>(c)];
+    const unsigned kind = kinds_[static_cast<unsigned char>(c)];
     if (!IsBlank(c)) cells.push_back(static_cast<StateSet>(kind & kStates));
     if (!IsBlank(c) && kind == kIsOther) {
       symbol_faults_.Add(line, column,

@@ -3,6 +3,8 @@
 #ifndef ZORVEK_WIDE_FORMATS_SEQUENCE_BUILDER_H
 #define ZORVEK_WIDE_FORMATS_SEQUENCE_BUILDER_H
 
+#include <array>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,8 +19,7 @@ constexpr std::string_view kAminoAcidsOnly = "EFIJLOPQZefijlopqz*";
 
 class SequenceBuilder {
  public:
-  explicit SequenceBuilder(const std::string& file)
-      : file_(file), symbol_faults_(file), shape_faults_(file) {}
+  explicit SequenceBuilder(const std::string& file);
 
   // Begins the next sequence, whose label stands in this line. `cut` tells whether the label ended
   // at a blank and more text follows it.
@@ -50,6 +51,7 @@ class SequenceBuilder {
   void CheckLengths(std::size_t sites, const std::string& whose) const;
 
   std::string file_;
+  std::array<std::uint8_t, 256> kinds_;  // of each symbol: its states, and what else is to be known
   Alignment alignment_;
   std::vector<long> lines_;  // of the labels
   std::vector<bool> cut_;
