@@ -7,9 +7,8 @@
 #include <vector>
 
 #include "core/index.h"
-#include "wide/formats/alignment_file.h"
-#include "wide/formats/matrix_file.h"
 #include "zorvek/error.h"
+#include "zorvek/io.h"
 
 namespace {
 

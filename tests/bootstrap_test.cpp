@@ -1,6 +1,4 @@
 // What a bootstrap draws, told by supports whose expectations are known.
-#include "zorvek/support.h"
-
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -9,6 +7,7 @@
 
 #include "tests/trees.h"
 #include "wide/data/topology.h"
+#include "zorvek/support.h"
 
 namespace zorvek::wide {
 namespace {

@@ -6,9 +6,8 @@
 
 #include "wide/data/topology.h"
 #include "wide/drawing/svg.h"
-#include "wide/formats/newick.h"
 #include "wide/formats/tree_file.h"
-#include "zorvek/support.h"
+#include "zorvek/io.h"
 #include "zorvek/support.h"
 
 namespace zorvek::wide {

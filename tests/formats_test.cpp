@@ -8,9 +8,8 @@
 #include <vector>
 
 #include "wide/data/labels.h"
-#include "wide/formats/alignment_file.h"
-#include "wide/formats/matrix_file.h"
 #include "zorvek/error.h"
+#include "zorvek/io.h"
 
 namespace zorvek::wide {
 namespace {

@@ -9,8 +9,8 @@
 
 #include "core/index.h"
 #include "tests/trees.h"
-#include "wide/formats/newick.h"
 #include "zorvek/error.h"
+#include "zorvek/io.h"
 
 namespace zorvek::wide {
 namespace {

@@ -11,8 +11,8 @@
 #include "tests/files.h"
 #include "wide/data/labels.h"
 #include "wide/data/topology.h"
-#include "wide/formats/newick.h"
 #include "wide/search/neighbour_joining.h"
+#include "zorvek/io.h"
 
 namespace zorvek::wide {
 namespace {
@@ -187,7 +187,8 @@ TEST(WideNewick, QuotesOnlyWhatAReaderWouldTakeApart) {
     EXPECT_EQ(QuotedForNewick(label), label);
   }
   EXPECT_EQ(QuotedForNewick("it's"), "'it''s'");
-  for (const std::string label : {"a b(c", "d)", "[e", "f]", "g:h", "i;", "j,k", "{l", "m}", "n=o", "p\\q", "r\"s"}) {
+  for (const std::string label :
+       {"a b(c", "d)", "[e", "f]", "g:h", "i;", "j,k", "{l", "m}", "n=o", "p\\q", "r\"s"}) {
     EXPECT_EQ(QuotedForNewick(label), "'" + label + "'");
     EXPECT_EQ(QuotedForNexus(label), "'" + label + "'");
   }

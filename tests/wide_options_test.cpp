@@ -6,7 +6,7 @@
 
 #include "tests/data.h"
 #include "tests/wide_program.h"
-#include "wide/formats/matrix_file.h"
+#include "zorvek/io.h"
 
 namespace {
 

@@ -1,5 +1,3 @@
-#include "wide/formats/alignment_file.h"
-
 #include <algorithm>
 #include <iterator>
 #include <string_view>
@@ -12,6 +10,7 @@
 #include "wide/formats/phylip.h"
 #include "wide/formats/text.h"
 #include "zorvek/error.h"
+#include "zorvek/io.h"
 
 namespace zorvek::wide {
 

@@ -8,8 +8,6 @@
 //
 // The places in the text are kept of one row only: a fault between the two halves is found when the
 // second of the two numbers is read.
-#include "wide/formats/matrix_file.h"
-
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -23,6 +21,7 @@
 #include "wide/formats/numbers.h"
 #include "wide/formats/text.h"
 #include "zorvek/error.h"
+#include "zorvek/io.h"
 
 namespace zorvek::wide {
 

@@ -1,11 +1,10 @@
-#include "wide/formats/newick.h"
-
 #include <cmath>
 #include <utility>
 
 #include "core/index.h"
 #include "wide/data/labels.h"
 #include "wide/formats/numbers.h"
+#include "zorvek/io.h"
 
 namespace zorvek::wide {
 

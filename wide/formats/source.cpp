@@ -1,6 +1,4 @@
 // zlib's reader passes on what is not compressed as it is, without a copy.
-#include "wide/formats/source.h"
-
 #include <fcntl.h>
 #include <unistd.h>
 #include <zlib.h>
@@ -11,6 +9,7 @@
 #include <utility>
 
 #include "zorvek/error.h"
+#include "zorvek/io.h"
 
 namespace zorvek::wide {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "wide/formats/source.h"
+#include "zorvek/io.h"
 
 namespace zorvek::wide {
 

@@ -10,6 +10,7 @@
 #include "wide/data/labels.h"
 #include "wide/formats/text.h"
 #include "zorvek/error.h"
+#include "zorvek/io.h"
 
 namespace zorvek::wide {
 

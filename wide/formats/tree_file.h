@@ -75,9 +75,6 @@ class TreeReader {
   std::vector<std::string> unknown_;  // labels of this tree that are no taxa
 };
 
-// All trees of the file at `path`. Throws Error, also if there is none or if it cannot be read.
-std::vector<Tree> ReadTrees(const std::string& path, const std::vector<std::string>& labels);
-
 }  // namespace zorvek::wide
 
 #endif

@@ -6,9 +6,8 @@
 
 #include "core/index.h"
 #include "wide/data/labels.h"
-#include "wide/formats/alignment_file.h"
-#include "wide/formats/matrix_file.h"
 #include "zorvek/error.h"
+#include "zorvek/io.h"
 
 namespace zorvek::wide {
 

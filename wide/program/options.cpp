@@ -12,9 +12,9 @@
 #include <utility>
 
 #include "wide/drawing/picture.h"
-#include "wide/formats/alignment_file.h"
 #include "wide/program/outputs.h"
 #include "wide/program/values.h"
+#include "zorvek/io.h"
 
 namespace zorvek::wide {
 

@@ -6,10 +6,9 @@
 #include <filesystem>
 
 #include "wide/drawing/picture.h"
-#include "wide/formats/matrix_file.h"
-#include "wide/formats/newick.h"
 #include "wide/program/report.h"
 #include "wide/program/trees.h"
+#include "zorvek/io.h"
 #include "zorvek/support.h"
 
 namespace zorvek::wide {

@@ -11,6 +11,7 @@
 #include "wide/formats/tree_file.h"
 #include "wide/program/outputs.h"
 #include "zorvek/error.h"
+#include "zorvek/io.h"
 
 namespace zorvek::wide {
 
