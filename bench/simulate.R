@@ -23,4 +23,5 @@ distances[!is.finite(distances)] <- 3
 cat(taxa, "\n", file = arguments[4])
 write.table(format(distances, digits = 17), arguments[4], append = TRUE, quote = FALSE,
             col.names = FALSE)
+tree$tip.label <- rownames(letters)
 if (length(arguments) > 4) write.tree(unroot(tree), arguments[5])

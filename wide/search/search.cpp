@@ -33,7 +33,7 @@ namespace {
 
 constexpr int kBatch = 8;        // runs on the whole of a small tree
 constexpr long kTries = 300;     // of a run
-constexpr double kHeat = 0.1;    // at its beginning, in mean edge lengths
+constexpr double kHeat = 0.4;    // at its beginning, in mean edge lengths
 constexpr int kWhole = 96;       // taxa of a small tree
 constexpr int kSectorTaxa = 64;  // of a large one's sectors
 constexpr int kTaxaPerKick =
