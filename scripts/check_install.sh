@@ -23,4 +23,5 @@ expect "Usage: zorvek nexus_file" "$scratch/prefix/bin/zorvek"
 cp "$root/examples/primates.nex" "$scratch"  # results are written beside the input
 expect "length of the neighbour-joining tree: 0.189031" "$scratch/build/run_consumer" \
   "$scratch/primates.nex"
+expect "Homo_sapiens:" "$scratch/build/consumer" "$scratch/primates.nex"
 [ -s "$scratch/prefix/share/man/man1/zorvek.1.gz" ]
