@@ -1,5 +1,6 @@
 # What an install puts where, the CMake package for users of the library, and the Debian packages that
-# cpack makes: zorvek with the programs, libzorvek-dev with library and headers.
+# cpack makes: zorvek with the programs, libzorvek-dev with library and headers, and python3-zorvek with
+# ZORVEK_PYTHON.
 include(CMakePackageConfigHelpers)
 
 # Debian wants manual pages and changelogs compressed; every man reads them so.
@@ -41,6 +42,9 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "zorvek maintainers <maintainers@zorvek.example>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_COMPONENTS_ALL program development)
+if(ZORVEK_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -55,4 +59,11 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzorvek-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libncl-dev, zlib1g-dev")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION
+    "The Python module zorvek: distances, trees and their supports from NumPy arrays and alignments.")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-zorvek)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
+# The extension is that of the Python it was built with.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3-numpy, ${ZORVEK_PYTHON_DEPENDS}")
 include(CPack)

@@ -42,3 +42,5 @@ build() {
 
 build_packages=(g++ cmake make libncl-dev libcli11-dev zlib1g-dev)
 test_packages=(git libgtest-dev)
+python_packages=(python3-dev python3-venv python3-pip python3-setuptools python3-wheel python3-pybind11 pybind11-dev
+  python3-numpy)

@@ -37,7 +37,14 @@ struct Alignment {
 
   // Takes away the taxa for which `left_out` is true. No cell is copied.
   void LeaveOut(const std::vector<bool>& left_out);
+
+  // Puts taxon order[k] in place k. No cell is copied.
+  void Reorder(const std::vector<int>& order);
 };
+
+// The taxa by what definite nucleotides they have, then by label: an order for a search whose result is
+// not to depend on that of the file.  Cost: n log n comparisons.
+std::vector<int> CanonicalOrder(const Alignment& alignment);
 
 // The items for which `left_out` is false, in their order.
 template <typename Item>

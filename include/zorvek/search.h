@@ -56,6 +56,16 @@ struct SearchResult {
 SearchResult FindShortestTree(int n, const double* const* distances,
                               const SearchSettings& settings);
 
+// The neighbour-joining tree [Saitou1987] with its own edge lengths, some of which may be negative; its
+// length is their sum. Number is double or float. The matrix is used up.
+// Requires: n >= 4, a symmetric matrix of finite numbers.  Memory: of order n.
+template <typename Number>
+SearchResult JoinedTree(int n, Number* const* distances);
+
+// A given tree with the edge lengths and the length that the criterion gives it. Nodes of many edges are
+// resolved.  Requires: at least 4 taxa, a symmetric matrix of finite numbers.  Cost: n^2.
+SearchResult FitTree(const Tree& tree, const double* const* distances, Criterion criterion);
+
 }  // namespace zorvek::wide
 
 #endif

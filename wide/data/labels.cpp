@@ -4,10 +4,13 @@
 #include <map>
 
 #include "wide/data/ascii.h"
+#include "zorvek/error.h"
 
 namespace zorvek::wide {
 
 namespace {
+
+constexpr std::size_t kFewestTaxa = 4;
 
 std::string Quoted(const std::string& label, const char* special) {
   if (!label.empty() && label.find_first_of(special) == label.npos) return WithoutBlanks(label);
@@ -79,6 +82,23 @@ std::vector<std::vector<std::size_t>> Duplicates(const std::vector<std::string>&
   }
   std::sort(groups.begin(), groups.end());
   return groups;
+}
+
+void CheckLabels(const std::string& file, const std::vector<std::string>& labels) {
+  FaultList faults(file);
+  for (const std::vector<std::size_t>& group : Duplicates(labels)) {
+    faults.Add(0, 0,
+               "label " + labels[group[0]] + " belongs to " + std::to_string(group.size()) +
+                   " taxa; give each taxon its own");
+  }
+  faults.ThrowIfAny();
+}
+
+void CheckNumberOfTaxa(const std::string& file, std::size_t taxa, bool left) {
+  if (taxa >= kFewestTaxa) return;
+  throw Error(Fault{file, 0, 0,
+                    std::to_string(taxa) + " taxa" + (left ? " left" : "") +
+                        "; a tree needs at least " + std::to_string(kFewestTaxa)});
 }
 
 std::string QuotedForNewick(const std::string& label) {

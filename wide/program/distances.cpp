@@ -40,14 +40,6 @@ std::vector<std::string> LabelsOf(const std::vector<int>& taxa, const Input& inp
               "\n  " + Listed(lines, "\n  "));
 }
 
-// Sites where it is not told which nucleotide is there come before A, C, G and T.
-bool LessInDefinite(const std::vector<StateSet>& a, const std::vector<StateSet>& b) {
-  const auto definite = [](StateSet states) { return (states & (states - 1)) == 0 ? states : 0; };
-  return std::lexicographical_compare(
-      a.begin(), a.end(), b.begin(), b.end(),
-      [&](StateSet x, StateSet y) { return definite(x) < definite(y); });
-}
-
 // The cover of the graph as the search would see it, so that it does not depend on the file's order.
 VertexCover CoverOf(std::vector<std::pair<int, int>> pairs, const std::vector<int>& order) {
   const std::vector<int> place = Inverse(order);
@@ -108,30 +100,20 @@ DistanceNotes EstimateDistances(const Options& options, Input& input) {
 }
 
 std::vector<int> SearchOrder(const Options& options, const Input& input) {
+  if (!options.matrix && options.model.model != Model::kSpectral) {
+    return CanonicalOrder(*input.alignment);
+  }
   std::vector<int> order(input.Labels().size());
   std::iota(order.begin(), order.end(), 0);
-  if (options.matrix || options.model.model == Model::kSpectral) return order;
-  const Alignment& alignment = *input.alignment;
-  std::sort(order.begin(), order.end(), [&](int a, int b) {
-    const auto& first = alignment.cells[Index(a)];
-    const auto& second = alignment.cells[Index(b)];
-    if (LessInDefinite(first, second)) return true;
-    return !LessInDefinite(second, first) &&
-           alignment.labels[Index(a)] < alignment.labels[Index(b)];
-  });
   return order;
 }
 
 void Reorder(const std::vector<int>& order, Input& input) {
-  const auto reorder = [&](auto& items) {
-    auto before = std::move(items);
-    items.clear();
-    for (const int taxon : order) items.push_back(std::move(before[Index(taxon)]));
-  };
   input.distances.Reorder(order);
-  if (!input.alignment) return reorder(input.matrix_labels);
-  reorder(input.alignment->labels);
-  reorder(input.alignment->cells);
+  if (input.alignment) return input.alignment->Reorder(order);
+  std::vector<std::string> before = std::move(input.matrix_labels);
+  input.matrix_labels.clear();
+  for (const int taxon : order) input.matrix_labels.push_back(std::move(before[Index(taxon)]));
 }
 
 }  // namespace zorvek::wide

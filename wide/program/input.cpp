@@ -13,8 +13,6 @@ namespace zorvek::wide {
 
 namespace {
 
-constexpr std::size_t kFewestTaxa = 4;
-
 // The labels that the option names: a value is a label, or labels between commas.
 std::vector<std::string> Named(const std::vector<std::string>& values,
                                const std::vector<std::string>& folded_labels) {
@@ -36,16 +34,6 @@ void LeaveOutNamed(const Options& options, Input& input) {
     left_out[Index(taxon)] = true;
   }
   LeaveOut(left_out, input);
-}
-
-void CheckLabels(const Options& options, const std::vector<std::string>& labels) {
-  FaultList faults(options.file);
-  for (const std::vector<std::size_t>& group : Duplicates(labels)) {
-    faults.Add(0, 0,
-               "label " + labels[group[0]] + " belongs to " + std::to_string(group.size()) +
-                   " taxa; give each taxon its own");
-  }
-  faults.ThrowIfAny();
 }
 
 void WarnOfRna(const Options& options) {
@@ -82,10 +70,7 @@ void LeaveOut(const std::vector<bool>& left_out, Input& input) {
 }
 
 void CheckSize(const Options& options, const Input& input) {
-  if (input.Labels().size() >= kFewestTaxa) return;
-  throw Error(At(options.file) + ": " + std::to_string(input.Labels().size()) + " taxa" +
-              (input.left_out.empty() ? "" : " left") + "; a tree needs at least " +
-              std::to_string(kFewestTaxa));
+  CheckNumberOfTaxa(options.file, input.Labels().size(), !input.left_out.empty());
 }
 
 Input ReadInput(const Options& options) {
@@ -98,7 +83,7 @@ Input ReadInput(const Options& options) {
     input.alignment = ReadAlignment(Source(options.file), options.format);
     if (input.alignment->rna && options.model.model == Model::kSpectral) WarnOfRna(options);
   }
-  CheckLabels(options, input.Labels());
+  CheckLabels(options.file, input.Labels());
   LeaveOutNamed(options, input);
   CheckSize(options, input);
   return input;

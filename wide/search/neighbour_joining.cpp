@@ -25,6 +25,7 @@
 #include <cstdint>
 #include <limits>
 #include <numeric>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -126,19 +127,21 @@ double Sum(const Number* row, std::size_t count) {
   return (sums[0] + sums[1]) + (sums[2] + sums[3]);
 }
 
-// Brings the largest of the distances into 0.5..1 if sums of them could overflow or vanish.
+// Brings the largest of the distances into 0.5..1 if sums of them could overflow or vanish. Returns the
+// exponent of 2 by which they have been divided.
 template <typename Number>
-void ScaleIfExtreme(int n, Number* const* rows) {
+int ScaleIfExtreme(int n, Number* const* rows) {
   Number largest = 0;
   for (int i = 0; i < n; ++i) {
     for (int j = 0; j < i; ++j) largest = std::max(largest, std::fabs(rows[i][j]));
   }
   int exponent;
   std::frexp(largest, &exponent);
-  if (2 * std::abs(exponent) < std::numeric_limits<Number>::max_exponent) return;
+  if (2 * std::abs(exponent) < std::numeric_limits<Number>::max_exponent) return 0;
   for (int i = 0; i < n; ++i) {
     for (int j = 0; j < n; ++j) rows[i][j] = std::ldexp(rows[i][j], -exponent);
   }
+  return exponent;
 }
 
 // Two places, and the Q of the nodes there.
@@ -162,7 +165,7 @@ class Agglomeration {
         twin_(Index(n)),
         active_(n),
         search_(ChooseSearch<Number>()) {
-    ScaleIfExtreme(n, distances);
+    exponent_ = ScaleIfExtreme(n, distances);
     std::iota(node_.begin(), node_.end(), 0);
     std::iota(twin_.begin(), twin_.end(), 0);
     for (std::size_t i = 0; i < Places(); ++i) SumRow(i);
@@ -202,6 +205,20 @@ class Agglomeration {
     Pair best = AnyPair();
     Search(place, best);
     return best;
+  }
+
+  // The lengths of the edges that the join of a pair makes.
+  std::pair<double, double> Lengths(const Pair& pair) const {
+    const double apart = double{rows_[pair.first][pair.second]};
+    const double first = (apart + (sum_[pair.first] - sum_[pair.second]) / (active_ - 2)) / 2;
+    return {std::ldexp(first, exponent_), std::ldexp(apart - first, exponent_)};
+  }
+
+  // The length of the edge of a place when three are left.
+  double LastLength(std::size_t place) const {
+    const std::size_t next = (place + 1) % 3, other = (place + 2) % 3;
+    const double path = double{rows_[place][next]} + double{rows_[place][other]};
+    return std::ldexp((path - double{rows_[next][other]}) / 2, exponent_);
   }
 
   // Replaces the nodes of a pair by their new neighbour.
@@ -366,7 +383,8 @@ class Agglomeration {
   std::vector<std::uint32_t> partner_;
   std::vector<std::uint32_t> twin_;  // the next in its chain, the last one itself
 
-  int active_;  // m
+  int active_;        // m
+  int exponent_ = 0;  // of the scale
   double growth_ = 0;
   double largest_share_ = 0;
   Found<Number> (*search_)(const Number*, const Number*, Number, std::size_t);
@@ -379,7 +397,8 @@ class Agglomeration {
 
 template <typename Number>
 Topology JoinNeighboursInPlace(int n, Number* const* distances, double greedy,
-                               std::mt19937_64* generator, long* searched) {
+                               std::mt19937_64* generator, long* searched,
+                               std::vector<double>* lengths) {
   Agglomeration<Number> nodes(n, distances);
   Topology tree(n);
   const auto link = [&tree](int child, int node, std::size_t place) {
@@ -387,16 +406,24 @@ Topology JoinNeighboursInPlace(int n, Number* const* distances, double greedy,
     tree.Replace(child, -1, node);
   };
   const int last = 2 * n - 3;
+  if (lengths != nullptr) lengths->resize(Index(last));
   std::uniform_real_distribution<double> unit(0, 1);
   for (int id = n; id < last; ++id) {
     const bool best = generator == nullptr || unit(*generator) < greedy;
     const Pair pair = best ? nodes.BestPair() : nodes.RandomPair(*generator);
     link(nodes.Node(pair.first), id, 0);
     link(nodes.Node(pair.second), id, 1);
+    if (lengths != nullptr) {
+      std::tie((*lengths)[Index(nodes.Node(pair.first))],
+               (*lengths)[Index(nodes.Node(pair.second))]) = nodes.Lengths(pair);
+    }
     nodes.Join(pair, id);
   }
   // Three places are left, none of them vacant.
-  for (std::size_t place = 0; place < 3; ++place) link(nodes.Node(place), last, place);
+  for (std::size_t place = 0; place < 3; ++place) {
+    link(nodes.Node(place), last, place);
+    if (lengths != nullptr) (*lengths)[Index(nodes.Node(place))] = nodes.LastLength(place);
+  }
   for (const int near : tree.At(last)) {
     if (!tree.IsLeaf(near)) tree.root = {last, near};
   }
@@ -406,19 +433,23 @@ Topology JoinNeighboursInPlace(int n, Number* const* distances, double greedy,
 
 template <typename Number>
 Topology JoinNeighbours(int n, const Number* const* distances, double greedy,
-                        std::mt19937_64* generator, long* searched) {
+                        std::mt19937_64* generator, long* searched, std::vector<double>* lengths) {
   const LargeTable<Number> table = MakeLargeTable<Number>(Index(n) * Index(n));
   std::vector<Number*> rows;
   for (int i = 0; i < n; ++i) {
     rows.push_back(&table[Index(i) * Index(n)]);
     std::copy_n(distances[i], n, rows.back());
   }
-  return JoinNeighboursInPlace(n, rows.data(), greedy, generator, searched);
+  return JoinNeighboursInPlace(n, rows.data(), greedy, generator, searched, lengths);
 }
 
-template Topology JoinNeighbours(int, const double* const*, double, std::mt19937_64*, long*);
-template Topology JoinNeighbours(int, const float* const*, double, std::mt19937_64*, long*);
-template Topology JoinNeighboursInPlace(int, double* const*, double, std::mt19937_64*, long*);
-template Topology JoinNeighboursInPlace(int, float* const*, double, std::mt19937_64*, long*);
+template Topology JoinNeighbours(int, const double* const*, double, std::mt19937_64*, long*,
+                                 std::vector<double>*);
+template Topology JoinNeighbours(int, const float* const*, double, std::mt19937_64*, long*,
+                                 std::vector<double>*);
+template Topology JoinNeighboursInPlace(int, double* const*, double, std::mt19937_64*, long*,
+                                        std::vector<double>*);
+template Topology JoinNeighboursInPlace(int, float* const*, double, std::mt19937_64*, long*,
+                                        std::vector<double>*);
 
 }  // namespace zorvek::wide

@@ -3,6 +3,7 @@
 #define ZORVEK_WIDE_SEARCH_NEIGHBOUR_JOINING_H
 
 #include <random>
+#include <vector>
 
 #include "wide/data/topology.h"
 
@@ -19,16 +20,19 @@ namespace zorvek::wide {
 // Requires: n >= 4, a symmetric matrix of finite numbers (its diagonal is not read).
 // Cost: n for each row that is searched; a join searches about 10 on distances of sequences (3 where half
 // of them are the same), 50 on noise, and up to all of them where all pairs are equal. *searched, if
-// given, becomes their number in all.
+// given, becomes their number in all; *lengths, if given, becomes for each node but the last the length
+// of the edge by which it was joined, d(i,j)/2 + (r(i) - r(j)) / (2 (m - 2)), which may be negative.
 // Memory: n^2 Numbers besides the distances.
 template <typename Number>
 Topology JoinNeighbours(int n, const Number* const* distances, double greedy = 1,
-                        std::mt19937_64* generator = nullptr, long* searched = nullptr);
+                        std::mt19937_64* generator = nullptr, long* searched = nullptr,
+                        std::vector<double>* lengths = nullptr);
 
 // The same in the matrix itself, which it uses up.  Memory: of order n.
 template <typename Number>
 Topology JoinNeighboursInPlace(int n, Number* const* distances, double greedy = 1,
-                               std::mt19937_64* generator = nullptr, long* searched = nullptr);
+                               std::mt19937_64* generator = nullptr, long* searched = nullptr,
+                               std::vector<double>* lengths = nullptr);
 
 }  // namespace zorvek::wide
 

@@ -1,0 +1,163 @@
+"""The Python module beside the program, which ZORVEK_WIDE names."""
+
+import io
+import os
+import subprocess
+import tempfile
+import threading
+import unittest
+import warnings
+
+import numpy as np
+import zorvek
+from Bio import Phylo, SeqIO
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+PROGRAM = os.environ["ZORVEK_WIDE"]
+PRIMATES = os.path.join(ROOT, "examples", "primates.nex")
+
+
+def program(*options):
+    done = subprocess.run(
+        [PROGRAM, "--output", os.devnull, "--log", os.devnull, "--newick", "-", *options],
+        capture_output=True, text=True,
+    )
+    return done.stdout.strip() if done.returncode == 0 else done.stderr.strip()
+
+
+def random_distances(n, seed=1):
+    points = np.random.default_rng(seed).random((n, 10))
+    return np.sqrt(((points[:, None] - points[None]) ** 2).sum(axis=2))
+
+
+class Python(unittest.TestCase):
+    def test_trees_are_those_of_the_program(self):
+        self.assertEqual(
+            zorvek.bootstrap(PRIMATES, 20, model="k80", gamma=0.5, support="tbe", threads=2).newick,
+            program("-b", "20", "-m", "k80", "--gamma", "0.5", "--support", "tbe", PRIMATES),
+        )
+        with tempfile.TemporaryDirectory() as folder:
+            matrix = os.path.join(folder, "matrix")
+            program("--distances", matrix, PRIMATES)
+            distances = zorvek.distances(PRIMATES)
+            for criterion in ("balanced", "ols"):
+                tree = zorvek.search(distances, criterion=criterion, iterations=500, seed=7)
+                options = ("--criterion", criterion, "--iterations", "500", "--seed", "7")
+                self.assertEqual(tree.newick, program("--matrix", *options, matrix))
+                fitted = zorvek.evaluate(tree.newick, distances, criterion=criterion)
+                self.assertAlmostEqual(fitted.length, tree.length, delta=1e-12)
+
+    def test_distances_are_taken_in_every_form(self):
+        square = random_distances(7)
+        condensed = square[np.triu_indices(7, 1)]
+        names = list("abcdefg")
+        expected = zorvek.search(square, names)
+        forms = (condensed, square.tolist(), np.asfortranarray(square), zorvek.Distances(square, names))
+        for form in forms:
+            self.assertEqual(zorvek.search(form, names), expected)
+        self.assertEqual(zorvek.search(forms[-1]).names, names)
+        records = list(SeqIO.parse(PRIMATES, "nexus"))
+        by_name = {record.id: str(record.seq) for record in records}
+        for sequences in (records, by_name):
+            np.testing.assert_array_equal(
+                zorvek.distances(sequences).data, zorvek.distances(PRIMATES).data
+            )
+
+    def test_neighbour_joining_gives_back_the_lengths_of_a_tree(self):
+        # Distances along random edges of a random tree of 30 taxa.
+        generator = np.random.default_rng(3)
+        paths = np.zeros((1, 1))
+        for n in range(1, 30):
+            host = generator.integers(n)
+            row = paths[host]
+            paths = np.block([[paths, row[:, None]], [row[None], np.zeros((1, 1))]])
+            lengths = generator.random(n + 1)
+            paths += lengths[:, None] + lengths[None]
+            np.fill_diagonal(paths, 0)
+        for scale in (1, 1e-170):
+            edges = zorvek.neighbor_joining(paths * scale).edges
+            up = {child: (parent, length) for parent, child, length, _ in zip(*edges)}
+
+            def above(node):
+                steps, length = {node: 0.0}, 0.0
+                while node in up:
+                    node, step = up[node]
+                    length += step
+                    steps[node] = length
+                return steps
+
+            ways = [above(taxon) for taxon in range(30)]
+            found = [[min(a[k] + b[k] for k in a.keys() & b.keys()) for a in ways] for b in ways]
+            np.testing.assert_allclose(np.array(found) / scale, paths, atol=1e-9)
+        single = zorvek.neighbor_joining(paths.astype(np.float32))
+        self.assertAlmostEqual(single.length, zorvek.neighbor_joining(paths).length, delta=1e-3)
+
+    def test_bad_input_raises_the_words_of_the_program(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "bad.fasta")
+            with open(path, "w", encoding="utf-8") as file:
+                file.write(">a\nACGT\n>b\nACG\n>c\nAC!T\n>d\nACGT\n")
+            with self.assertRaises(ValueError) as raised:
+                zorvek.distances(path)
+            told = [line.removeprefix("zorvek-wide: ") for line in program(path).splitlines()]
+            self.assertEqual(str(raised.exception).splitlines(), told)
+        square = random_distances(5)
+        bad = {name: square.copy() for name in ("asymmetric", "negative", "missing")}
+        bad["asymmetric"][1, 0] = 9
+        bad["negative"][1, 2] = bad["negative"][2, 1] = -1
+        bad["missing"][3, 2] = bad["missing"][2, 3] = np.nan
+        cases = [
+            (lambda: zorvek.search(bad["asymmetric"]), "distance 9 of 1 to 0, but 0"),
+            (lambda: zorvek.search(bad["negative"]), "distance -1 of 2 to 1"),
+            (lambda: zorvek.neighbor_joining(bad["missing"]), "no distance for 1 pair"),
+            (lambda: zorvek.search(square[:, :3]), "square"),
+            (lambda: zorvek.search(square[0]), "5 distances; "),
+            (lambda: zorvek.search(square[:3, :3]), "3 taxa; a tree needs at least 4"),
+            (lambda: zorvek.search(square, ["a", "b", "A", "c", "d"]), "label a belongs to 2 taxa"),
+            (lambda: zorvek.search(square, ["a", "b"]), "2 names for 5 taxa"),
+            (lambda: zorvek.search(square, criterion="best"), "criterion wants balanced or ols"),
+            (lambda: zorvek.distances(PRIMATES, model="f84", gamma=1), "gamma does nothing"),
+            (lambda: zorvek.evaluate("(a,b,(c,x));", square[:4, :4], list("abcd")), "x"),
+        ]
+        for call, words in cases:
+            with self.assertRaisesRegex(ValueError, words.replace("(", r"\(")):
+                call()
+
+    def test_edges_supports_and_consensus_agree_with_what_others_read(self):
+        tree = zorvek.bootstrap(PRIMATES, 30)
+        read = Phylo.read(io.StringIO(tree.newick), "newick")
+        self.assertEqual(sorted(tip.name for tip in read.get_terminals()),
+                         sorted(name.replace(" ", "_") for name in tree.names))
+        self.assertAlmostEqual(
+            read.total_branch_length(), np.maximum(tree.edges.length, 0).sum(), delta=1e-9
+        )
+        shown = [clade.confidence for clade in read.get_nonterminals() if clade.confidence is not None]
+        kept = tree.edges.support[~np.isnan(tree.edges.support)]
+        np.testing.assert_allclose(sorted(shown), sorted(100 * kept), atol=0.051)
+        majority = zorvek.consensus(tree.replicates)
+        self.assertGreater(np.nanmin(majority.edges.support), 0.5)
+        underscored = [name.replace(" ", "_") for name in tree.names]
+        self.assertEqual(sorted(majority.names), sorted(underscored))
+
+    def test_ctrl_c_and_callbacks_end_a_search(self):
+        told = []
+        interrupt = threading.Timer(0.5, lambda: os.kill(os.getpid(), 2))
+        interrupt.start()
+        with warnings.catch_warnings(record=True) as caught:
+            warnings.simplefilter("always")
+            tree = zorvek.search(
+                random_distances(150), time=60, progress=lambda *state: told.append(state)
+            )
+        self.assertTrue(tree.interrupted)
+        self.assertIn("interrupted", str(caught[0].message))
+        self.assertEqual(min(length for _, _, length in told), tree.length)
+
+        def fail(*state):
+            raise KeyError("mine")
+
+        with self.assertRaises(KeyError):
+            zorvek.search(random_distances(150), time=60, progress=fail)
+
+
+if __name__ == "__main__":
+    unittest.main()
