@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   try {
     const LabelledMatrix matrix = ReadMatrix(Source("file", text));
-    if (Index(matrix.distances.Size()) != matrix.labels.size()) std::abort();
+    if (zorvek::Index(matrix.distances.Size()) != matrix.labels.size()) std::abort();
   } catch (const Error&) {
   }
   return 0;

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <string>
 
+#include "core/index.h"
 #include "tests/trees.h"
 #include "wide/data/topology.h"
 #include "zorvek/support.h"

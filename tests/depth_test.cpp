@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "core/index.h"
 #include "wide/data/topology.h"
 #include "wide/drawing/svg.h"
 #include "wide/formats/tree_file.h"

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "core/index.h"
+
 namespace zorvek::wide {
 
 OlsTree::OlsTree(const Topology& topology, const double* const* distances)

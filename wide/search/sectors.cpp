@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <numeric>
 
+#include "core/index.h"
+
 namespace zorvek::wide {
 
 namespace {
