@@ -50,13 +50,23 @@ std::vector<bool> Together(const Groups& groups, const Topology& topology) {
   return together;
 }
 
-Topology Gathered(const std::vector<int>& group, int anchor, Topology topology) {
+// Moves the taxa of the group to one of them, one after the other. Returns the moves that undo it, the
+// last of them to be made first.
+std::vector<SprMove> Gather(const std::vector<int>& group, int anchor, Neighbourhood& tree) {
+  std::vector<SprMove> undoing;
   for (const int taxon : group) {
-    const int holder = topology.leaf_adjacent[Index(taxon)];
-    const int beside = topology.leaf_adjacent[Index(anchor)];
-    if (holder != beside) topology.Apply({holder, taxon, anchor, beside});
+    const Topology& now = tree.Current();
+    const int holder = now.leaf_adjacent[Index(taxon)];
+    const int beside = now.leaf_adjacent[Index(anchor)];
+    if (holder == beside) continue;
+    SprMove undo{holder, taxon};
+    for (const int near : now.At(holder)) {
+      if (near != taxon) (undo.from < 0 ? undo.from : undo.to) = near;
+    }
+    undoing.push_back(undo);
+    tree.Apply({holder, taxon, anchor, beside});
   }
-  return topology;
+  return undoing;
 }
 
 }  // namespace
@@ -86,17 +96,18 @@ void KeepTogether(const Groups& groups, Neighbourhood& tree) {
   for (std::size_t k = 0; k < groups.size(); ++k) {
     if (together[k]) continue;
     const std::vector<int>& group = groups[k];
-    const Topology apart = tree.Current();
-    Topology best;
+    int best = group.front();
     double shortest = std::numeric_limits<double>::infinity();
     for (const int anchor : group) {
-      tree.Set(Gathered(group, anchor, apart));
-      if (tree.Length() >= shortest) continue;
-      shortest = tree.Length();
-      best = tree.Current();
+      const std::vector<SprMove> undoing = Gather(group, anchor, tree);
+      if (tree.Length() < shortest) {
+        shortest = tree.Length();
+        best = anchor;
+      }
+      for (auto undo = undoing.rbegin(); undo != undoing.rend(); ++undo) tree.Apply(*undo);
     }
-    tree.Set(best);
-    together = Together(groups, best);
+    Gather(group, best, tree);
+    together = Together(groups, tree.Current());
   }
 }
 
