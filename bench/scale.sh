@@ -74,7 +74,7 @@ awk -F ';' '
       for (i = 1; i <= lines; ++i) {
         now = seconds[programs[p], sizes[i]]
         if (now == "") { printf " - |"; continue }
-        printf " %.2f s, %.2f GB", now, memory[programs[p], sizes[i]] / 1e6
+        printf " %.2f s, %.0f MB", now, memory[programs[p], sizes[i]] / 1e3
         before = i > 1 ? seconds[programs[p], sizes[i - 1]] : 0
         if (before > 0 && now > 0) printf ", n^%.1f", log(now / before) / log(sizes[i] / sizes[i - 1])
         printf " |"
