@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
+#include <set>
+#include <utility>
 
 #include "core/index.h"
 #include "wide/data/topology.h"
@@ -11,34 +13,60 @@ namespace zorvek::wide {
 
 namespace {
 
-// The nodes whose edge has taxa of the group on both sides.
-std::vector<int> EdgesWithin(const std::vector<int>& group, const Tree& tree) {
-  std::vector<int> members(tree.nodes.size());
-  for (const int taxon : group) members[Index(taxon)] = 1;
-  const int all = static_cast<int>(group.size());
+// Edges from each node to the root.
+std::vector<int> Depths(const Tree& tree) {
+  std::vector<int> depths(tree.nodes.size());
+  for (const int node : tree.preorder) {
+    for (const int child : tree.At(node).children) depths[Index(child)] = depths[Index(node)] + 1;
+  }
+  return depths;
+}
+
+// The nodes whose edge has taxa of the group on both sides, or the first of them, one more than `most`.
+// They are met by climbing from the taxa, the deepest first, to where all come together.
+std::vector<int> EdgesWithin(const std::vector<int>& group, const Tree& tree,
+                             const std::vector<int>& depths, std::size_t most) {
+  std::set<std::pair<int, int>> climbing;
+  for (const int taxon : group) climbing.emplace(-depths[Index(taxon)], taxon);
   std::vector<int> edges;
-  for (auto node = tree.preorder.rbegin(); node != tree.preorder.rend(); ++node) {
-    int& count = members[Index(*node)];
-    for (const int child : tree.At(*node).children) {
-      count += members[Index(child)];
-    }
-    if (count > 0 && count < all) edges.push_back(*node);
+  while (climbing.size() > 1 && edges.size() <= most) {
+    const auto [minus_depth, node] = *climbing.begin();
+    climbing.erase(climbing.begin());
+    edges.push_back(node);
+    climbing.emplace(minus_depth + 1, tree.At(node).parent);
   }
   return edges;
 }
 
-// k taxa that have a part of the tree for themselves have 2k - 2 edges in it.
-bool Together(const std::vector<int>& group, const Tree& tree) {
-  return EdgesWithin(group, tree).size() <= 2 * group.size() - 2;
+// Whether each group has a part of the tree for itself: 2k - 2 edges for k taxa.
+std::vector<bool> Together(const Groups& groups, const Topology& topology) {
+  const Tree tree = MakeTree(topology, [](int, int) { return 0; });
+  const std::vector<int> depths = Depths(tree);
+  std::vector<bool> together;
+  for (const std::vector<int>& group : groups) {
+    const std::size_t own = 2 * group.size() - 2;
+    together.push_back(EdgesWithin(group, tree, depths, own).size() <= own);
+  }
+  return together;
 }
 
-Topology Gathered(const std::vector<int>& group, int anchor, Topology topology) {
+// Moves the taxa of the group to one of them, one after the other. Returns the moves that undo it, the
+// last of them to be made first.
+std::vector<SprMove> Gather(const std::vector<int>& group, int anchor, Neighbourhood& tree) {
+  std::vector<SprMove> undoing;
   for (const int taxon : group) {
-    const int holder = topology.leaf_adjacent[Index(taxon)];
-    const int beside = topology.leaf_adjacent[Index(anchor)];
-    if (holder != beside) topology.Apply({holder, taxon, anchor, beside});
+    const Topology& now = tree.Current();
+    const int holder = now.leaf_adjacent[Index(taxon)];
+    const int beside = now.leaf_adjacent[Index(anchor)];
+    if (holder == beside) continue;
+    SprMove undo{holder, taxon};
+    for (const int near : now.At(holder)) {
+      if (near != taxon) (undo.from < 0 ? undo.from : undo.to) = near;
+    }
+    undoing.push_back(undo);
+    tree.Apply({holder, taxon, anchor, beside});
   }
-  return topology;
+  return undoing;
 }
 
 }  // namespace
@@ -63,24 +91,32 @@ Groups IdenticalTaxa(int n, const double* const* distances) {
 }
 
 void KeepTogether(const Groups& groups, Neighbourhood& tree) {
-  for (const std::vector<int>& group : groups) {
-    const Topology apart = tree.Current();
-    if (Together(group, MakeTree(apart, [](int, int) { return 0; }))) continue;
-    Topology best;
+  if (groups.empty()) return;
+  std::vector<bool> together = Together(groups, tree.Current());
+  for (std::size_t k = 0; k < groups.size(); ++k) {
+    if (together[k]) continue;
+    const std::vector<int>& group = groups[k];
+    int best = group.front();
     double shortest = std::numeric_limits<double>::infinity();
     for (const int anchor : group) {
-      tree.Set(Gathered(group, anchor, apart));
-      if (tree.Length() >= shortest) continue;
-      shortest = tree.Length();
-      best = tree.Current();
+      const std::vector<SprMove> undoing = Gather(group, anchor, tree);
+      if (tree.Length() < shortest) {
+        shortest = tree.Length();
+        best = anchor;
+      }
+      for (auto undo = undoing.rbegin(); undo != undoing.rend(); ++undo) tree.Apply(*undo);
     }
-    tree.Set(best);
+    Gather(group, best, tree);
+    together = Together(groups, tree.Current());
   }
 }
 
 void ClearWithin(const Groups& groups, Tree& tree) {
+  const std::vector<int> depths = Depths(tree);
   for (const std::vector<int>& group : groups) {
-    for (const int node : EdgesWithin(group, tree)) tree.nodes[Index(node)].length = 0;
+    for (const int node : EdgesWithin(group, tree, depths, tree.nodes.size())) {
+      tree.nodes[Index(node)].length = 0;
+    }
   }
 }
 
