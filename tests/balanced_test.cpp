@@ -4,13 +4,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <numeric>
 #include <random>
 #include <vector>
 
 #include "core/index.h"
 #include "tests/data.h"
+#include "tests/trees.h"
 #include "wide/criterion/balanced_neighbourhood.h"
 #include "wide/search/neighbour_joining.h"
 #include "wide/search/sectors.h"
@@ -76,9 +76,10 @@ Topology RandomTopology(const DistanceMatrix& distances, std::mt19937_64& genera
 
 // Distances of which some are 0 and some negative.
 DistanceMatrix Noise(int n, std::uint32_t seed) {
-  return test::Matrix(n, [random = test::RandomDistances(seed)](int i, int j) mutable {
-    return std::max(random(i, j), 0.1) - 0.1 - (i == 1 ? 0.2 : 0);
-  });
+  return zorvek::test::Matrix(n,
+                              [random = zorvek::test::RandomDistances(seed)](int i, int j) mutable {
+                                return std::max(random(i, j), 0.1) - 0.1 - (i == 1 ? 0.2 : 0);
+                              });
 }
 
 SearchResult Find(const DistanceMatrix& distances, long iterations = 0) {
@@ -171,81 +172,49 @@ TEST(Balanced, SectorsStandForTheWhole) {
   EXPECT_NEAR(tree.Length(), DirectLength(all, distances), 1e-12);
 }
 
-// The least length of all trees, by adding the taxa one after the other in all places.
-double Optimum(const DistanceMatrix& distances) {
-  const int n = distances.Size();
-  double least = std::numeric_limits<double>::infinity();
-  std::vector<Topology> open;
-  Topology three(n);
-  three.adjacent[0] = {0, 1, 2};
-  three.leaf_adjacent[0] = three.leaf_adjacent[1] = three.leaf_adjacent[2] = n;
-  open.push_back(three);
-  while (!open.empty()) {
-    const Topology tree = open.back();
-    open.pop_back();
-    const int next =
-        static_cast<int>(std::find(tree.leaf_adjacent.begin(), tree.leaf_adjacent.end(), -1) -
-                         tree.leaf_adjacent.begin());
-    if (next == n) {
-      least = std::min(least, DirectLength(tree, distances));
-      continue;
-    }
-    const int node = n + next - 2;
-    for (int u = n; u < node; ++u) {
-      for (const int v : tree.At(u)) {
-        if (v > u) continue;  // each edge once
-        Topology more = tree;
-        more.Replace(u, v, node);
-        more.Replace(v, u, node);
-        more.leaf_adjacent[Index(next)] = node;
-        more.adjacent[Index(node - n)] = {u, v, next};
-        open.push_back(more);
-      }
-    }
-  }
-  return least;
-}
-
 TEST(Balanced, FindsTheOptimumOfSmallData) {
   for (std::uint32_t seed = 1; seed <= 1000; ++seed) {
     const int n = seed % 40 == 0 ? 8 : 4 + static_cast<int>(seed % 4);
     const DistanceMatrix distances =
-        seed % 3 == 0 ? test::Matrix(n, test::TreeLikeDistances(n, 0.5, seed)) : Noise(n, seed);
-    EXPECT_NEAR(Find(distances, 20).length, Optimum(distances), 1e-13) << n << " " << seed;
+        seed % 3 == 0 ? zorvek::test::Matrix(n, zorvek::test::TreeLikeDistances(n, 0.5, seed))
+                      : Noise(n, seed);
+    const auto direct = [&](const Topology& tree) { return DirectLength(tree, distances); };
+    EXPECT_NEAR(Find(distances, 20).length, test::LeastOfAll(n, direct), 1e-13) << n << " " << seed;
   }
 }
 
 TEST(Balanced, OrderAndUnitOfTheDistancesDoNotMatter) {
   const int n = 60;
-  const DistanceMatrix distances = test::Matrix(n, test::TreeLikeDistances(n, 0.3, 1));
+  const DistanceMatrix distances =
+      zorvek::test::Matrix(n, zorvek::test::TreeLikeDistances(n, 0.3, 1));
   const double length = Find(distances).length;
   for (const double factor : {1e-200, 0.37, 1e200}) {
     const DistanceMatrix scaled =
-        test::Matrix(n, [&](int i, int j) { return distances(i, j) * factor; });
+        zorvek::test::Matrix(n, [&](int i, int j) { return distances(i, j) * factor; });
     EXPECT_NEAR(Find(scaled).length / factor, length, 1e-12);
   }
   std::vector<int> order(n);
   std::iota(order.begin(), order.end(), 0);
   std::mt19937 generator(1);
   std::shuffle(order.begin(), order.end(), generator);
-  const DistanceMatrix permuted =
-      test::Matrix(n, [&](int i, int j) { return distances(order[Index(i)], order[Index(j)]); });
+  const DistanceMatrix permuted = zorvek::test::Matrix(
+      n, [&](int i, int j) { return distances(order[Index(i)], order[Index(j)]); });
   EXPECT_NEAR(Find(permuted, 300).length, Find(distances, 300).length, 1e-12);
 }
 
 TEST(Balanced, TiesEndAndWhatIsNoNumberIsRefused) {
   for (const double all : {0.0, 0.1, -1.0}) {
-    const DistanceMatrix equal = test::Matrix(30, [&](int, int) { return all; });
+    const DistanceMatrix equal = zorvek::test::Matrix(30, [&](int, int) { return all; });
     EXPECT_NEAR(Find(equal, 5).length, 15 * all, 1e-14);
   }
   std::mt19937 generator(1);
   const DistanceMatrix tied =
-      test::Matrix(50, [&](int, int) { return static_cast<double>(generator() % 3); });
+      zorvek::test::Matrix(50, [&](int, int) { return static_cast<double>(generator() % 3); });
   const SearchResult found = Find(tied, 20);
   EXPECT_NEAR(found.length, TotalLength(found.tree), 1e-12);
   for (const double bad : {std::nan(""), HUGE_VAL}) {
     const DistanceMatrix distances =
-        test::Matrix(5, [&](int i, int j) { return i + j == 5 ? bad : 1.0; });
+        zorvek::test::Matrix(5, [&](int i, int j) { return i + j == 5 ? bad : 1.0; });
     EXPECT_THROW(Find(distances), Error);
   }
 }

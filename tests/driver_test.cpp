@@ -3,16 +3,21 @@
 #include <ncl/ncl.h>
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <random>
 #include <set>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "driver/run.h"
 #include "driver/run_state.h"
+#include "input/distances.h"
 #include "output/tree_writer.h"
+#include "search/iterated_local_search.h"
 #include "tests/data.h"
 #include "tests/files.h"
 
@@ -56,6 +61,55 @@ TEST(RunTest, SearchStopsThirtySecondsAfterTheLastImprovement) {
   }
   time_val = -31;
   EXPECT_FALSE(StopCondition());
+}
+
+void Wait(double seconds) {
+  std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
+}
+
+void Work(double seconds) {
+  const double until = t->elapsedTime(Timer::CPU) + seconds;
+  while (t->elapsedTime(Timer::CPU) < until) {
+  }
+}
+
+TEST(RunTest, AnImprovementGivesTheSearchItsTimeAgainByTheProcessorsClock) {
+  const test::Workspace workspace(5, test::RandomDistances(1));
+  Wait(1);
+  Work(1);
+  EXPECT_GE(t->elapsedTime(Timer::WALL), 2);
+  EXPECT_NEAR(SecondsLeft(), 29, 0.7);
+  ILS(0);
+  EXPECT_EQ(time_val, 1);
+  EXPECT_NEAR(SecondsLeft(), 30, 0.7);
+}
+
+class WholeRunTest : public test::FolderTest {
+ protected:
+  WholeRunTest() { CreateSources(); }
+  ~WholeRunTest() override {
+    ReleaseLeavesMatrix();
+    delete std::exchange(r, nullptr);
+    delete std::exchange(t, nullptr);
+    outML.close();
+    time_val = 0;
+    opt_val = t1_val = 1e8;
+    for (const int number : {SIGINT, SIGTERM, SIGPIPE}) std::signal(number, SIG_DFL);
+  }
+};
+
+TEST_F(WholeRunTest, ItsClockBeginsWithTheSearch) {
+  WriteExample();
+  Work(0.7);  // as if the file were large
+  std::thread interrupter([this] {
+    while (!test::Contains(Read("primates.nex.Tavlen.log"), "\n")) Wait(0.01);
+    std::raise(SIGINT);
+  });
+  testing::internal::CaptureStdout();
+  zorvek::Run(Path("primates.nex").c_str());
+  interrupter.join();
+  EXPECT_TRUE(test::Contains(testing::internal::GetCapturedStdout(), "done!"));
+  EXPECT_LT(std::stod(test::FindAll(Read("primates.nex.Tavlen.log"), "at:(.*)\n").at(0)), 0.7);
 }
 
 using TreeWriterTest = test::FolderTest;

@@ -51,7 +51,7 @@ TEST(Formats, GiveTheSameSequences) {
       "'Homo sap' ACGTACGTACNA\nb RYMKSWHBVDNX\n'seq3.1' ??{G}TACGTAC-A\n'd_4' TTTTACGTACTT; end;",
       "4 12\nHomo sap  ACGTAC GTACNA\nb         rymkswHBVDNX\nseq3.1    ??GT ACGTAC-A\n"
       "d_4       TUTTACGTACTT\n",
-      "4 12\nHomo sap  ACGTAC\nb         RYMKSW\nseq3.1    ??GTAC\nd_4       TUTTAC\n\n"
+      "4 12\nHomo sap  ACGTAC\nb         RYMKSW\nseq3.1    ??GTAC\nd_4       TuTTAC\n\n"
       "GTACNA\nHBVDNX\nGTAC-A\nGTACTT\n",
       "4 12 I\rHomo sap  \rACGTACGTAC\rNA\rb\rRYMKSWHBVDNX\rseq3.1    ??GTACGTAC-A\r"
       "d_4       TUTTACGTACTT"};
@@ -130,7 +130,7 @@ TEST(Formats, SayWhatIsWrongWithAnAlignment) {
        "f:3:1: label a stands in line 1 already; give each taxon its own, with _ for blanks: a "
        "label "
        "ends at the first blank"},
-      {">\nA\n>b\nA\xC3\n", "f:1:1: no label; write one"},
+      {">a\r\nA\r\n>\r\nA\r\n", "f:3:1: no label; write one"},
       {"CLUSTAL\n\na A\nb C\n\na A\nc C\n",
        "f:7:1: label c where the first block has b; fix the order of the lines"},
       {">a\n>b\n", "f: no sites; give aligned sequences"}};

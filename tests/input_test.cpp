@@ -1,5 +1,6 @@
 // The way from a NEXUS file to distances and candidate lists.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <cmath>
@@ -29,12 +30,22 @@ const std::string kDna = "DATATYPE=DNA GAP=- MISSING=?";
 const std::string kMatrix = "a ACGTACGTTA\nb ACGTACGTTC\nc ACGAACGTTG\nd ACCTACGATA\n";
 const std::string kFour = NexusFile(4, 10, kDna, kMatrix);
 
+std::string Times(const std::string& text, int count) {
+  std::string all;
+  for (; count > 0; --count) all += text;
+  return all;
+}
+
 // What a run of the input stage leaves, with the globals released.
 struct Input {
   explicit Input(const char* path) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
+    rlimit before, after;
+    getrlimit(RLIMIT_DATA, &before);
     BuildLeavesMatrix(path);
+    getrlimit(RLIMIT_DATA, &after);
+    EXPECT_EQ(after.rlim_cur, before.rlim_cur);
     error = testing::internal::GetCapturedStderr();
     output = testing::internal::GetCapturedStdout();
     count = n;
@@ -92,6 +103,9 @@ TEST(Reading, OneMatrixInManyForms) {
       NexusFile(4, 10, kDna, "a acgta[it's]cg\ntta\n'b' ACGTACGTTC c ACG[]AACGTTG d ACCTACGATA"),
       // An error after the matrix, and comments that NCL would abort at.
       kFour + "BEGIN TREES; TREE t=(a[],b,(c,d)); TREE u+=(a,b,(c,d)); END;\n",
+      kFour + "BEGIN TREES; TREE t=(a[x[y]'z],b[],(c,d)); END;\n",
+      // Comments across whatever is read at once.
+      NexusFile(4, 10, kDna, "a ACG" + Times("[]", 70000) + "TACGTTA" + kMatrix.substr(12)),
       NexusFile(4, 3, kDna, "x ACG\ny ACC\nz AAA\nw TTT\n") + kFour.substr(7),
   };
   for (const std::string& form : forms) {

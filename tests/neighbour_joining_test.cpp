@@ -132,28 +132,6 @@ TEST(NeighbourJoining, SearchesFewRows) {
   }
 }
 
-TEST(NeighbourJoining, GivesBackTheTreeOfItsPaths) {
-  constexpr int kTaxa = 60;
-  std::mt19937_64 generator(7);
-  const Rows<double> noise(kTaxa, test::RandomDistances(7));
-  const Topology topology = JoinNeighbours<double>(kTaxa, noise.rows.data(), 0, &generator);
-  std::uniform_real_distribution<double> length(0.01, 1);
-  const Tree tree = MakeTree(topology, [&](int, int) { return length(generator); });
-  const auto to_root = [&tree](int node) {
-    std::vector<double> path(tree.nodes.size());
-    for (; node != tree.root; node = tree.At(node).parent) path[Index(node)] = tree.At(node).length;
-    return path;
-  };
-  const Rows<double> paths(kTaxa, [&](int i, int j) {
-    const std::vector<double> a = to_root(i), b = to_root(j);
-    double sum = 0;
-    for (std::size_t edge = 0; edge < a.size(); ++edge)
-      sum += a[edge] == b[edge] ? 0 : a[edge] + b[edge];
-    return sum;
-  });
-  EXPECT_TRUE(Same(JoinNeighbours<double>(kTaxa, paths.rows.data()), topology));
-}
-
 TEST(NeighbourJoining, MixesBestAndRandomPairs) {
   constexpr int kTaxa = 50;
   const Rows<double> matrix(kTaxa, test::TreeLikeDistances(kTaxa, 0.2, 3));

@@ -162,6 +162,8 @@ TEST_F(ProgramTest, IdenticalSequencesStopTheRunWithAWarning) {
 
   Write("two", NexusFile(2, 10, kDna, twins.substr(0, 47)));  // the pair comes before the count
   EXPECT_EQ(Run("two").out, ended.out);
+  Write("ends", NexusFile(4, 10, kDna, kMatrix.substr(0, 39) + "d ACGTACGTTA\n"));
+  EXPECT_TRUE(Contains(Run("ends").out, "Warning taxa a and d have"));
 }
 
 TEST_F(ProgramTest, FilesThatCannotBeWrittenAreDoneWithoutSilently) {
@@ -172,6 +174,15 @@ TEST_F(ProgramTest, FilesThatCannotBeWrittenAreDoneWithoutSilently) {
   const Ended ended = Interrupted("primates.nex", "kill -INT $!");
   EXPECT_TRUE(Contains(ended.out, "\ndone!\n"));
   EXPECT_EQ(ended.err, "");
+}
+
+TEST_F(ProgramTest, AReaderOfItsOutputMayLeave) {
+  WriteExample();
+  const Ended ended = Shell(
+      "mkfifo f; true <f & " ZORVEK_PROGRAM
+      " primates.nex >f & while kill -0 $! && [ ! -s primates.nex.Tavlen.log ]; do sleep .01; "
+      "done; kill -INT $!; wait $! && cat primates.nex.phylogeny");
+  EXPECT_TRUE(Contains(ended.out, "End;\n")) << ended.err;
 }
 
 TEST_F(ProgramTest, ATerminalShowsAProgressLineUntilTheEnd) {

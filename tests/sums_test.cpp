@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "core/ordered_sum.h"
-#include "core/tournament.h"
 #include "driver/run.h"
 #include "driver/run_state.h"
 #include "search/random_perturbation.h"
@@ -213,18 +212,6 @@ TEST(OrderedSum, IsThatOfThePlainLoopBitByBit) {
       for (const double value : plain) expected += value;
       ASSERT_EQ(sum.Total(), expected);
     }
-  }
-}
-
-TEST(Tournament, NamesTheEarliestOfTheLargest) {
-  std::mt19937 generator(6);
-  Tournament tournament(7);
-  std::vector<double> plain(7, Tournament::kAbsent);
-  for (int change = 0; change < 2000; ++change) {
-    const std::size_t place = generator() % plain.size();
-    plain[place] = generator() % 4 == 0 ? Tournament::kAbsent : double(generator() % 5);
-    tournament.Set(static_cast<int>(place), plain[place]);
-    ASSERT_EQ(tournament.Winner(), std::max_element(plain.begin(), plain.end()) - plain.begin());
   }
 }
 

@@ -1,5 +1,8 @@
 #include "tests/trees.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "core/index.h"
 #include "tests/data.h"
 #include "wide/criterion/ols_neighbourhood.h"
@@ -20,6 +23,36 @@ Tree Result(const Neighbourhood& found) {
 Tree RandomTree(int n, std::mt19937& generator) {
   const DistanceMatrix matrix = RandomMatrix(n, generator);
   return Result(OlsNeighbourhood(JoinNeighbours(n, matrix.Rows()), matrix.Rows()));
+}
+
+double LeastOfAll(int n, const std::function<double(const Topology&)>& length) {
+  double least = std::numeric_limits<double>::infinity();
+  Topology three(n);
+  three.adjacent[0] = {0, 1, 2};
+  three.leaf_adjacent[0] = three.leaf_adjacent[1] = three.leaf_adjacent[2] = n;
+  std::vector<std::pair<Topology, int>> open{{three, 3}};  // trees, and the next taxon
+  while (!open.empty()) {
+    const auto [tree, next] = open.back();
+    open.pop_back();
+    const int node = n + next - 2;
+    for (int u = n; u < node; ++u) {
+      for (const int v : tree.At(u)) {
+        if (v > u) continue;  // each edge once
+        Topology more = tree;
+        more.Replace(u, v, node);
+        more.Replace(v, u, node);
+        more.leaf_adjacent[Index(next)] = node;
+        more.adjacent[Index(node - n)] = {u, v, next};
+        if (next + 1 < n) {
+          open.emplace_back(more, next + 1);
+          continue;
+        }
+        more.root = {node, u};
+        least = std::min(least, length(more));
+      }
+    }
+  }
+  return least;
 }
 
 std::set<int> WithoutFirst(const std::set<int>& side, int n) {

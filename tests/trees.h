@@ -2,6 +2,7 @@
 #ifndef ZORVEK_TESTS_TREES_H
 #define ZORVEK_TESTS_TREES_H
 
+#include <functional>
 #include <map>
 #include <random>
 #include <set>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "wide/criterion/neighbourhood.h"
+#include "wide/data/topology.h"
 #include "zorvek/distances.h"
 #include "zorvek/tree.h"
 
@@ -20,6 +22,9 @@ DistanceMatrix RandomMatrix(int n, std::mt19937& generator);
 Tree Result(const Neighbourhood& found);
 
 Tree RandomTree(int n, std::mt19937& generator);
+
+// The least length of all trees, made by adding the taxa one after the other in all places.
+double LeastOfAll(int n, const std::function<double(const Topology&)>& length);
 
 // The side of a split without taxon 0.
 std::set<int> WithoutFirst(const std::set<int>& side, int n);
