@@ -230,5 +230,24 @@ TEST(Eigen, ValuesAloneAreThoseOfTheWholeSystem) {
   }
 }
 
+// It must come to an end, in the balancing, the iteration (30 steps for each eigenvalue) and the
+// back-substitution, which a norm that is no number does not prevent.
+TEST(Eigen, NotANumberOffTheDiagonal) {
+  const double nan = std::nan("");
+  for (const std::size_t order : {2u, 3u}) {
+    Values a{{1, nan, 2}, {2, 3, nan}, {nan, 1, 4}};
+    Values z = a;
+    std::vector<double> wr(3, 7), wi(3, 7), fv(3);
+    std::vector<int> iv(3);
+    EXPECT_EQ(EigenRG(static_cast<int>(order), Rows(a).data(), wr.data(), wi.data(), Rows(z).data(),
+                      iv.data(), fv.data()),
+              0);
+    EXPECT_EQ(fv[0], 1) << "scaled for no gain";
+    EXPECT_EQ(std::isnan(wr[0]), order == 2);
+    EXPECT_EQ(wr[2], 7) << "not reached";
+    EXPECT_EQ(a[1][1] == 1, order == 2) << "back-substitution";
+  }
+}
+
 }  // namespace
 }  // namespace zorvek

@@ -223,6 +223,17 @@ TEST(Moves, StepWithinTheInnerLimitRepeatsItsSearches) {
   });
 }
 
+TEST(TreeTable, ResetOfNothingTouchesNothing) {
+  double cells[] = {1, 2};
+  double* rows[] = {cells, nullptr};
+  Reset(nullptr, 3, 0);
+  Reset(nullptr, 0, 3);
+  Reset(rows + 1, 2, -1);
+  Reset(rows, 1, 1);
+  EXPECT_EQ(cells[0], 0);
+  EXPECT_EQ(cells[1], 2);
+}
+
 using Joins = std::vector<std::pair<int, int>>;  // children of the node rows of T2
 
 Joins JoinsOfT2() {
