@@ -38,8 +38,10 @@ const std::vector<BadFile> kBadFiles{
      "DIMENSIONS announces 4 taxa x 100000000 characters, more than the file can hold"},
     {With("NTAX=4 NCHAR=10", "NTAX=16000000 NCHAR=1"), 0, 0,
      "NTAX is 16000000, more than the file can hold"},
+#ifndef __SANITIZE_ADDRESS__  // whose allocator ends the process where another one throws
     {"#NEXUS\nBEGIN TAXA; DIMENSIONS NTAX=2000000000; END;\n", 0, 0,
      "NTAX is 2000000000, more than the file can hold"},
+#endif
     {With("DIM", "ELIMINATE 1-20; DIM"), 0, 0,
      "internal assertion failed: eliminated.size() <= nChar"},
     {With("DIM", "ELIMINATE ALL; DIM"), 0, 0,
