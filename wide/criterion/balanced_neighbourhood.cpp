@@ -55,7 +55,9 @@ BalancedNeighbourhood::BalancedNeighbourhood(const Topology& topology,
       near_(row_.size()),
       across_(row_.size()),
       first_(row_.size()),
-      averages_(new double[row_.size() * row_.size()]),
+      averages_(MakeLargeTable<double>(row_.size() * row_.size())),
+      place_(row_.size()),
+      reached_(row_.size()),
       behind_(row_.size()) {
   const double largest = Largest(topology.taxa, distances);
   unit_ = UnitOf(largest);
@@ -70,6 +72,7 @@ void BalancedNeighbourhood::Set(const Topology& topology) {
   FillAncestors();
   Mirror();
   TakeAcross();
+  ordered_ = false;
   SumLength();
 }
 
@@ -178,6 +181,36 @@ void BalancedNeighbourhood::TakeAcross() {
   }
 }
 
+// The order of the scans: taxon 0, then each node before those below it, of two the one of the later row
+// first, so that rows are met in the order of memory as long as no move was made.
+void BalancedNeighbourhood::OrderVisits() {
+  visits_.clear();
+  open_.assign(1, {0, -1, 0, 0});
+  while (!open_.empty()) {
+    const Hanging here = open_.back();
+    open_.pop_back();
+    const int place = static_cast<int>(visits_.size());
+    const int parent = here.parent < 0 ? 0 : place_[Index(here.parent)];
+    place_[Index(here.node)] = place;
+    const std::array<int, 3>& near = near_[Index(here.node)];
+    const std::size_t back = near[0] == here.parent ? 0 : near[1] == here.parent ? 1 : 2;
+    visits_.push_back(
+        {here.node, parent, here.sibling, place + 1, across_[Index(here.node)][back]});
+    if (here.parent < 0) {
+      open_.push_back({near[0], here.node, 0, 0});
+    } else if (!IsLeaf(here.node)) {
+      const auto [early, late] = std::minmax(near[back == 0 ? 1 : 0], near[back == 2 ? 1 : 2]);
+      open_.push_back({early, here.node, late, 0});
+      open_.push_back({late, here.node, early, 0});
+    }
+  }
+  for (std::size_t k = visits_.size(); k-- > 1;) {
+    int& end = visits_[Index(visits_[k].parent)].end;
+    end = std::max(end, visits_[k].end);
+  }
+  ordered_ = true;
+}
+
 void BalancedNeighbourhood::SumLength() {
   double sum = 0;
   for (int leaf = 0; leaf < topology_.taxa; ++leaf) sum += across_[Index(RowOf(leaf))][0];
@@ -219,54 +252,86 @@ bool BalancedNeighbourhood::BestNni(int u, int v, SprMove& best) {
   return true;
 }
 
+// Both sides of the holder are scanned: below it, or below and above.
 bool BalancedNeighbourhood::BestSpr(int holder, int subtree, SprMove& best) {
+  if (!ordered_) OrderVisits();
   const int x = RowOf(subtree), p = RowOf(holder);
   const auto [a, b] = Others(p, x);
   const double here = At(x, a) + At(x, b) - At(a, b);
-  Target target{-1, -1};
-  double least = here - 2 * margin_;
-  least = Walk(x, a, b, p, least, target);
-  least = Walk(x, b, a, p, least, target);
-  if (target.first < 0) return false;
-  best = {holder, subtree, node_[Index(target.first)], node_[Index(target.second)],
-          (here - least) * 0.5 * unit_};
+  const int above = visits_[Index(visits_[Index(place_[Index(p)])].parent)].row;
+  SprScan scan{Row(x), nullptr, here - 2 * margin_, {-1, -1}};
+  for (const auto& [start, other] : {std::pair(a, b), std::pair(b, a)}) {
+    scan.b = Row(other);
+    if (start == above) {
+      ScanAbove(p, other, scan);
+    } else {
+      reached_[Index(place_[Index(start)])] = {scan.x[other], 0.25};
+      ScanBelow(place_[Index(start)], scan);
+    }
+  }
+  if (scan.target.first < 0) return false;
+  best = {holder, subtree, node_[Index(scan.target.first)], node_[Index(scan.target.second)],
+          (here - scan.least) * 0.5 * unit_};
   return true;
 }
 
-// Finds the edge on the side of `start` where putting X = `subtree` in costs least, if that is below
-// `least` (twice the cost each), and returns that.
+// Where a scan has come to a node, finds what it costs to put X into the edge to the next one, twice,
+// and gives what is reached there.
 // Formula: 2 f(cur,next) = D(X, all behind) + D(X,next) - D(cur,next) - w (D(B,next) - D(X,next)), where
 // D(X, all behind) without X is halved with D(X,side) at each node, and D(cur,next), in which X has the
 // weight w, is corrected for what B, the subtree beside X, has instead.
-double BalancedNeighbourhood::Walk(int subtree, int start, int other, int holder, double least,
-                                   Target& target) {
-  if (IsLeaf(start)) return least;
-  const double* x = Row(subtree);
-  const double* b = Row(other);
-  stack_.clear();
-  stack_.push_back({start, holder, x[other], 0.25});
-  while (!stack_.empty()) {
-    const Step step = stack_.back();
-    stack_.pop_back();
-    const std::array<int, 3>& near = near_[Index(step.node)];
-    const std::array<double, 3>& across = across_[Index(step.node)];
-    const std::size_t f = near[0] == step.behind ? 1 : 0;
-    const std::size_t g = near[2] == step.behind ? 1 : 2;
-    const double xf = x[near[f]], xg = x[near[g]];
-    const auto look = [&](std::size_t next, double x_next, double x_side) {
-      const int node = near[next];
-      const double near_x = (step.near + x_side) * 0.5;
-      const double cost = near_x + x_next - across[next] - step.weight * (b[node] - x_next);
-      if (cost < least) {
-        least = cost;
-        target = {step.node, node};
-      }
-      if (!IsLeaf(node)) stack_.push_back({node, step.node, near_x, step.weight * 0.5});
-    };
-    look(f, xf, xg);
-    look(g, xg, xf);
+inline BalancedNeighbourhood::Reached BalancedNeighbourhood::Cost(const SprScan& scan,
+                                                                  const Reached& behind, int next,
+                                                                  int side, double across,
+                                                                  double& cost) {
+  const double x_next = scan.x[next];
+  const double near = (behind.near + scan.x[side]) * 0.5;
+  cost = near + x_next - across - behind.weight * (scan.b[next] - x_next);
+  return {near, behind.weight * 0.5};
+}
+
+// Scans the edges below the node at a place, which has been reached.
+void BalancedNeighbourhood::ScanBelow(int start, SprScan& scan) {
+  double least = scan.least;
+  int found = -1;
+  for (int k = start + 1; k < visits_[Index(start)].end; ++k) {
+    const Visit& at = visits_[Index(k)];
+    double cost;
+    reached_[Index(k)] = Cost(scan, reached_[Index(at.parent)], at.row, at.beside, at.across, cost);
+    if (cost < least) {
+      least = cost;
+      found = k;
+    }
   }
-  return least;
+  if (found < 0) return;
+  const Visit& at = visits_[Index(found)];
+  scan.least = least;
+  scan.target = {visits_[Index(at.parent)].row, at.row};
+}
+
+// Scans the edges outside the subtree of the holder, whose other one besides X is B = `other`.
+void BalancedNeighbourhood::ScanAbove(int holder, int other, SprScan& scan) {
+  int from = place_[Index(holder)];
+  Reached reached{scan.x[other], 0.25};
+  for (int at = visits_[Index(from)].parent; at != 0; at = visits_[Index(at)].parent) {
+    const Visit& here = visits_[Index(at)];
+    const int up = visits_[Index(here.parent)].row;
+    const int down = visits_[Index(from)].beside;
+    const int below = place_[Index(down)];
+    double cost;
+    reached_[Index(below)] = Cost(scan, reached, down, up, visits_[Index(below)].across, cost);
+    if (cost < scan.least) {
+      scan.least = cost;
+      scan.target = {here.row, down};
+    }
+    ScanBelow(below, scan);
+    reached = Cost(scan, reached, up, down, here.across, cost);
+    if (cost < scan.least) {
+      scan.least = cost;
+      scan.target = {here.row, up};
+    }
+    from = at;
+  }
 }
 
 void BalancedNeighbourhood::Write(int u, int v, double average) {
@@ -302,16 +367,16 @@ void BalancedNeighbourhood::Link(const SprMove& move) {
 
 // The node a or b, whichever comes first on the way from the holder over `from`; -1 if none does.
 int BalancedNeighbourhood::FindEnd(int holder, int from, int a, int b) {
-  stack_.assign(1, {from, holder, 0, 0});
-  while (!stack_.empty()) {
-    const Step step = stack_.back();
-    stack_.pop_back();
-    behind_[Index(step.node)] = step.behind;
-    if (step.node == a || step.node == b) return step.node;
-    if (IsLeaf(step.node)) continue;
-    const auto [f, g] = Others(step.node, step.behind);
-    stack_.push_back({f, step.node, 0, 0});
-    stack_.push_back({g, step.node, 0, 0});
+  open_.assign(1, {from, holder, 0, 0});
+  while (!open_.empty()) {
+    const Hanging here = open_.back();
+    open_.pop_back();
+    behind_[Index(here.node)] = here.parent;
+    if (here.node == a || here.node == b) return here.node;
+    if (IsLeaf(here.node)) continue;
+    const auto [f, g] = Others(here.node, here.parent);
+    open_.push_back({f, here.node, g, 0});
+    open_.push_back({g, here.node, f, 0});
   }
   return -1;
 }
@@ -343,6 +408,7 @@ void BalancedNeighbourhood::Apply(const SprMove& move) {
   for (int place = 0; place < last; ++place) RefreshHanging(path_[Index(place)].beside, place);
   RefreshHanging(path_.back().right, last);
   RefreshPath();
+  ordered_ = false;
   SumLength();
 }
 

@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "core/index.h"
+#include "core/large_table.h"
 #include "wide/criterion/neighbourhood.h"
 #include "zorvek/distances.h"
 
@@ -66,12 +67,28 @@ class BalancedNeighbourhood : public Neighbourhood {
   double Average(int u, int v) const { return At(RowOf(u), RowOf(v)) * unit_; }
 
  private:
-  // A node that a walk comes to from `behind`. For the subtree X that is walked and the subtree B on
-  // the other side of its first node: `near` is the average between X and all that is behind, without
-  // X, and `weight` that of X in what is behind as it is.
-  struct Step {
-    int node, behind;
+  // A node in the order of the scans: its parent's place there, the row of its sibling, the place after
+  // the last node below it, and D between it and its parent.
+  struct Visit {
+    int row, parent, beside, end;
+    double across;
+  };
+
+  // What a scan carries to a node, for the subtree X that is scanned: the average between X and all that
+  // is behind, without X, and the weight of X in what is behind as it is.
+  struct Reached {
     double near, weight;
+  };
+
+  using Target = std::pair<int, int>;
+
+  // The rows of X and of B, the subtree on the other side of its holder from where the scan goes; the
+  // least cost so far, twice, and the edge that has it.
+  struct SprScan {
+    const double* x;
+    const double* b;
+    double least;
+    Target target;
   };
 
   // A node of a hanging subtree, its parent, its sibling, and its depth there.
@@ -85,8 +102,6 @@ class BalancedNeighbourhood : public Neighbourhood {
   struct PathNode {
     int node, left, right, beside;
   };
-
-  using Target = std::pair<int, int>;
 
   BalancedNeighbourhood(const Topology& topology, std::shared_ptr<const DistanceMatrix> own)
       : BalancedNeighbourhood(topology, own->Rows()) {
@@ -105,9 +120,13 @@ class BalancedNeighbourhood : public Neighbourhood {
   void FillAncestors();
   void Mirror();
   void TakeAcross();
+  void OrderVisits();
   void SumLength();
 
-  double Walk(int subtree, int start, int other, int holder, double least, Target& target);
+  static Reached Cost(const SprScan& scan, const Reached& behind, int next, int side, double across,
+                      double& cost);
+  void ScanBelow(int start, SprScan& scan);
+  void ScanAbove(int holder, int other, SprScan& scan);
   void Write(int u, int v, double average);
   void WriteAcross(int u, int v, double average);
   void Link(const SprMove& move);
@@ -130,9 +149,12 @@ class BalancedNeighbourhood : public Neighbourhood {
   std::vector<std::array<int, 3>> near_;       // neighbours; a leaf has one, then -1
   std::vector<std::array<double, 3>> across_;  // D to them
   std::vector<int> first_;                     // the lowest row in the subtree, while D is made
-  std::unique_ptr<double[]> averages_;         // D, rows of 2n-2; the diagonal is 0
+  LargeTable<double> averages_;                // D, rows of 2n-2; the diagonal is 0
 
-  std::vector<Step> stack_;
+  std::vector<Visit> visits_;     // the nodes in the order of the scans
+  std::vector<int> place_;        // there, by row
+  bool ordered_ = false;          // whether the two are those of the present tree
+  std::vector<Reached> reached_;  // by place
   std::vector<Hanging> open_;
   std::vector<int> behind_;
   std::vector<PathNode> path_;
