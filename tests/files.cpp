@@ -1,6 +1,9 @@
 #include "tests/files.h"
 
+#include <fcntl.h>
+#include <pty.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -63,6 +66,27 @@ Ended FolderTest::Shell(const std::string& command) const {
   const int status =
       std::system(("cd '" + folder_ + "' && { " + command + "; } >.out 2>.err").c_str());
   return {WEXITSTATUS(status), Read(".out"), Read(".err")};
+}
+
+Terminal::Terminal() {
+  char name[1000];
+  if (openpty(&ours_, &programs_, name, nullptr, nullptr) != 0) return;
+  name_ = name;
+  fcntl(ours_, F_SETFL, O_NONBLOCK);
+}
+
+Terminal::~Terminal() {
+  close(ours_);
+  close(programs_);
+}
+
+std::string Terminal::Shown() const {
+  std::string shown;
+  char buffer[1000];
+  for (ssize_t got; (got = read(ours_, buffer, sizeof buffer)) > 0;) {
+    shown.append(buffer, static_cast<std::size_t>(got));
+  }
+  return shown;
 }
 
 }  // namespace zorvek::test

@@ -43,6 +43,22 @@ class FolderTest : public testing::Test {
   std::string folder_;
 };
 
+// A terminal for a program to write to.
+class Terminal {
+ public:
+  Terminal();
+  ~Terminal();
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  const std::string& Name() const { return name_; }  // empty if the machine lends none
+  std::string Shown() const;                         // all so far
+
+ private:
+  int ours_ = -1, programs_ = -1;
+  std::string name_;
+};
+
 }  // namespace zorvek::test
 
 #endif

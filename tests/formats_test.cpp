@@ -49,7 +49,7 @@ TEST(Formats, GiveTheSameSequences) {
       "#NEXUS\nbegin data; dimensions ntax=4 nchar=12; format datatype=dna gap=- missing=?; "
       "matrix\n"
       "'Homo sap' ACGTACGTACNA\nb RYMKSWHBVDNX\n'seq3.1' ??{G}TACGTAC-A\n'd_4' TTTTACGTACTT; end;",
-      "4 12\nHomo sap  ACGTAC GTACNA\nb         rymkswHBVDNX\nseq3.1    ??GT ACGTAC-A\n"
+      "4 12\nHomo sap  ACGTAC GTACNA\nb         rymkswHBVDnx\nseq3.1    ??GT ACGTAC-A\n"
       "d_4       TUTTACGTACTT\n",
       "4 12\nHomo sap  ACGTAC\nb         RYMKSW\nseq3.1    ??GTAC\nd_4       TuTTAC\n\n"
       "GTACNA\nHBVDNX\nGTAC-A\nGTACTT\n",
@@ -67,6 +67,11 @@ TEST(Formats, GiveTheSameSequences) {
   EXPECT_EQ(clustal.labels, (Strings{"x|1", "y"}));
   EXPECT_EQ(Codes(clustal), (Strings{"ACGT-A", "ACGTTG"}));
   EXPECT_TRUE(clustal.rna);
+  const Alignment rna = FromText(
+      "#NEXUS begin data; dimensions ntax=2 nchar=4; format datatype=rna; matrix a ACGU b ACGA; "
+      "end;");
+  EXPECT_EQ(Codes(rna), (Strings{"ACGT", "ACGA"}));
+  EXPECT_TRUE(rna.rna);
 }
 
 // Lines that run on from one block of the text to the next, with every kind of line end.
@@ -123,6 +128,9 @@ TEST(Formats, SayWhatIsWrongWithAnAlignment) {
       {nexus + "dna;\nmatrix\na ACGT\nb AEGT;\nend;",
        "f:6:5: Error reading character 2 for taxon 2 (name \"b\"): Invalid state specified \"E\"; "
        "fix it, or, if the sequences are protein, give those of the nucleotides"},
+      {nexus + "dna;\nmatrix\na ACGT\nb ACGT;\nend; begin characters; dimensions nchar=1;\n"
+               "format datatype=dna; matrix a A b C; end;",
+       "f: more than one matrix of nucleotides; keep one"},
       {"# STOCKHOLM 1.0\na ACGT\n", "f:1:1: this is Stockholm's format; convert it to FASTA"},
       {"LOCUS       X\n",
        "f:1:1: this is GenBank's format; align its sequences and give them as FASTA"},
@@ -201,6 +209,7 @@ TEST(Formats, WriteMatricesThatReadBackTheSame) {
   const string text = FormatSquareMatrix({"a b", "longer_than_ten"}, distances);
   EXPECT_EQ(text, "2\na_b        0 0.30000000000000004\nlonger_than_ten 0.30000000000000004 0\n");
   EXPECT_EQ(ReadMatrix(Source("f", text)).distances(1, 0), 0.1 + 0.2);
+  EXPECT_EQ(Listed(Strings(22, "x"), ""), string(20, 'x') + "and 2 more");
 }
 
 }  // namespace

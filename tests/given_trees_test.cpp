@@ -84,6 +84,36 @@ TEST_F(GivenTreesTest, RangesOfReplicatesMakeTheSameSupports) {
     }
   }
   EXPECT_EQ(Run("primates.nex -b 5-1").status, 2);
+  // The transfer distance finds something of a group in trees that have not all of it.
+  const auto supports = [&](const string& options) {
+    std::vector<double> found;
+    for (const string& text : FindAll(Tree("primates.nex -b 12" + options), kSupport)) {
+      found.push_back(std::stod(text));
+    }
+    return found;
+  };
+  const std::vector<double> shares = supports(""), transfers = supports(" --support TBE");
+  EXPECT_NE(transfers, shares);
+  for (std::size_t k = 0; k < shares.size(); ++k) EXPECT_GE(transfers[k], shares[k]);
+}
+
+// A replicate is one descent under the model and the criterion of the tree.
+TEST_F(GivenTreesTest, ReplicatesAreSearchedAsTheTreeIsButOnce) {
+  WriteExample();
+  const auto replicates = [&](const string& options) {
+    Tree("primates.nex -b 4 --bootstrap-trees all " + options);
+    return Read("all");
+  };
+  const string plain = replicates("");
+  Write("start", FindAll(plain, "(.*)\n").at(0));
+  for (const char* search : {"--starts 3", "--iterations 20 -t 3", "--tree start"}) {
+    EXPECT_EQ(replicates(search), plain) << search;
+  }
+  EXPECT_EQ(replicates("--search none --tree start"), replicates("--search none"));
+  for (const char* other : {"-m k80", "--gamma 1", "--criterion ols", "--search none", "--seed 2",
+                            "--seed 4294967297"}) {
+    EXPECT_NE(replicates(other), plain) << other;
+  }
 }
 
 TEST_F(GivenTreesTest, TaxaThatAreLeftOutTakeNoSupportsAway) {

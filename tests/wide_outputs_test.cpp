@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -90,6 +91,7 @@ TEST_F(WideOutputsTest, ReportOnTheRun) {
         "--rounds 7 --newick 'a n' -o /dev/null\n",
         "\nmachine     ", " UTC\n",
         "\nfile        y.fa\ntaxa        4\nleft out    b\nsites       20\n",
+        "\nleft aside  1 gap or missing site, 1 ambiguity code\n",
         "\nvariable    2 sites\n"
         "informative 1 sites, under parsimony\nidentical   d = e\n\ntaxon\tgaps\tambiguous\n"
         "a\t1\t1\nc\t0\t0\nd\t0\t0\ne\t0\t0\n",
@@ -108,6 +110,19 @@ TEST_F(WideOutputsTest, FollowLinksAndKeepPermissions) {
   EXPECT_EQ(Read("far"), tree_);
   EXPECT_EQ(fs::status(Path("far")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
   EXPECT_EQ(Run("x.fa --newick near -o far").status, 2);
+}
+
+TEST_F(WideOutputsTest, ShowTheirProgressOnATerminal) {
+  const zorvek::test::Terminal terminal;
+  if (terminal.Name().empty()) GTEST_SKIP() << "the machine lends no terminal";
+  Run("x.fa --quiet 2>" + terminal.Name());
+  EXPECT_EQ(terminal.Shown(), "");
+  Run("x.fa -b 3 -t 1 --iterations 10 2>" + terminal.Name());
+  const string shown = terminal.Shown();
+  const std::regex lines(
+      "\rdistances\r {9}\r\rstarting trees, 0 %\rdescent, [0-9]+ %, best length 0\\.[0-9]+[^\r]*"
+      "\riterations, 100 %, best length 0\\.[0-9]+[^\r]*\rbootstrap, 33 %[^\r]*\r {30,}\r");
+  EXPECT_TRUE(std::regex_match(shown, lines)) << shown;
 }
 
 // A tree that no pipe holds, so that the program waits for a reader with its files written but not

@@ -126,6 +126,8 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
        "prose:1:1: neither NEXUS nor FASTA nor PHYLIP nor Clustal; give --format if it is "
        "one\n"},
       {"few.fa", ">a\nAC\n>b\nAC\n>c\nAC\n", "few.fa: 3 taxa; a tree needs at least 4\n"},
+      {"--leave-out=A leave.fa", ">a\nAC\n>b\nAC\n>c\nAC\n>d\nAC\n",
+       "leave.fa: 3 taxa left; a tree needs at least 4\n"},
       {"twice.fa", ">a\nA\n>b\nA\n>A x\nA\n>b\nA\n",
        "twice.fa:5:1: label A stands in line 1 already; give each taxon its own, with _ for "
        "blanks: "
@@ -158,6 +160,10 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
        "m2:2: the file ends where distance 2 of 2000000000 of a should stand; write a number, or "
        "NA "
        "for none\n"},
+      {"--matrix m4", "4\na 0 1 1 1\nb 1 0 1 1\nA 1 1 0 1\nd 1 1 1 0\n",
+       "m4: label a belongs to 2 taxa; give each taxon its own\n"},
+      {"--drop-undefined left.fa", ">a\nAC\n>b\nAC\n>c\nAC\n>d\n--\n",
+       "left.fa: 3 taxa left; a tree needs at least 4\n"},
       {"--matrix m3", "4 100\na ACGT\n",
        "m3:1:3: text after the number of taxa; begin each row on a line of its own; leave out "
        "--matrix for an alignment\n"},

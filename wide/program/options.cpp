@@ -82,7 +82,8 @@ void AddTaxa(CLI::App& app, const std::string& names, std::vector<std::string>& 
       ->type_name("TAXON[,...]")
       ->take_all()
       ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->allow_extra_args(false);  // the file may come next
 }
 
 template <typename Value>

@@ -17,6 +17,10 @@ double Seconds(const timeval& time) {
   return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
 }
 
+std::string Counted(long count, const std::string& one, const std::string& many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
 std::string Stop(const Results& results) {
   if (results.interrupted) return ", interrupted";
   const long iterations = results.options.search.iterations;
@@ -65,8 +69,8 @@ std::string SaturatedText(const DistanceNotes& notes) {
 }
 
 std::string UncountedText(const UncountedCells& uncounted) {
-  return std::to_string(uncounted.gaps) + " gaps and missing sites, " +
-         std::to_string(uncounted.ambiguous) + " ambiguity codes";
+  return Counted(uncounted.gaps, "gap or missing site", "gaps and missing sites") + ", " +
+         Counted(uncounted.ambiguous, "ambiguity code", "ambiguity codes");
 }
 
 std::string Distances(const Results& results) {
@@ -83,9 +87,10 @@ std::string Distances(const Results& results) {
 }
 
 std::string Support(const BootstrapResult& support) {
-  std::string text = std::to_string(support.done) + " replicates";
+  std::string text = Counted(support.done, "replicate", "replicates");
   if (support.redrawn > 0) {
-    text += ", " + std::to_string(support.redrawn) + " samples without all distances drawn again";
+    text +=
+        ", " + Counted(support.redrawn, "sample", "samples") + " without all distances drawn again";
   }
   if (support.given_up > 0) text += ", " + std::to_string(support.given_up) + " given up";
   return text;
@@ -140,8 +145,8 @@ std::string ResultLines(const Results& results) {
   }
   if (options.bootstrap.replicates > 0) text += SummaryLine("support", Support(results.support));
   if (!options.support_from.empty()) {
-    const std::string given = std::to_string(results.support.trees.size());
-    text += SummaryLine("support", given + " given trees");
+    const auto given = static_cast<long>(results.support.trees.size());
+    text += SummaryLine("support", Counted(given, "given tree", "given trees"));
   }
   if (options.evaluate.empty()) {
     text += SummaryLine("seed", std::to_string(options.search.seed) + Stop(results));

@@ -63,22 +63,29 @@ void CheckOutgroup(const Options& options, const Input& input) {
   }
 }
 
-Tree Rooted(const Tree& tree, const Options& options, const Input& input) {
+Tree Rooted(const Tree& tree, const Options& options, const Input& input, bool* loose) {
   if (options.midpoint) return RootedAtMidpoint(tree);
   const std::vector<int> taxa = NamedTaxa(options.outgroup, "for the outgroup", options, input);
   if (taxa.empty()) return tree;
   const Outgroup found = FindOutgroup(tree, taxa);
-  if (!found.exact) {
-    std::cerr << "zorvek-wide: warning: the outgroup is not one group of the tree; its root is at "
-                 "the smallest group that holds it\n";
-  }
+  if (loose != nullptr) *loose = !found.exact;
   return RootedAbove(tree, found.node, 0.5);
 }
 
 void SetRoots(Results& results) {
+  std::size_t without = 0;
   for (const SearchResult& found : results.found) {
-    results.trees.push_back(Rooted(found.tree, results.options, results.input));
+    bool loose = false;
+    results.trees.push_back(Rooted(found.tree, results.options, results.input, &loose));
+    without += loose ? 1 : 0;
   }
+  if (without == 0) return;
+  const std::size_t all = results.trees.size();
+  std::cerr << "zorvek-wide: warning: the outgroup is not one group of "
+            << (all == 1 ? "the tree; its root is"
+                         : std::to_string(without) + " of the " + std::to_string(all) +
+                               " trees; their roots are")
+            << " at the smallest group that holds it\n";
 }
 
 }  // namespace zorvek::wide

@@ -23,11 +23,12 @@ void AddGivenSupport(Results& results);
 // Throws Error if the outgroup has taxa that the input has not, or all that it has.
 void CheckOutgroup(const Options& options, const Input& input);
 
-// The tree with the root that the options ask for. Where the outgroup is not one group that is told on
-// standard error.
-Tree Rooted(const Tree& tree, const Options& options, const Input& input);
+// The tree with the root that the options ask for. `loose` becomes whether the outgroup is not one group
+// of it; the root is then at the smallest group that holds it.
+Tree Rooted(const Tree& tree, const Options& options, const Input& input, bool* loose = nullptr);
 
-// Takes over the trees of the run as they are to be written.
+// Takes over the trees of the run as they are to be written. Those of which the outgroup is not one group
+// are told once, on standard error.
 void SetRoots(Results& results);
 
 }  // namespace zorvek::wide
