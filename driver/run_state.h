@@ -28,7 +28,7 @@ extern TreeTable T1;       // current tree; written by DJT, ILS, RandomNJ and th
 extern TreeTable T2;       // scratch tree; written and read by RandomNJ
 extern DistanceMatrix EM;  // (2n-2) x (2n-2) distances between nodes; working storage of RandomNJ
 
-// --- lengths, in the unit of DM1 (expected substitutions per site) ---
+// --- lengths, in the unit of DM1 ---
 extern double opt_val;  // length of OPT, 1e8 before there is one; written with OPT
 extern double t1_val;   // length of T1 as last judged, 1e8 before; written by DJT, ILS and RandomNJ
 extern double t2_val;   // length of T2 as last accepted by RandomNJ, initially 0

@@ -1,11 +1,13 @@
 // The options of zorvek-wide: each changes what it says, and what cannot be meant is refused.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "tests/data.h"
 #include "tests/wide_program.h"
+#include "wide/distance/models.h"
 #include "zorvek/io.h"
 
 namespace {
@@ -36,6 +38,7 @@ class WideOptionsTest : public zorvek::test::WideProgramTest {
 TEST_F(WideOptionsTest, AreRefusedInWords) {
   const std::vector<std::pair<string, string>> cases{
       {"", "no file; name one with aligned sequences"},
+      {"--support-from a.fa", "no file; name one with aligned sequences before --support-from"},
       {"a.fa b.fa", "one file at a time, not a.fa and b.fa"},
       {"a.fa --nonsense", "there is no option --nonsense"},
       {"a.fa --alpha .5",
@@ -104,6 +107,23 @@ TEST_F(WideOptionsTest, LimitTheTime) {
         "--patience .00001h --time 1000m --iterations 999999999999"}) {
     EXPECT_GT(Length(options), 0) << options;
   }
+}
+
+TEST_F(WideOptionsTest, StandBeforeTheFileToo) {
+  WriteNoise(12);
+  const string given = "--leave-out t3 --outgroup=t1 --outgroup t2,t4 --matrix --newick - --quiet ";
+  EXPECT_EQ(Run(given + "noise").out, Run("noise " + given).out);
+  EXPECT_FALSE(Contains(Run(given + "noise").out, "t3"));
+}
+
+TEST_F(WideOptionsTest, StandInTheManual) {
+  string manual = zorvek::test::Contents(ZORVEK_SOURCE_DIR "/man/zorvek-wide.1");
+  manual.erase(std::remove(manual.begin(), manual.end(), '\\'), manual.end());
+  std::vector<string> names = FindAll(Run("-h").out, "(-[a-z]|--[a-z-]+)[, =]");
+  EXPECT_GT(names.size(), 30u);
+  for (const auto& model : zorvek::wide::Models()) names.push_back(model.name);
+  for (const string& format : zorvek::wide::AlignmentFormats()) names.push_back(format);
+  for (const string& name : names) EXPECT_TRUE(Contains(manual, name)) << name;
 }
 
 TEST_F(WideOptionsTest, TellTheirDefaults) {

@@ -48,8 +48,8 @@ class Source {
 // The names of the formats, in the order in which they are recognised.
 std::vector<std::string> AlignmentFormats();
 
-// Reads the alignment in the format of that name, or, if the name is empty, in the one that the
-// content shows. Throws Error, also if there are no sites.
+// Reads the alignment in the format of that name, capital or not, or, if it is empty, in the one that
+// the content shows. Throws Error, also if there are no sites.
 Alignment ReadAlignment(Source source, const std::string& format = {});
 
 // --- distances ---

@@ -79,7 +79,7 @@ Formula Tn93(const Frequencies& f, RateTerm term) {
 }
 
 // (-ln det F + (ln det Dx + ln det Dy)/2) / 4, F the shares of the 16 pairs, Dx and Dy its row and
-// column sums; without the nucleotides that neither sequence has.  Counts serve as well as shares: what
+// column sums [Lake1994, Lockhart1994]; without the nucleotides that neither sequence has.  Counts serve as well as shares: what
 // they are divided by cancels out. The determinant is exact, so that it is the same for F transposed.
 double ParalinearDistance(const PairTable& table) {
   __extension__ using Wide = __int128;

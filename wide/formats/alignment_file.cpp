@@ -4,10 +4,7 @@
 #include <utility>
 
 #include "wide/data/ascii.h"
-#include "wide/formats/clustal.h"
-#include "wide/formats/fasta.h"
-#include "wide/formats/nexus.h"
-#include "wide/formats/phylip.h"
+#include "wide/formats/alignment_formats.h"
 #include "wide/formats/text.h"
 #include "zorvek/error.h"
 #include "zorvek/io.h"
@@ -15,20 +12,6 @@
 namespace zorvek::wide {
 
 namespace {
-
-struct Format {
-  const char* name;
-  bool (*recognise)(std::string_view first_word);  // of the text, in capitals
-  Alignment (*read)(LineReader& lines);
-};
-
-// A format is a file with its reader and a line here.
-const Format kFormats[] = {
-    {"nexus", [](std::string_view word) { return word.substr(0, 6) == "#NEXUS"; }, ReadNexusMatrix},
-    {"fasta", [](std::string_view word) { return word[0] == '>'; }, ReadFasta},
-    {"phylip", [](std::string_view word) { return IsDigit(word[0]); }, ReadPhylip},
-    {"clustal", [](std::string_view word) { return word.substr(0, 7) == "CLUSTAL"; }, ReadClustal},
-};
 
 constexpr char kConvert[] = "convert it to FASTA";
 constexpr char kAlign[] = "align its sequences and give them as FASTA";
@@ -61,44 +44,49 @@ constexpr struct {
     {"\xFE\xFF", "text in UTF-16", "save it as UTF-8"},
 };
 
-const Format* Named(const std::string& name) {
-  const auto* const found = std::find_if(std::begin(kFormats), std::end(kFormats),
-                                         [&](const Format& f) { return f.name == name; });
-  return found == std::end(kFormats) ? nullptr : found;
+std::string InCapitals(std::string_view text) {
+  std::string capitals(text);
+  std::transform(capitals.begin(), capitals.end(), capitals.begin(), ToUpper);
+  return capitals;
 }
 
-const Format& ByContent(const LineReader& lines) {
+const AlignmentFormat& Named(const std::string& name) {
+  for (const AlignmentFormat* const format : kAlignmentFormats) {
+    if (InCapitals(format->name) == InCapitals(name)) return *format;
+  }
+  throw Error("no alignment format is named " + name);
+}
+
+const AlignmentFormat& ByContent(const LineReader& lines) {
   const std::string_view head = Trimmed(lines.Head());
+  if (head.empty()) {
+    throw Error(Fault{lines.Name(), 1, 1, "nothing in the file; give one with aligned sequences"});
+  }
+  const std::string line = InCapitals(head.substr(0, head.find_first_of("\r\n")));
+  std::string none;
+  for (const AlignmentFormat* const format : kAlignmentFormats) {
+    if (format->recognise(line)) return *format;
+    none += (none.empty() ? "neither " : " nor ") + std::string(format->name);
+  }
   for (const auto& other : kOthers) {
     if (head.substr(0, other.begin.size()) != other.begin) continue;
     throw Error(
         Fault{lines.Name(), 1, 1, std::string("this is ") + other.name + "; " + other.remedy});
   }
-  std::string word(Words(head).Next().text);
-  if (word.empty()) {
-    throw Error(Fault{lines.Name(), 1, 1, "nothing in the file; give one with aligned sequences"});
-  }
-  std::transform(word.begin(), word.end(), word.begin(), ToUpper);
-  for (const Format& format : kFormats) {
-    if (format.recognise(word)) return format;
-  }
-  throw Error(Fault{lines.Name(), 1, 1, "neither NEXUS nor FASTA nor PHYLIP nor Clustal",
-                    Advice::kNameTheFormat});
+  throw Error(Fault{lines.Name(), 1, 1, none, Advice::kNameTheFormat});
 }
 
 }  // namespace
 
 std::vector<std::string> AlignmentFormats() {
   std::vector<std::string> names;
-  for (const Format& format : kFormats) names.emplace_back(format.name);
+  for (const AlignmentFormat* const format : kAlignmentFormats) names.emplace_back(format->name);
   return names;
 }
 
 Alignment ReadAlignment(Source source, const std::string& format) {
   LineReader lines(std::move(source));
-  const Format* const named = Named(format);
-  if (named == nullptr && !format.empty()) throw Error("no alignment format is named " + format);
-  Alignment alignment = (named != nullptr ? *named : ByContent(lines)).read(lines);
+  Alignment alignment = (format.empty() ? ByContent(lines) : Named(format)).read(lines);
   if (alignment.Taxa() > 0 && alignment.Sites() == 0) {
     throw Error(Fault{lines.Name(), 0, 0, "no sites; give aligned sequences"});
   }

@@ -1,7 +1,9 @@
-#include "wide/formats/clustal.h"
-
+// Aligned sequences as Clustal writes them: a line that begins with the word CLUSTAL, then blocks
+// with a line a sequence, each with its label, some sites, and perhaps their number so far; a line
+// of marks under a block begins with a blank. A line of the text is held at a time.
 #include "wide/data/ascii.h"
 #include "wide/data/labels.h"
+#include "wide/formats/alignment_formats.h"
 #include "wide/formats/sequence_builder.h"
 #include "zorvek/error.h"
 
@@ -30,8 +32,6 @@ void ReadLine(std::string_view line, long number, Position at, SequenceBuilder& 
   builder.Append(at.taxon, sites.text, number, sites.column);
 }
 
-}  // namespace
-
 Alignment ReadClustal(LineReader& lines) {
   SequenceBuilder builder(lines.Name());
   std::string_view line;
@@ -48,5 +48,10 @@ Alignment ReadClustal(LineReader& lines) {
   if (builder.Taxa() == 0) return {};
   return builder.Finish(builder.Sites(0), " of " + builder.Label(0));
 }
+
+}  // namespace
+
+const AlignmentFormat kClustal = {
+    "Clustal", [](std::string_view line) { return line.substr(0, 7) == "CLUSTAL"; }, ReadClustal};
 
 }  // namespace zorvek::wide

@@ -1,9 +1,12 @@
-#include "wide/formats/fasta.h"
-
+// Aligned sequences in FASTA: ">label anything", then lines of sites; the label ends at the first
+// blank. A line of the text is held at a time.
+#include "wide/formats/alignment_formats.h"
 #include "wide/formats/sequence_builder.h"
 #include "zorvek/error.h"
 
 namespace zorvek::wide {
+
+namespace {
 
 Alignment ReadFasta(LineReader& lines) {
   SequenceBuilder builder(lines.Name());
@@ -22,5 +25,10 @@ Alignment ReadFasta(LineReader& lines) {
   if (builder.Taxa() == 0) return {};
   return builder.Finish(builder.Sites(0), " of " + builder.Label(0));
 }
+
+}  // namespace
+
+const AlignmentFormat kFasta = {"FASTA", [](std::string_view line) { return line[0] == '>'; },
+                                ReadFasta};
 
 }  // namespace zorvek::wide

@@ -1,5 +1,5 @@
-#include "wide/formats/nexus.h"
-
+// The one matrix of nucleotides in the DATA and CHARACTERS blocks of a NEXUS file [Maddison1997], read
+// by the NEXUS Class Library [Lewis2003], which holds the text.
 #include <ncl/nxsmultiformat.h>
 
 #include <algorithm>
@@ -14,6 +14,7 @@
 
 #include "core/nexus_guard.h"
 #include "wide/data/labels.h"
+#include "wide/formats/alignment_formats.h"
 #include "wide/formats/sequence_builder.h"
 #include "zorvek/error.h"
 
@@ -234,13 +235,16 @@ Alignment Copy(NxsCharactersBlock& matrix) {
   return alignment;
 }
 
-}  // namespace
-
 Alignment ReadNexusMatrix(LineReader& lines) {
   const std::string text = lines.Rest();
   LibraryReader reader(text);
   reader.Read(lines.Name(), text);
   return Copy(NucleotideMatrix(lines.Name(), reader));
 }
+
+}  // namespace
+
+const AlignmentFormat kNexus = {
+    "NEXUS", [](std::string_view line) { return line.substr(0, 6) == "#NEXUS"; }, ReadNexusMatrix};
 
 }  // namespace zorvek::wide

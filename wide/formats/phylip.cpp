@@ -1,12 +1,19 @@
-#include "wide/formats/phylip.h"
-
+// Aligned sequences in PHYLIP's format [Felsenstein1989]: numbers of taxa and sites, then the
+// sequences, each after its label, one after the other (over as many lines as it takes) or
+// interleaved in blocks. In the relaxed form a label ends at a blank; in the strict one it is the
+// first 10 columns, which may hold blanks, and the sites may follow without one.
+//
+// The text, which is held, is taken as the first of relaxed and strict, interleaved and not, in which
+// the numbers of the first line come out; if there is none, the faults are those of the relaxed form.
 #include <algorithm>
 #include <charconv>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "wide/data/ascii.h"
 #include "wide/data/labels.h"
+#include "wide/formats/alignment_formats.h"
 #include "wide/formats/sequence_builder.h"
 #include "zorvek/error.h"
 
@@ -160,10 +167,13 @@ class PhylipText {
   std::vector<Line> lines_;
 };
 
-}  // namespace
-
 Alignment ReadPhylip(LineReader& lines) {
   return PhylipText(lines).Read();
 }
+
+}  // namespace
+
+const AlignmentFormat kPhylip = {"PHYLIP", [](std::string_view line) { return IsDigit(line[0]); },
+                                 ReadPhylip};
 
 }  // namespace zorvek::wide

@@ -33,10 +33,12 @@ std::vector<std::string> LabelsOf(const std::vector<int>& taxa, const Input& inp
   }
   const bool spectral = options.model.model == Model::kSpectral && !options.matrix;
   throw Error(At(options.file) + ": no distance for " + std::to_string(pairs.size()) +
-              (pairs.size() == 1 ? " pair" : " pairs") + " of taxa, which have no site in common" +
+              (pairs.size() == 1 ? " pair" : " pairs") + " of taxa" +
+              (options.matrix ? "" : ", which have no site in common") +
               (spectral ? " or differ too much" : "") + "; give --drop-undefined or --leave-out '" +
-              names + "', which leaves out " +
-              (cover.smallest ? "no more taxa than must be" : "the fewest taxa that were found") +
+              names +
+              (cover.smallest ? "', which leaves out no more taxa than must be"
+                              : "', which leaves out the fewest taxa that were found") +
               "\n  " + Listed(lines, "\n  "));
 }
 

@@ -80,10 +80,17 @@ void AddTaxa(CLI::App& app, const std::string& names, std::vector<std::string>& 
              const std::string& help) {
   app.add_option(names, taxa, help)
       ->type_name("TAXON[,...]")
-      ->take_all()
-      ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-      ->allow_extra_args(false);  // the file may come next
+      ->allow_extra_args(false);  // what follows may be FILE
+}
+
+// "a, b or c"
+std::string Alternatives(const std::vector<std::string>& names) {
+  std::string listed;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    listed += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + names[i];
+  }
+  return listed;
 }
 
 template <typename Value>
@@ -92,17 +99,19 @@ using Choices = std::vector<std::pair<std::string, Value>>;  // by the names tha
 template <typename Value>
 void AddChoice(CLI::App& app, const std::string& names, Value& value, const Choices<Value>& choices,
                const std::string& help) {
-  std::string listed;
+  std::vector<std::string> known;
   std::string given;
-  for (std::size_t i = 0; i < choices.size(); ++i) {
-    listed += (i == 0 ? "" : i + 1 == choices.size() ? " or " : ", ") + choices[i].first;
-    if (choices[i].second == value) given = choices[i].first;
+  for (const auto& [name, choice] : choices) {
+    known.push_back(name);
+    if (choice == value) given = name;
   }
+  const std::string listed = Alternatives(known);
   Add(app, names, "NAME", help + (help.empty() ? "" : ": ") + listed, listed,
       [=, &value](const std::string& text) {
         for (const auto& [name, choice] : choices) {
-          if (CLI::detail::to_lower(text) == name) value = choice;
-          if (CLI::detail::to_lower(text) == name) return true;
+          if (CLI::detail::to_lower(text) != CLI::detail::to_lower(name)) continue;
+          value = choice;
+          return true;
         }
         return false;
       })
@@ -112,7 +121,8 @@ void AddChoice(CLI::App& app, const std::string& names, Value& value, const Choi
 void AddInput(CLI::App& app, Options& options) {
   app.option_defaults()->group("Input");
   app.add_option("file", options.file,
-                 "aligned DNA: NEXUS, FASTA, PHYLIP or Clustal, plain or gzip; - is standard input")
+                 "aligned DNA: " + Alternatives(AlignmentFormats()) +
+                     ", plain or gzip; - is standard input")
       ->type_name("FILE");
   app.add_flag("--matrix", options.matrix, "FILE is a distance matrix, square or a triangle");
   Choices<std::string> formats;
@@ -181,7 +191,7 @@ void AddSupport(CLI::App& app, Options& options) {
         return good;
       });
   app.add_option("--support-from", options.support_from,
-                 "files of trees from which the support comes instead")
+                 "files of trees from which the support comes instead; FILE comes first")
       ->type_name("FILE ...");
   AddChoice<SupportMeasure>(
       app, "--support", bootstrap.measure,
@@ -215,7 +225,11 @@ void CheckExtras(const CLI::App& app, const Options& options) {
     if (extra.size() > 1 && extra[0] == '-') throw BadUsage("there is no option " + extra);
     throw BadUsage("one file at a time, not " + options.file + " and " + extra);
   }
-  if (options.file.empty()) throw BadUsage("no file; name one with aligned sequences");
+  if (options.file.empty()) {
+    throw BadUsage(options.support_from.empty()
+                       ? "no file; name one with aligned sequences"
+                       : "no file; name one with aligned sequences before --support-from");
+  }
 }
 
 // Options that would do nothing as the others are.
@@ -224,7 +238,7 @@ void CheckCombinations(const CLI::App& app, const Options& options) {
   const bool descent_alone = search.iterations > 0 && search.moves != Moves::kSpr;
   const bool evaluates = !options.evaluate.empty();
   const bool given_support = !options.support_from.empty();
-  std::string without_gamma = "without one of the models";
+  std::string without_gamma = "does nothing without one of the models";
   for (const ModelRow& row : Models()) {
     if (row.has_gamma) without_gamma += std::string(" ") + row.name;
   }
@@ -235,32 +249,33 @@ void CheckCombinations(const CLI::App& app, const Options& options) {
     const char* why;
   };
   const Rule rules[] = {
-      {"--format", options.matrix, "with --matrix, which has a format of its own"},
-      {"--bootstrap", options.matrix, "with --matrix, which has no sites to draw"},
-      {"--model", options.matrix, "with --matrix, which has distances"},
-      {"--gamma", options.matrix, "with --matrix, which has distances"},
+      {"--format", options.matrix, "does nothing with --matrix, which has a format of its own"},
+      {"--bootstrap", options.matrix, "does nothing with --matrix, which has no sites to draw"},
+      {"--model", options.matrix, "does nothing with --matrix, which has distances"},
+      {"--gamma", options.matrix, "does nothing with --matrix, which has distances"},
       {"--gamma", !RowOf(options.model.model).has_gamma, without_gamma.c_str()},
-      {"--greedy", search.starts < 2, "without --starts of 2 or more"},
-      {"--iterations", descent_alone, "without --search spr"},
-      {"--rounds", descent_alone, "without --search spr"},
-      {"--patience", search.iterations == 0, "without --iterations"},
-      {"--time", search.starts < 2 && search.moves == Moves::kNone, "with --search none"},
-      {"--bootstrap", given_support, "with --support-from"},
-      {"--midpoint", !options.outgroup.empty(), "with --outgroup"},
-      {"--layout", PathOf(options, "--draw").empty(), "without --draw"},
+      {"--greedy", search.starts < 2, "does nothing without --starts of 2 or more"},
+      {"--iterations", descent_alone, "does nothing without --search spr"},
+      {"--rounds", descent_alone, "does nothing without --search spr"},
+      {"--patience", search.iterations == 0, "does nothing without --iterations"},
+      {"--time", search.starts < 2 && search.moves == Moves::kNone,
+       "does nothing with --search none"},
+      {"--bootstrap", given_support, "does nothing with --support-from"},
+      {"--midpoint", !options.outgroup.empty(), "does nothing with --outgroup"},
+      {"--layout", PathOf(options, "--draw").empty(), "does nothing without --draw"},
   };
   const auto check = [&](const Rule& rule) {
     if (rule.idle && app.count(rule.option) > 0) {
-      throw BadUsage(std::string(rule.option) + " does nothing " + rule.why);
+      throw BadUsage(std::string(rule.option) + " " + rule.why);
     }
   };
   for (const Rule& rule : rules) check(rule);
   for (const char* option : {"--tree", "--search", "--starts", "--greedy", "--iterations",
                              "--rounds", "--time", "--patience"}) {
-    check({option, evaluates, "with --evaluate, which makes no search"});
+    check({option, evaluates, "does nothing with --evaluate, which makes no search"});
   }
   for (const char* option : {"--support", "--bootstrap-trees", "--consensus"}) {
-    check({option, unsupported, "without --bootstrap or --support-from"});
+    check({option, unsupported, "does nothing without --bootstrap or --support-from"});
   }
 }
 
