@@ -14,6 +14,7 @@
 #include "core/index.h"
 #include "tests/data.h"
 #include "tests/files.h"
+#include "wide/drawing/canvas.h"
 #include "wide/drawing/layout.h"
 #include "wide/drawing/picture.h"
 #include "wide/drawing/text.h"
@@ -153,6 +154,11 @@ struct Shown {
       ((*m)[1].matched ? supports : labels)
           .push_back({{Value(*m, 3), Value(*m, 4)}, degrees * std::acos(-1) / 180, end, m->str(6)});
     }
+    std::smatch box;
+    std::regex_search(
+        svg, box, std::regex("viewBox=\"" + number + " " + number + " " + number + " " + number));
+    least = {Value(box, 1), Value(box, 2)};
+    most = {least.x + Value(box, 3), least.y + Value(box, 4)};
     std::smatch bar;
     std::regex_search(svg, bar, std::regex("\"scale\" d=\"M" + number + " [^L]*L" + number));
     bar_pixels = Value(bar, 2) - Value(bar, 1);
@@ -194,6 +200,7 @@ struct Shown {
   std::vector<std::pair<Point, Point>> leaders;
   std::vector<Text> labels;
   std::vector<Text> supports;
+  Point least, most;  // the corners of the picture
   double bar_pixels = 0;
 };
 
@@ -242,6 +249,13 @@ TEST(Picture, ShowsLengthsAndSupportsWhereTheyBelong) {
       }
       EXPECT_NEAR(shown.Depth(shown.Tip(label), &passed) * bar / shown.bar_pixels, length, 2e-3);
       EXPECT_LE(std::abs(label.angle), std::acos(-1) / 2 + 1e-4) << "upside down";
+      const double wide = TextWidth(label.text) * Canvas::kFont * (label.backwards ? -1 : 1);
+      for (const double along : {0.0, wide}) {
+        const Point p{label.at.x + along * std::cos(label.angle),
+                      label.at.y + along * std::sin(label.angle)};
+        EXPECT_TRUE(p.x > shown.least.x && p.x < shown.most.x) << label.text;
+        EXPECT_TRUE(p.y > shown.least.y && p.y < shown.most.y) << label.text;
+      }
       for (const Shown::Key& key : passed) below[key].insert(label.text);
     }
     std::map<std::string, std::set<std::string>> expected;
@@ -265,6 +279,37 @@ TEST(Picture, ShowsLengthsAndSupportsWhereTheyBelong) {
   }
 }
 
+// The numbers of a list in a page, null as -1.
+std::vector<double> ListIn(const std::string& page, const std::string& name) {
+  std::vector<double> numbers;
+  const std::string list = test::FindAll(page, "\"" + name + "\":\\[([^\\]]*)\\]").at(0);
+  for (const std::string& entry : test::FindAll(list, "([^,]+)")) {
+    numbers.push_back(entry == "null" ? -1 : std::stod(entry));
+  }
+  return numbers;
+}
+
+TEST(Picture, APageHoldsTheTree) {
+  Tree given = GrownTree(14, false, 3);
+  for (Tree::Node& node : given.nodes) node.support = std::ceil(8 * node.length) / 8;
+  const Tree tree = RootedForDrawing(given);
+  const std::string page =
+      DrawPicture("x.html", given, std::vector<std::string>(14, "x"), {Layout::kPhylogram, "u"});
+  EXPECT_TRUE(test::Contains(page, "\"layout\":\"phylogram\",\n\"unit\":\"u\""));
+  const auto parents = ListIn(page, "parent"), depths = ListIn(page, "depth");
+  const auto xs = ListIn(page, "x"), ys = ListIn(page, "y"), supports = ListIn(page, "support");
+  ASSERT_EQ(parents.size(), tree.nodes.size());
+  EXPECT_EQ(parents[0], -1);
+  for (std::size_t k = 1; k < parents.size(); ++k) {
+    const int node = tree.preorder[k];
+    const auto above = static_cast<std::size_t>(parents[k]);
+    EXPECT_EQ(tree.preorder[above], tree.At(node).parent);
+    EXPECT_NEAR(depths[k] - depths[above], tree.ShownLength(node), 1e-5);
+    EXPECT_NEAR(std::hypot(xs[k] - xs[above], ys[k] - ys[above]), tree.ShownLength(node), 1e-5);
+    EXPECT_EQ(supports[k], DrawnSupports(tree)[Index(node)]);
+  }
+}
+
 TEST(Picture, LetsSupportsCoverNothing) {
   for (const Layout layout : {Layout::kPhylogram, Layout::kUnrooted}) {
     Tree tree = GrownTree(80, false, 4);
@@ -272,6 +317,9 @@ TEST(Picture, LetsSupportsCoverNothing) {
     const Shown shown(
         DrawPicture("x.svg", tree, std::vector<std::string>(80, "taxon"), {layout, ""}));
     EXPECT_GT(shown.supports.size(), 20u);
+    const auto wanted = DrawnSupports(layout == Layout::kPhylogram ? RootedForDrawing(tree) : tree);
+    EXPECT_EQ(shown.supports.size() + std::stoul(shown.labels.back().text),  // found no room
+              static_cast<std::size_t>(std::count(wanted.begin(), wanted.end(), 0.99)));
     for (const Shown::Text& support : shown.supports) {
       // Digits of 8 pixels are 10 wide and 6 high.
       const auto covers = [&](Point p) {

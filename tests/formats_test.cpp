@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/data.h"
 #include "wide/data/labels.h"
 #include "zorvek/error.h"
 #include "zorvek/io.h"
@@ -180,14 +181,37 @@ TEST(Formats, ReadMatricesOfEveryShape) {
   }
 }
 
+// Triangles larger than what is mirrored at once.
+TEST(Formats, ReadLargeTriangles) {
+  const int n = 70;
+  for (const bool lower : {true, false}) {
+    string text = std::to_string(n);
+    for (int i = 0; i < n; ++i) {
+      text += "\nt" + std::to_string(i);
+      for (int j = lower ? 0 : i + 1; j < (lower ? i : n); ++j) {
+        text += " " + std::to_string(1000 * std::min(i, j) + std::max(i, j));
+      }
+    }
+    const LabelledMatrix matrix = ReadMatrix(Source("f", text));
+    for (int i = 0; i < n; ++i) {
+      for (int j = 0; j < i; ++j) {
+        ASSERT_EQ(matrix.distances(i, j), 1000 * j + i);
+        ASSERT_EQ(matrix.distances(j, i), 1000 * j + i);
+      }
+    }
+  }
+}
+
 TEST(Formats, TakeMissingDistancesAndRefuseWrongOnes) {
   const LabelledMatrix matrix = ReadMatrix(Source("f", "4\na\nb NaN\nc -1 NA\nd - -1.000 1e-1\n"));
   EXPECT_EQ(matrix.distances.Undefined().size(), 5u);
   EXPECT_EQ(matrix.distances(3, 2), 0.1);
+  // Halves that were rounded each by itself.
+  EXPECT_EQ(ReadMatrix(Source("f", "2\na -1 +1.00001\nb 1 0\n")).distances(0, 1), 1.000005);
   const std::vector<std::pair<string, string>> cases{
-      {"4\na 0 1 1 1\nb 2 0 -3 1\nc 1 nan .5 1e999\nd 1 -1\n 1 0",
-       "f:3:7: distance -3; write a number that is 0 or more, or NA for none\n"
-       "f:3:3: distance 2 of b to a, but 1 the other way; make them the same\n"
+      {"4\na 0 1 1 1\nb 1.001 0 -3 1\nc 1 nan .5 1e999\nd 1 -1\n 1 0",
+       "f:3:11: distance -3; write a number that is 0 or more, or NA for none\n"
+       "f:3:3: distance 1.001 of b to a, but 1 the other way; make them the same\n"
        "f:4:9: distance 0.5 of c to itself; write 0\n"
        "f:4:12: distance inf; write a number that is 0 or more, or NA for none\n"
        "f:5:5: distance nan of d to b, but 1 the other way; make them the same"},
@@ -209,6 +233,11 @@ TEST(Formats, WriteMatricesThatReadBackTheSame) {
   const string text = FormatSquareMatrix({"a b", "longer_than_ten"}, distances);
   EXPECT_EQ(text, "2\na_b        0 0.30000000000000004\nlonger_than_ten 0.30000000000000004 0\n");
   EXPECT_EQ(ReadMatrix(Source("f", text)).distances(1, 0), 0.1 + 0.2);
+  const DistanceMatrix random = zorvek::test::Matrix(40, zorvek::test::RandomDistances(1));
+  const DistanceMatrix back =
+      ReadMatrix(Source("f", FormatSquareMatrix(Strings(40, "x"), random))).distances;
+  for (int i = 0; i < 40; ++i)
+    EXPECT_TRUE(std::equal(back.Rows()[i], back.Rows()[i] + 40, random.Rows()[i]));
   EXPECT_EQ(Listed(Strings(22, "x"), ""), string(20, 'x') + "and 2 more");
 }
 

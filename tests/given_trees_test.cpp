@@ -41,7 +41,8 @@ TEST_F(GivenTreesTest, StartsFromATreeOrOnlyFitsTrees) {
   Write("other", "#NEXUS begin trees; tree t = [&R] ((c,a),(b,(e,d))); end;");
   Write("star", "(a,b,c,d,e);");
   const Ended table = Run("m --matrix --evaluate two --newick fitted");
-  EXPECT_TRUE(Contains(table.out, "\n1\t28\t28\t28\t0\n2\t29.5\t29.5\t")) << table.out << table.err;
+  EXPECT_TRUE(Contains(table.out, "\n1\t28\t28\t28\t0\n2\t29.5\t29.5\t31\t1\n"))
+      << table.out << table.err;
   EXPECT_EQ(Read("fitted").substr(0, 31), "(a:1,b:2,(c:4,(d:5,e:6):7):3);\n");
   EXPECT_EQ(Files(), (std::vector<string>{"fitted", "m", "other", "star", "two"}));
 
@@ -51,8 +52,8 @@ TEST_F(GivenTreesTest, StartsFromATreeOrOnlyFitsTrees) {
   EXPECT_EQ(Tree("m --matrix --tree other"), "(a:1,b:2,(c:4,(d:5,e:6):7):3);\n");
   EXPECT_EQ(Tree("m --matrix --tree star"), "(a:1,b:2,(c:4,(d:5,e:6):7):3);\n");
   // Least squares on the same two trees: of the second the inner edge to {a, c} is negative.
-  EXPECT_TRUE(
-      Contains(Run("m --matrix --criterion ols --evaluate two").out, "\n1\t28\t28\t28\t0\n"));
+  EXPECT_TRUE(Contains(Run("m --matrix --criterion ols --evaluate two").out,
+                       "\n1\t28\t28\t28\t0\n2\t31\t29.5\t31\t1\n"));
 
   Write("less", "(a,b,(c,f),d);");
   const Ended refused = Run("m --matrix --tree less");

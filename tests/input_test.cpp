@@ -234,6 +234,8 @@ TEST(Diagnosis, OfWhatTheLibraryRefuses) {
   const std::string taxaBlock = "BEGIN TAXA; DIMENSIONS NTAX=3; TAXLABELS x y z; END;\n";
   const std::vector<std::pair<std::string, std::string>> inputs = {
       {"", "it is empty"},
+      {std::string(400, 'x'), "Expecting #NEXUS to be the first token in the file, but found " +
+                                  std::string(238, 'x') + "... (line 1, column 401)"},
       {">a\nACGT\n",
        "Expecting #NEXUS to be the first token in the file, but found > instead (line 1, column "
        "2)"},

@@ -105,6 +105,14 @@ std::map<std::set<int>, std::pair<double, double>> Edges(const Tree& tree) {
   return edges;
 }
 
+double PathLength(const Tree& tree, int a, int b) {
+  double sum = 0;
+  for (const auto& [split, edge] : Edges(tree)) {
+    if (split.count(a) != split.count(b)) sum += std::max(edge.first, 0.0);
+  }
+  return sum;
+}
+
 Tree Contracted(const Tree& tree, const std::vector<bool>& gone) {
   Tree result;
   result.taxa = tree.taxa;

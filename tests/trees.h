@@ -36,6 +36,9 @@ std::vector<std::set<int>> Splits(const Tree& view);
 // one; a half with another support shows as a support of -9.
 std::map<std::set<int>, std::pair<double, double>> Edges(const Tree& tree);
 
+// Between two taxa, without negative edges.
+double PathLength(const Tree& tree, int a, int b);
+
 // The tree without its inner edges for which `gone` is true, by node: polytomies stand there.
 Tree Contracted(const Tree& tree, const std::vector<bool>& gone);
 

@@ -84,15 +84,6 @@ TEST(WideTree, RootsCarryLengthsAndSupportsToTheRightEdges) {
   }
 }
 
-// Path lengths between taxa.
-double Apart(const Tree& tree, int a, int b) {
-  double sum = 0;
-  for (const auto& [split, edge] : Edges(tree)) {
-    if (split.count(a) != split.count(b)) sum += std::max(edge.first, 0.0);
-  }
-  return sum;
-}
-
 double DepthOf(const Tree& tree, int node) {
   double depth = 0;
   for (; node != tree.root; node = tree.At(node).parent) depth += tree.ShownLength(node);
@@ -107,7 +98,7 @@ TEST(WideTree, TheMidpointIsHalfOfTheLongestPathFromBothItsEnds) {
     double longest = 0;
     double deepest[2] = {0, 0};
     for (int a = 0; a < tree.taxa; ++a) {
-      for (int b = 0; b < a; ++b) longest = std::max(longest, Apart(tree, a, b));
+      for (int b = 0; b < a; ++b) longest = std::max(longest, test::PathLength(tree, a, b));
       int side = a;
       while (rooted.At(side).parent != rooted.root) side = rooted.At(side).parent;
       double& depth = deepest[side == rooted.At(rooted.root).children[0] ? 0 : 1];
@@ -168,17 +159,17 @@ TEST(WideTree, ATopologyKeepsTheGroupsAndResolvesPolytomies) {
 }
 
 TEST(WideTree, IsLadderised) {
-  // (a,(b,d),(c,(e,f))), put together the other way round.
+  // (a,(e,(b,f),(c,d))), put together the other way round.
   Tree tree;
   tree.taxa = 6;
   tree.nodes.resize(10);
   tree.root = 9;
-  tree.nodes[9].children = {8, 6, 0};
-  tree.nodes[8].children = {7, 2};
-  tree.nodes[7].children = {5, 4};
-  tree.nodes[6].children = {3, 1};
+  tree.nodes[9].children = {8, 0};
+  tree.nodes[8].children = {7, 6, 4};
+  tree.nodes[7].children = {3, 2};
+  tree.nodes[6].children = {5, 1};
   Ladderise(tree);
-  EXPECT_EQ(tree.preorder, (std::vector<int>{9, 0, 6, 1, 3, 8, 2, 7, 4, 5}));
+  EXPECT_EQ(tree.preorder, (std::vector<int>{9, 0, 8, 4, 6, 1, 5, 7, 2, 3}));
 }
 
 TEST(WideNewick, QuotesOnlyWhatAReaderWouldTakeApart) {
@@ -215,8 +206,9 @@ TEST(WideNewick, ReadsBackTheSameLengths) {
   EXPECT_TRUE(Contains(text, "'it''s (7)':"));
   EXPECT_TRUE(Contains(text, ")12.5:"));
   EXPECT_TRUE(Contains(NexusTrees({view}, labels), "\n    8 'it''s (7)',\n"));
-  EXPECT_TRUE(Contains(NexusTrees({view}, labels), "[&U]"));
-  EXPECT_TRUE(Contains(NexusTrees({RootedAtMidpoint(view)}, labels), "[&R]"));
+  const std::string two = NexusTrees({view, RootedAtMidpoint(view)}, labels);
+  EXPECT_TRUE(Contains(two, "TREE zorvek_wide_1 = [&U] "));
+  EXPECT_TRUE(Contains(two, "TREE zorvek_wide_2 = [&R] "));
 }
 
 }  // namespace

@@ -3,13 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <map>
 #include <random>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "core/index.h"
 #include "tests/data.h"
 #include "tests/trees.h"
 #include "wide/criterion/ols_neighbourhood.h"
@@ -52,6 +55,75 @@ TEST(WideIdentical, TaxaThatAreTheSameStayTogether) {
       const bool trivial = members.size() < 2 || members.size() + 1 >= kind.size();
       EXPECT_TRUE(trivial || std::count(splits.begin(), splits.end(), members) == 1);
       for (const int taxon : group) EXPECT_EQ(view.At(taxon).length, 0);
+    }
+  }
+  // At distance 0, and yet not the same.
+  const DistanceMatrix near = zorvek::test::Matrix(4, [](int i, int j) { return i + j - 1.0; });
+  EXPECT_TRUE(IdenticalTaxa(4, near.Rows()).empty());
+}
+
+TEST(WideIdentical, TaxaComeTogetherWhereTheTreeIsShortest) {
+  std::mt19937_64 generator(1);
+  for (int trial = 0; trial < 30; ++trial) {
+    auto random = zorvek::test::RandomDistances(static_cast<std::uint32_t>(trial));
+    const DistanceMatrix one = zorvek::test::Matrix(10, random);
+    const std::vector<int> group{0, 1, 2};
+    const DistanceMatrix distances =
+        zorvek::test::Matrix(10, [&](int i, int j) { return j < 3 ? 0 : one(i < 3 ? 0 : i, j); });
+    OlsNeighbourhood tree(JoinNeighbours(10, distances.Rows(), 0, &generator), distances.Rows());
+    double least = HUGE_VAL;
+    for (const int anchor : group) {
+      Topology there = tree.Current();
+      for (const int taxon : group) {
+        const int holder = there.leaf_adjacent[Index(taxon)];
+        const int beside = there.leaf_adjacent[Index(anchor)];
+        if (holder != beside) there.Apply({holder, taxon, anchor, beside});
+      }
+      least = std::min(least, OlsNeighbourhood(there, distances.Rows()).Length());
+    }
+    KeepTogether({group}, tree);
+    EXPECT_NEAR(tree.Length(), least, 1e-12);
+  }
+}
+
+// Edges of distances along a tree are those of the tree, however they are found.
+TEST(WideFit, GivesTheLengthsOfAnAdditiveTree) {
+  for (const double unit : {1.0, 1e200}) {
+    for (const int n : {4, 5, 30}) {
+      const auto along = zorvek::test::TreeLikeDistances(n, 0, 1);
+      const auto scaled = [&](int i, int j) { return unit * std::function(along)(i, j); };
+      const DistanceMatrix given = zorvek::test::Matrix(n, scaled);
+      DistanceMatrix used = zorvek::test::Matrix(n, scaled);
+      std::vector<double*> rows;
+      for (int i = 0; i < n; ++i) rows.push_back(used.Row(i));
+      std::vector<SearchResult> found;
+      found.push_back(JoinedTree(n, rows.data()));
+      for (const Criterion criterion : {Criterion::kBalanced, Criterion::kOls}) {
+        found.push_back(FitTree(found[0].tree, given.Rows(), criterion));
+      }
+      for (const auto& [tree, length] : found) {
+        EXPECT_NEAR(length / unit, TotalLength(tree) / unit, 1e-12);
+        for (int i = 0; i < n; ++i) {
+          for (int j = 0; j < i; ++j) {
+            EXPECT_NEAR(test::PathLength(tree, i, j) / unit, given(i, j) / unit, 1e-12);
+          }
+        }
+      }
+    }
+  }
+}
+
+// Rounding makes no group, but a short edge is one.
+TEST(WideFit, ClearsEdgesThatAreRoundingAlone) {
+  for (const double inner : {0.0, 1e-9}) {
+    const DistanceMatrix star = zorvek::test::Matrix(4, [=](int i, int j) {
+      return 0.1 * (i + 1) + 0.1 * (j + 1) + (i / 2 == j / 2 ? 0 : inner);
+    });
+    for (const Criterion criterion : {Criterion::kBalanced, Criterion::kOls}) {
+      SearchSettings settings;
+      settings.criterion = criterion;
+      const Tree tree = FindShortestTree(4, star.Rows(), settings).tree;
+      EXPECT_EQ(tree.IsGroup(tree.root == 4 ? 5 : 4), inner > 0);
     }
   }
 }
@@ -231,8 +303,21 @@ TEST(WideSearch, DependsOnItsSeedAndNotOnTheThreads) {
     const auto find = [&, n = taxa] { return FindShortestTree(n, matrix.Rows(), settings); };
     const double descended = find().length;
     settings.iterations = iterations;
+    double least = HUGE_VAL;
+    std::map<Progress::Phase, double> reached;
+    settings.on_progress = [&](const Progress& progress) {
+      EXPECT_GE(progress.fraction, 0);
+      EXPECT_LE(progress.fraction, 1);
+      reached[progress.phase] = progress.fraction;
+      if (!progress.improved) return;
+      EXPECT_LT(progress.length, least);
+      least = progress.length;
+    };
     const SearchResult alone = find();
     EXPECT_LT(alone.length, descended);
+    EXPECT_NEAR(alone.length, least, 1e-12);
+    EXPECT_EQ(reached[Progress::kDescent] + reached[Progress::kIterations], 2);
+    settings.on_progress = nullptr;
     settings.threads = 3;
     const SearchResult shared = find();
     EXPECT_EQ(alone.length, shared.length);
