@@ -23,6 +23,7 @@
 #include <cmath>
 
 #include "core/index.h"
+#include "core/parallel.h"
 
 namespace zorvek::wide {
 
@@ -30,6 +31,7 @@ namespace {
 
 constexpr double kShorter = 1e-12;   // share of the largest distance
 constexpr int kMostExponent = 1000;  // of the unit, so that it and its inverse are ordinary numbers
+constexpr int kBlock = 256;          // columns of D that are filled together
 
 double Largest(int n, const double* const* distances) {
   double largest = 0;
@@ -48,7 +50,7 @@ double UnitOf(double largest) {
 }  // namespace
 
 BalancedNeighbourhood::BalancedNeighbourhood(const Topology& topology,
-                                             const double* const* distances)
+                                             const double* const* distances, int threads)
     : distances_(distances),
       row_(Index(topology.Nodes())),
       node_(row_.size()),
@@ -57,20 +59,35 @@ BalancedNeighbourhood::BalancedNeighbourhood(const Topology& topology,
       first_(row_.size()),
       averages_(MakeLargeTable<double>(row_.size() * row_.size())),
       place_(row_.size()),
-      reached_(row_.size()),
       behind_(row_.size()) {
   const double largest = Largest(topology.taxa, distances);
   unit_ = UnitOf(largest);
   margin_ = kShorter * (largest / unit_);
+  UseThreads(threads);
   Set(topology);
 }
 
+void BalancedNeighbourhood::UseThreads(int threads) {
+  reached_.resize(Index(std::max(1, threads)));
+}
+
+// Columns do not depend on each other but within the rows of leaves.
 void BalancedNeighbourhood::Set(const Topology& topology) {
   topology_ = topology;
   NumberNodes();
-  FillUnrelated(distances_);
-  FillAncestors();
-  Mirror();
+  const int rows = topology_.Nodes();
+  const auto share = [&](auto&& fill) {
+    ForEach((rows + kBlock - 1) / kBlock, Threads(),
+            [&](int block, int) { fill(block * kBlock, std::min((block + 1) * kBlock, rows)); });
+  };
+  share([&](int from, int to) {
+    for (int u = from; u < to; ++u) {
+      if (IsLeaf(u)) FillLeaf(u);
+    }
+  });
+  share([&](int from, int to) { FillUnrelated(from, to); });
+  share([&](int from, int to) { FillAncestors(from, to); });
+  share([&](int from, int to) { Mirror(from, to); });
   TakeAcross();
   ordered_ = false;
   SumLength();
@@ -119,33 +136,35 @@ void BalancedNeighbourhood::NumberNodes() {
   }
 }
 
-// D of the pairs neither of which is below the other, in the row of the later one.
-void BalancedNeighbourhood::FillUnrelated(const double* const* distances) {
+// D between a leaf and the nodes before it, and between taxon 0 and all.
+void BalancedNeighbourhood::FillLeaf(int u) {
   const double scale = 1 / unit_;
-  const int rows = topology_.Nodes();
-  for (int u = 0; u < rows; ++u) {
-    double* row = Row(u);
-    row[u] = 0;
-    if (!IsLeaf(u)) {
-      const double* small = Row(u - 1);
-      const double* large = Row(first_[Index(u - 1)] - 1);
-      for (int v = 0; v < first_[Index(u)]; ++v) row[v] = (large[v] + small[v]) * 0.5;
-      continue;
-    }
-    const double* own = distances[node_[Index(u)]];
-    for (int v = u == 0 ? 1 : 0; v < (u == 0 ? rows : u); ++v) {
-      row[v] = IsLeaf(v) ? own[node_[Index(v)]] * scale
-                         : (row[v - 1] + row[first_[Index(v - 1)] - 1]) * 0.5;
-    }
+  const double* own = distances_[node_[Index(u)]];
+  double* row = Row(u);
+  for (int v = u == 0 ? 1 : 0; v < (u == 0 ? topology_.Nodes() : u); ++v) {
+    row[v] = IsLeaf(v) ? own[node_[Index(v)]] * scale
+                       : (row[v - 1] + row[first_[Index(v - 1)] - 1]) * 0.5;
   }
-  for (int u = 1; u < rows; ++u) Row(u)[0] = Row(0)[u];
+}
+
+// D of the pairs neither of which is below the other, in the row of the later one, which is no leaf.
+void BalancedNeighbourhood::FillUnrelated(int from, int to) {
+  for (int u = from; u < topology_.Nodes(); ++u) {
+    double* row = Row(u);
+    if (u < to) row[u] = 0;
+    if (IsLeaf(u)) continue;
+    const double* small = Row(u - 1);
+    const double* large = Row(first_[Index(u - 1)] - 1);
+    const int end = std::min(to, first_[Index(u)]);
+    for (int v = from; v < end; ++v) row[v] = (large[v] + small[v]) * 0.5;
+  }
 }
 
 // D of the pairs of a node and one below it, in the row of the upper one. The columns that are read are
 // those of the smaller subtrees.
-void BalancedNeighbourhood::FillAncestors() {
-  for (int u = topology_.Nodes() - 1; u > 0; --u) {
-    if (IsLeaf(u)) continue;
+void BalancedNeighbourhood::FillAncestors(int from, int to) {
+  for (int u = topology_.Nodes() - 1; u > from; --u) {
+    if (IsLeaf(u) || first_[Index(u)] >= to) continue;
     const int small = u - 1;
     const int large = first_[Index(small)] - 1;
     const std::array<int, 3>& near = near_[Index(u)];
@@ -153,19 +172,23 @@ void BalancedNeighbourhood::FillAncestors() {
     const double* up = Row(parent);
     const double* other = Row(small);
     double* row = Row(u);
-    for (int v = first_[Index(large)]; v <= large; ++v) row[v] = (up[v] + other[v]) * 0.5;
-    for (int v = first_[Index(small)]; v <= small; ++v) row[v] = (up[v] + At(v, large)) * 0.5;
+    for (int v = std::max(from, first_[Index(u)]); v <= std::min(large, to - 1); ++v) {
+      row[v] = (up[v] + other[v]) * 0.5;
+    }
+    for (int v = std::max(from, first_[Index(small)]); v <= std::min(small, to - 1); ++v) {
+      row[v] = (up[v] + At(v, large)) * 0.5;
+    }
   }
 }
 
-// Copies what is below the diagonal to the other side, in squares that the cache holds.
-void BalancedNeighbourhood::Mirror() {
+// Copies what is below the diagonal in these columns to the other side, in squares that the cache holds.
+void BalancedNeighbourhood::Mirror(int from, int to) {
   constexpr int kSide = 32;
   const int rows = topology_.Nodes();
-  for (int u = 0; u < rows; u += kSide) {
-    for (int v = 0; v <= u; v += kSide) {
+  for (int v = from; v < to; v += kSide) {
+    for (int u = v; u < rows; u += kSide) {
       const int below = std::min(u + kSide, rows);
-      for (int j = v; j < std::min(v + kSide, below); ++j) {
+      for (int j = v; j < std::min(v + kSide, to); ++j) {
         double* row = Row(j);
         for (int i = std::max(u, j + 1); i < below; ++i) row[i] = At(i, j);
       }
@@ -252,20 +275,25 @@ bool BalancedNeighbourhood::BestNni(int u, int v, SprMove& best) {
   return true;
 }
 
-// Both sides of the holder are scanned: below it, or below and above.
-bool BalancedNeighbourhood::BestSpr(int holder, int subtree, SprMove& best) {
+void BalancedNeighbourhood::Scan() {
   if (!ordered_) OrderVisits();
+}
+
+// Both sides of the holder are scanned: below it, or below and above.
+bool BalancedNeighbourhood::BestSpr(int holder, int subtree, SprMove& best, int thread) {
   const int x = RowOf(subtree), p = RowOf(holder);
   const auto [a, b] = Others(p, x);
   const double here = At(x, a) + At(x, b) - At(a, b);
   const int above = visits_[Index(visits_[Index(place_[Index(p)])].parent)].row;
-  SprScan scan{Row(x), nullptr, here - 2 * margin_, {-1, -1}};
+  std::vector<Reached>& reached = reached_[Index(thread)];
+  reached.resize(row_.size());
+  SprScan scan{Row(x), nullptr, reached.data(), here - 2 * margin_, {-1, -1}};
   for (const auto& [start, other] : {std::pair(a, b), std::pair(b, a)}) {
     scan.b = Row(other);
     if (start == above) {
       ScanAbove(p, other, scan);
     } else {
-      reached_[Index(place_[Index(start)])] = {scan.x[other], 0.25};
+      scan.reached[place_[Index(start)]] = {scan.x[other], 0.25};
       ScanBelow(place_[Index(start)], scan);
     }
   }
@@ -291,13 +319,13 @@ inline BalancedNeighbourhood::Reached BalancedNeighbourhood::Cost(const SprScan&
 }
 
 // Scans the edges below the node at a place, which has been reached.
-void BalancedNeighbourhood::ScanBelow(int start, SprScan& scan) {
+void BalancedNeighbourhood::ScanBelow(int start, SprScan& scan) const {
   double least = scan.least;
   int found = -1;
   for (int k = start + 1; k < visits_[Index(start)].end; ++k) {
     const Visit& at = visits_[Index(k)];
     double cost;
-    reached_[Index(k)] = Cost(scan, reached_[Index(at.parent)], at.row, at.beside, at.across, cost);
+    scan.reached[k] = Cost(scan, scan.reached[at.parent], at.row, at.beside, at.across, cost);
     if (cost < least) {
       least = cost;
       found = k;
@@ -310,7 +338,7 @@ void BalancedNeighbourhood::ScanBelow(int start, SprScan& scan) {
 }
 
 // Scans the edges outside the subtree of the holder, whose other one besides X is B = `other`.
-void BalancedNeighbourhood::ScanAbove(int holder, int other, SprScan& scan) {
+void BalancedNeighbourhood::ScanAbove(int holder, int other, SprScan& scan) const {
   int from = place_[Index(holder)];
   Reached reached{scan.x[other], 0.25};
   for (int at = visits_[Index(from)].parent; at != 0; at = visits_[Index(at)].parent) {
@@ -319,7 +347,7 @@ void BalancedNeighbourhood::ScanAbove(int holder, int other, SprScan& scan) {
     const int down = visits_[Index(from)].beside;
     const int below = place_[Index(down)];
     double cost;
-    reached_[Index(below)] = Cost(scan, reached, down, up, visits_[Index(below)].across, cost);
+    scan.reached[below] = Cost(scan, reached, down, up, visits_[Index(below)].across, cost);
     if (cost < scan.least) {
       scan.least = cost;
       scan.target = {here.row, down};

@@ -33,9 +33,12 @@ namespace zorvek::wide {
 class BalancedNeighbourhood : public Neighbourhood {
  public:
   // Requires: n >= 4, a symmetric matrix of finite numbers that outlives it.  Cost: n^2.
-  BalancedNeighbourhood(const Topology& topology, const double* const* distances);
+  BalancedNeighbourhood(const Topology& topology, const double* const* distances, int threads = 1);
 
-  // Makes all averages anew.  Cost: n^2.
+  int Threads() const override { return static_cast<int>(reached_.size()); }
+  void UseThreads(int threads) override;
+
+  // Makes all averages anew.  Cost: n^2, shared by the threads.
   void Set(const Topology& topology) override;
 
   const Topology& Current() const override { return topology_; }
@@ -46,11 +49,16 @@ class BalancedNeighbourhood : public Neighbourhood {
   // 1e-12 of the largest distance.
   double Margin() override { return margin_ * unit_; }
 
+  void Scan() override;
+
   // Cost: constant for each edge outside the subtree; it reads two rows of D.
-  bool BestSpr(int holder, int subtree, SprMove& best) override;
+  using Neighbourhood::BestSpr;
+  bool BestSpr(int holder, int subtree, SprMove& best, int thread) override;
 
   // Cost: constant.
   bool BestNni(int u, int v, SprMove& best) override;
+
+  bool MovesAreDear() const override { return true; }
 
   // Remakes the averages of the pairs of subtrees that the move changes.
   // Cost: n for each node on the way, and n times the mean depth of the subtrees that hang from it; from
@@ -82,11 +90,12 @@ class BalancedNeighbourhood : public Neighbourhood {
 
   using Target = std::pair<int, int>;
 
-  // The rows of X and of B, the subtree on the other side of its holder from where the scan goes; the
-  // least cost so far, twice, and the edge that has it.
+  // The rows of X and of B, the subtree on the other side of its holder from where the scan goes; what
+  // it has reached, by place; the least cost so far, twice, and the edge that has it.
   struct SprScan {
     const double* x;
     const double* b;
+    Reached* reached;
     double least;
     Target target;
   };
@@ -116,17 +125,18 @@ class BalancedNeighbourhood : public Neighbourhood {
   std::pair<int, int> Others(int row, int skipped) const;
 
   void NumberNodes();
-  void FillUnrelated(const double* const* distances);
-  void FillAncestors();
-  void Mirror();
+  void FillLeaf(int u);
+  void FillUnrelated(int from, int to);
+  void FillAncestors(int from, int to);
+  void Mirror(int from, int to);
   void TakeAcross();
   void OrderVisits();
   void SumLength();
 
   static Reached Cost(const SprScan& scan, const Reached& behind, int next, int side, double across,
                       double& cost);
-  void ScanBelow(int start, SprScan& scan);
-  void ScanAbove(int holder, int other, SprScan& scan);
+  void ScanBelow(int start, SprScan& scan) const;
+  void ScanAbove(int holder, int other, SprScan& scan) const;
   void Write(int u, int v, double average);
   void WriteAcross(int u, int v, double average);
   void Link(const SprMove& move);
@@ -151,10 +161,10 @@ class BalancedNeighbourhood : public Neighbourhood {
   std::vector<int> first_;                     // the lowest row in the subtree, while D is made
   LargeTable<double> averages_;                // D, rows of 2n-2; the diagonal is 0
 
-  std::vector<Visit> visits_;     // the nodes in the order of the scans
-  std::vector<int> place_;        // there, by row
-  bool ordered_ = false;          // whether the two are those of the present tree
-  std::vector<Reached> reached_;  // by place
+  std::vector<Visit> visits_;                  // the nodes in the order of the scans
+  std::vector<int> place_;                     // there, by row
+  bool ordered_ = false;                       // whether the two are those of the present tree
+  std::vector<std::vector<Reached>> reached_;  // of each thread, by place
   std::vector<Hanging> open_;
   std::vector<int> behind_;
   std::vector<PathNode> path_;

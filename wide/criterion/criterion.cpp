@@ -8,10 +8,10 @@
 namespace zorvek::wide {
 
 std::unique_ptr<Neighbourhood> MakeNeighbourhood(Criterion criterion, const Topology& topology,
-                                                 const double* const* distances) {
+                                                 const double* const* distances, int threads) {
   switch (criterion) {
     case Criterion::kBalanced:
-      return std::make_unique<BalancedNeighbourhood>(topology, distances);
+      return std::make_unique<BalancedNeighbourhood>(topology, distances, threads);
     case Criterion::kOls:
       return std::make_unique<OlsNeighbourhood>(topology, distances);
   }

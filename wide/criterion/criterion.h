@@ -13,7 +13,7 @@ namespace zorvek::wide {
 // The neighbourhood of a tree under a criterion.
 // Requires: n >= 4, a symmetric matrix of finite numbers that outlives it.
 std::unique_ptr<Neighbourhood> MakeNeighbourhood(Criterion criterion, const Topology& topology,
-                                                 const double* const* distances);
+                                                 const double* const* distances, int threads = 1);
 
 }  // namespace zorvek::wide
 

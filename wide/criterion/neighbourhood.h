@@ -11,11 +11,15 @@
 
 namespace zorvek::wide {
 
-// One instance serves one thread. What it says depends on the distances and the topology alone, but for
-// rounding.
+// What it says depends on the distances and the topology alone, but for rounding. One instance serves one
+// thread; it may share its own work with others.
 class Neighbourhood {
  public:
   virtual ~Neighbourhood() = default;
+
+  // By how many threads work on the whole tree is shared. A criterion that cannot share it stays at 1.
+  virtual int Threads() const { return 1; }
+  virtual void UseThreads(int) {}
 
   // Takes another tree.
   virtual void Set(const Topology& topology) = 0;
@@ -29,11 +33,21 @@ class Neighbourhood {
   virtual double Margin() = 0;
 
   // The SPR move of the subtree `subtree` held by `holder` that shortens the tree most, and by more than
-  // the margin, the first of equal ones. Returns whether there is one.
-  virtual bool BestSpr(int holder, int subtree, SprMove& best) = 0;
+  // the margin, the first of equal ones. Returns whether there is one. Once Scan() was called, and until
+  // the tree changes, threads with the numbers 0..Threads()-1 may ask at a time.
+  virtual void Scan() = 0;
+  virtual bool BestSpr(int holder, int subtree, SprMove& best, int thread) = 0;
+  bool BestSpr(int holder, int subtree, SprMove& best) {
+    Scan();
+    return BestSpr(holder, subtree, best, 0);
+  }
 
   // The same of the two NNIs across the edge between internal nodes u and v.
   virtual bool BestNni(int u, int v, SprMove& best) = 0;
+
+  // Whether a move takes far longer to make than to find, so that whoever descends had better look around
+  // the whole tree for the best ones, and make many of them together.
+  virtual bool MovesAreDear() const = 0;
 
   // Makes a move; the ends of its new place may stand in either order.
   virtual void Apply(const SprMove& move) = 0;

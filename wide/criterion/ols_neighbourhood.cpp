@@ -50,7 +50,7 @@ OlsNeighbourhood::OlsNeighbourhood(const Topology& topology, const double* const
   for (std::size_t k = 1; k < inverse_.size(); ++k) inverse_[k] = 1 / static_cast<double>(k);
 }
 
-bool OlsNeighbourhood::BestSpr(int holder, int subtree, SprMove& best) {
+bool OlsNeighbourhood::BestSpr(int holder, int subtree, SprMove& best, int) {
   found_.clear();
   SprMoves(holder, subtree, Margin(), found_);
   const std::size_t judged = std::min(kJudged, found_.size());

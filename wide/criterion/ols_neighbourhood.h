@@ -43,9 +43,12 @@ class OlsNeighbourhood : public Neighbourhood {
   // 1e-12 of the length.
   double Margin() override { return Length() * kShorter; }
 
+  void Scan() override {}
+
   // Judges the most promising moves by the length they give.
   // Cost: constant for each edge outside the subtree, and LengthAfter of a few.
-  bool BestSpr(int holder, int subtree, SprMove& best) override;
+  using Neighbourhood::BestSpr;
+  bool BestSpr(int holder, int subtree, SprMove& best, int thread) override;
 
   // Cost: LengthAfter of two moves.
   bool BestNni(int u, int v, SprMove& best) override;
@@ -58,6 +61,8 @@ class OlsNeighbourhood : public Neighbourhood {
   // What Length() would be after a move of the subtree whose moves were asked for last.
   // Cost: the number of edges on the way, and the smaller of two subtrees for two pairs.
   double LengthAfter(const SprMove& move);
+
+  bool MovesAreDear() const override { return false; }
 
   // Cost: as Set.
   void Apply(const SprMove& move) override { tree_.Apply(move); }

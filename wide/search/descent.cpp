@@ -1,9 +1,12 @@
 #include "wide/search/descent.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
+#include <utility>
 
 #include "core/index.h"
+#include "core/parallel.h"
 
 namespace zorvek::wide {
 
@@ -11,24 +14,72 @@ namespace {
 
 // So many taxa to a move make it cheaper to make all averages of the tree anew than to make the moves
 // one by one.
-constexpr std::size_t kTaxaPerMove = 20;
+constexpr std::size_t kTaxaPerMove = 50;
+
+constexpr int kScanned = 16;  // nodes that a thread looks around at a time
+
+// Those of the moves, which are in order of preference, that are far enough from the ones before them not
+// to change what these gain, nor where they go: the way of each, from its holder to its new place,
+// touches no neighbour of theirs.
+std::vector<SprMove> Apart(const std::vector<SprMove>& moves, const Topology& tree) {
+  std::vector<int> parent(Index(tree.Nodes()), -1), depth(Index(tree.Nodes()));
+  std::vector<int> open{tree.leaf_adjacent[0]};
+  parent[Index(open[0])] = 0;
+  while (!open.empty()) {
+    const int node = open.back();
+    open.pop_back();
+    if (tree.IsLeaf(node)) continue;
+    const auto [a, b] = tree.Others(node, parent[Index(node)]);
+    for (const int near : {a, b}) {
+      parent[Index(near)] = node;
+      depth[Index(near)] = depth[Index(node)] + 1;
+      open.push_back(near);
+    }
+  }
+  std::vector<char> taken(Index(tree.Nodes()));
+  std::vector<SprMove> apart;
+  std::vector<int> way;
+  for (const SprMove& move : moves) {
+    int u = move.holder, v = move.from;
+    way = {u, v};
+    while (u != v) {
+      int& lower = depth[Index(u)] > depth[Index(v)] ? u : v;
+      lower = parent[Index(lower)];
+      way.push_back(lower);
+    }
+    if (std::any_of(way.begin(), way.end(), [&](int node) { return taken[Index(node)] != 0; })) {
+      continue;
+    }
+    apart.push_back(move);
+    for (const int node : way) {
+      for (const int near : tree.At(node)) taken[Index(near)] = true;
+    }
+  }
+  return apart;
+}
+
+void SortByGain(std::vector<SprMove>& moves) {
+  std::stable_sort(moves.begin(), moves.end(),
+                   [](const SprMove& x, const SprMove& y) { return x.gain > y.gain; });
+}
 
 }  // namespace
 
 Descent::Descent(std::unique_ptr<Neighbourhood> neighbourhood)
     : neighbourhood_(std::move(neighbourhood)), queued_(Index(Current().Nodes())) {}
 
-void Descent::ByNni(const Poll& poll) {
+void Descent::ByNni(const Poll& poll, bool to_the_end) {
   const std::size_t many = Index(Current().taxa) / kTaxaPerMove;
   for (double rounds = 1;; ++rounds) {
-    const std::vector<SprMove> moves = NniBatch();
+    const std::vector<SprMove> moves = Apart(NniMoves(), Current());
     if (moves.empty() || poll(1 - 1 / rounds)) return;
-    if (!(moves.size() > many ? MakeTogether(moves) : MakeSingly(moves))) return;
+    if (!to_the_end && moves.size() <= many && neighbourhood_->MovesAreDear()) return;
+    if (!(moves.size() > many ? MakeTogether(moves) : MakeNnisSingly(moves))) return;
   }
 }
 
-// The best NNIs of the tree, by decreasing gain, of edges that do not touch each other's neighbours.
-std::vector<SprMove> Descent::NniBatch() {
+// The best NNI of each internal edge that has any, by decreasing gain.
+std::vector<SprMove> Descent::NniMoves() {
   const Topology& tree = Current();
   std::vector<SprMove> moves;
   for (int node = tree.taxa; node < tree.Nodes(); ++node) {
@@ -37,17 +88,7 @@ std::vector<SprMove> Descent::NniBatch() {
       if (near > node && neighbourhood_->BestNni(node, near, move)) moves.push_back(move);
     }
   }
-  std::stable_sort(moves.begin(), moves.end(),
-                   [](const SprMove& x, const SprMove& y) { return x.gain > y.gain; });
-  std::vector<char> taken(Index(tree.Nodes()));
-  const auto touches = [&](const SprMove& move) {
-    if (taken[Index(move.holder)] || taken[Index(move.from)]) return true;
-    for (const int end : {move.holder, move.from}) {
-      for (const int near : tree.At(end)) taken[Index(near)] = true;
-    }
-    return false;
-  };
-  moves.erase(std::remove_if(moves.begin(), moves.end(), touches), moves.end());
+  SortByGain(moves);
   return moves;
 }
 
@@ -66,7 +107,7 @@ bool Descent::MakeTogether(const std::vector<SprMove>& moves) {
 }
 
 // Makes the moves one by one, each only if it still shortens the tree.
-bool Descent::MakeSingly(const std::vector<SprMove>& moves) {
+bool Descent::MakeNnisSingly(const std::vector<SprMove>& moves) {
   bool any = false;
   for (const SprMove& move : moves) {
     SprMove best;
@@ -78,9 +119,52 @@ bool Descent::MakeSingly(const std::vector<SprMove>& moves) {
 }
 
 void Descent::BySpr(const Poll& poll) {
+  if (neighbourhood_->MovesAreDear()) {
+    while (SprRound(poll)) {
+    }
+    return;
+  }
   do {
-    EnqueueAll();
+    for (const int node : InnerNodes()) Enqueue(node);
   } while (EmptyQueue(poll));
+}
+
+// Looks around all nodes of one fixed tree, which threads can share, then makes the moves that were found:
+// if they are many, those that do not meddle with each other, all together. Returns whether there were any
+// and the poll lets the descent go on.
+bool Descent::SprRound(const Poll& poll) {
+  const std::vector<SprMove> moves = SprMoves(poll);
+  if (moves.empty()) return false;
+  const std::vector<SprMove> apart = Apart(moves, Current());
+  if (apart.size() > Index(Current().taxa) / kTaxaPerMove && MakeTogether(apart)) return true;
+  for (const SprMove& move : moves) {
+    SprMove best;
+    if (neighbourhood_->BestSpr(move.holder, move.subtree, best)) Make(best);
+  }
+  EmptyQueue(poll);
+  return true;
+}
+
+// The best SPR move around each node that has any, by decreasing gain; none when the poll says so.
+std::vector<SprMove> Descent::SprMoves(const Poll& poll) {
+  const std::vector<int> nodes = InnerNodes();
+  const int count = static_cast<int>(nodes.size());
+  std::vector<SprMove> moves(nodes.size());
+  std::atomic<bool> stopped{false};
+  neighbourhood_->Scan();
+  ForEach((count + kScanned - 1) / kScanned, neighbourhood_->Threads(), [&](int part, int thread) {
+    const int from = part * kScanned;
+    if (thread == 0 && poll(static_cast<double>(from) / count)) stopped = true;
+    for (int k = from; k < std::min(from + kScanned, count) && !stopped; ++k) {
+      BestAround(nodes[Index(k)], thread, moves[Index(k)]);
+    }
+  });
+  if (stopped) return {};
+  moves.erase(std::remove_if(moves.begin(), moves.end(),
+                             [](const SprMove& move) { return move.holder < 0; }),
+              moves.end());
+  SortByGain(moves);
+  return moves;
 }
 
 void Descent::Kick(int moves, std::mt19937_64& generator) {
@@ -144,17 +228,20 @@ void Descent::Enqueue(int node) {
 }
 
 // Neighbours one after the other, since they look at the same averages.
-void Descent::EnqueueAll() {
+std::vector<int> Descent::InnerNodes() const {
   const Topology& tree = Current();
-  std::vector<int> open{tree.leaf_adjacent[0]};
+  std::vector<int> nodes;
+  std::vector<std::pair<int, int>> open{{tree.leaf_adjacent[0], 0}};  // and where from
   while (!open.empty()) {
-    const int node = open.back();
+    const auto [node, behind] = open.back();
     open.pop_back();
-    Enqueue(node);
-    for (const int near : tree.At(node)) {
-      if (!tree.IsLeaf(near) && !queued_[Index(near)]) open.push_back(near);
+    nodes.push_back(node);
+    const auto [a, b] = tree.Others(node, behind);
+    for (const int near : {a, b}) {
+      if (!tree.IsLeaf(near)) open.emplace_back(near, node);
     }
   }
+  return nodes;
 }
 
 bool Descent::EmptyQueue(const Poll& poll) {
@@ -171,6 +258,18 @@ bool Descent::EmptyQueue(const Poll& poll) {
     queued_[Index(node)] = false;
     if (!ImproveAt(node)) continue;
     Enqueue(node);
+    any = true;
+  }
+  return any;
+}
+
+// The best of the moves of the three subtrees around a node.
+bool Descent::BestAround(int node, int thread, SprMove& best) {
+  bool any = false;
+  for (const int subtree : Current().At(node)) {
+    SprMove move;
+    if (!neighbourhood_->BestSpr(node, subtree, move, thread)) continue;
+    if (!any || move.gain > best.gain) best = move;
     any = true;
   }
   return any;

@@ -23,10 +23,12 @@ class Descent {
 
   Neighbourhood& Around() { return *neighbourhood_; }
 
-  // Trades neighbouring subtrees until no NNI shortens the tree.
-  void ByNni(const Poll& poll);
+  // Trades neighbouring subtrees until no NNI shortens the tree, or, if not `to_the_end`, until so few do
+  // that those who look for SPR moves find them as well.
+  void ByNni(const Poll& poll, bool to_the_end);
 
-  // Moves subtrees until none has a better place.
+  // Moves subtrees until none has a better place. The threads of the neighbourhood share the looking
+  // for moves; the outcome does not depend on how many there are.
   void BySpr(const Poll& poll);
 
   // Makes so many random moves of subtrees to places nearby, each around another random node, and
@@ -44,11 +46,14 @@ class Descent {
 
  private:
   const Topology& Current() const { return neighbourhood_->Current(); }
-  std::vector<SprMove> NniBatch();
+  std::vector<SprMove> NniMoves();
+  std::vector<SprMove> SprMoves(const Poll& poll);
   bool MakeTogether(const std::vector<SprMove>& moves);
-  bool MakeSingly(const std::vector<SprMove>& moves);
+  bool MakeNnisSingly(const std::vector<SprMove>& moves);
+  bool SprRound(const Poll& poll);
+  std::vector<int> InnerNodes() const;
+  bool BestAround(int node, int thread, SprMove& best);
   void Enqueue(int node);
-  void EnqueueAll();
   double MeanEdge() const;
   void TakeBack();
   bool ImproveAt(int node);

@@ -126,8 +126,8 @@ class Search {
 
   void Place(std::unique_ptr<Descent>& descent, const Topology& topology) const {
     if (descent == nullptr) {
-      descent =
-          std::make_unique<Descent>(MakeNeighbourhood(settings_.criterion, topology, distances_));
+      descent = std::make_unique<Descent>(MakeNeighbourhood(
+          settings_.criterion, topology, distances_, settings_.starts > 1 ? 1 : settings_.threads));
     } else {
       descent->Around().Set(topology);
     }
@@ -139,7 +139,7 @@ class Search {
 
   void Descend(Descent& descent, const Descent::Poll& poll) const {
     if (settings_.moves == Moves::kNone) return;
-    descent.ByNni(poll);
+    descent.ByNni(poll, settings_.moves == Moves::kNni);
     if (settings_.moves == Moves::kSpr) descent.BySpr(poll);
   }
 
