@@ -221,6 +221,8 @@ TEST_F(DistanceProgramTest, OneTreeFromAnyOrderOfTheTaxaFromRnaAndWithAnyUnknown
       EXPECT_EQ(Lengths(file + model), lengths) << file << model;
     }
   }
+  EXPECT_TRUE(test::Contains(Run("rna.fa --model spectral").err,
+                             "rna.fa: warning: under --model spectral U counts as an unknown"));
 }
 
 TEST_F(DistanceProgramTest, GivesSaturatedPairsAStandInAndTellsSo) {
@@ -229,9 +231,14 @@ TEST_F(DistanceProgramTest, GivesSaturatedPairsAStandInAndTellsSo) {
   Write("x.fa", ">a\n" + x + "\n>b\n" + near + "\n>c\n" + far + "\n>d\n" + x + "\n");
   const test::Ended ended = Run("x.fa --model jc69 --distances d --log l");
   EXPECT_EQ(ended.status, 0) << ended.err;
-  const std::string line = "\nsaturated   3 of 6 pairs, set to 0.0517";
+  const std::string line =
+      "\nsaturated   3 of 6 pairs, set to 0.05174465361521359; the largest finite distance is "
+      "0.05174465361521359; logdet would have 1\n";
   EXPECT_TRUE(test::Contains(ended.out, line)) << ended.out;
   EXPECT_TRUE(test::Contains(Read("l"), line));
+  EXPECT_EQ(Run("x.fa --model JC69 --gamma 0.5 --distances e --log l").status, 0);
+  EXPECT_EQ(test::FindAll(Read("e"), "\nb +(0\\.05548469\\d*) 0 ").size(), 1u) << Read("e");
+  EXPECT_TRUE(test::Contains(Read("l"), "\nmodel       jc69, gamma 0.5, substitutions per site\n"));
   EXPECT_EQ(test::FindAll(Read("d"), "\nc +(0\\.0517\\S*) 0\\.0517\\S* 0 0\\.0517").size(), 1u)
       << Read("d");
   Write("y.fa", ">a\nAAAA\n>b\nCCCC\n>c\nGGGG\n>d\nTTTT\n");

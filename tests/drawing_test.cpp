@@ -354,6 +354,9 @@ TEST(Picture, TakesLabelsOfAnyBytes) {
     EXPECT_EQ(drawable.find(bad), drawable.npos);
   }
   const Tree tree = GrownTree(4, false, 1, 0.5);
+  EXPECT_TRUE(
+      test::Contains(DrawPicture("x.svg", tree, {"a&b<c>", "", "", ""}, {Layout::kUnrooted, ""}),
+                     ">a&amp;b&lt;c&gt;<"));
   const std::string page = DrawPicture("x.HTML", tree, {"</script>", "a\"b\\c", "caf\xE9", "d"},
                                        {Layout::kUnrooted, "u"});
   EXPECT_EQ(test::FindAll(page, "(</script>)").size(), 2u);

@@ -142,6 +142,7 @@ TEST(Formats, SayWhatIsWrongWithAnAlignment) {
       {">a\r\nA\r\n>\r\nA\r\n", "f:3:1: no label; write one"},
       {"CLUSTAL\n\na A\nb C\n\na A\nc C\n",
        "f:7:1: label c where the first block has b; fix the order of the lines"},
+      {"4 0\na\n", "f:1:1: no numbers of taxa and sites; begin a PHYLIP file with them"},
       {">a\n>b\n", "f: no sites; give aligned sequences"}};
   for (const auto& [text, expected] : cases) {
     EXPECT_EQ(Faults([](Source source) { ReadAlignment(std::move(source)); }, text), expected);

@@ -125,6 +125,8 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
       {"prose", "Call me",
        "prose:1:1: neither NEXUS nor FASTA nor PHYLIP nor Clustal; give --format if it is "
        "one\n"},
+      {"--format fasta late.fa", "\nA\n>a\nA\n",
+       "late.fa:2:1: text before the first >; begin with > and a label\n"},
       {"few.fa", ">a\nAC\n>b\nAC\n>c\nAC\n", "few.fa: 3 taxa; a tree needs at least 4\n"},
       {"--leave-out=A leave.fa", ">a\nAC\n>b\nAC\n>c\nAC\n>d\nAC\n",
        "leave.fa: 3 taxa left; a tree needs at least 4\n"},
@@ -169,7 +171,7 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
        "--matrix for an alignment\n"},
   };
   for (const Case& test : cases) {
-    Write(test.name.substr(test.name.find(' ') + 1), test.text);
+    Write(test.name.substr(test.name.rfind(' ') + 1), test.text);
     const Ended ended = Run(test.name);
     EXPECT_EQ(ended.status, 1) << test.name;
     EXPECT_EQ(ended.out, "") << test.name;
