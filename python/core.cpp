@@ -11,6 +11,7 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <future>
 #include <limits>
 #include <mutex>
@@ -19,14 +20,12 @@
 #include <utility>
 #include <vector>
 
-#include "wide/data/labels.h"
-#include "wide/distance/models.h"
-#include "wide/formats/numbers.h"
-#include "wide/formats/tree_file.h"
 #include "zorvek/alignment.h"
+#include "zorvek/check.h"
 #include "zorvek/distances.h"
 #include "zorvek/error.h"
 #include "zorvek/io.h"
+#include "zorvek/names.h"
 #include "zorvek/search.h"
 #include "zorvek/support.h"
 #include "zorvek/tree.h"
@@ -44,47 +43,34 @@ using Array = py::array_t<Number, py::array::c_style>;
 // --- Settings by name ---------------------------------------------------------------------------
 
 template <typename Value>
-using Choices = std::vector<std::pair<std::string, Value>>;
-
-const Choices<Criterion> kCriteria{{"balanced", Criterion::kBalanced}, {"ols", Criterion::kOls}};
-const Choices<Moves> kMoves{{"none", Moves::kNone}, {"nni", Moves::kNni}, {"spr", Moves::kSpr}};
-const Choices<SupportMeasure> kMeasures{{"fbp", SupportMeasure::kFrequency},
-                                        {"tbe", SupportMeasure::kTransfer}};
-
-const Choices<Model>& ModelChoices() {
-  static const Choices<Model> choices = [] {
-    Choices<Model> named;
-    for (std::size_t model = 0; model < kModels; ++model) {
-      named.emplace_back(Models()[model].name, static_cast<Model>(model));
-    }
-    return named;
-  }();
-  return choices;
-}
-
-template <typename Value>
-Value Chosen(const std::string& setting, const std::string& name, const Choices<Value>& choices) {
-  std::string listed;
-  for (std::size_t i = 0; i < choices.size(); ++i) {
-    if (choices[i].first == name) return choices[i].second;
-    listed += (i == 0 ? "" : i + 1 == choices.size() ? " or " : ", ") + choices[i].first;
+Value Chosen(const std::string& setting, const std::string& typed, const Names<Value>& names) {
+  for (const auto& [name, value] : names) {
+    if (name == typed) return value;
   }
-  throw Error(setting + " wants " + listed + ", not '" + name + "'");
+  throw Error(setting + " wants " + Alternatives(names) + ", not '" + typed + "'");
 }
 
-template <typename Value>
-std::string NameOf(Value value, const Choices<Value>& choices) {
-  for (const auto& [name, choice] : choices) {
-    if (choice == value) return name;
-  }
-  throw std::logic_error("a setting without a name");
-}
+// Numbers of Python and of NumPy. What is none raises TypeError, what is out of range is a fault in the
+// words of zorvek-wide.
 
 template <typename Number>
-Number AtLeast(Number least, const std::string& setting, Number value) {
-  if (value >= least) return value;
-  throw Error(setting + " wants a number of " + std::to_string(least) + " or more, not " +
-              std::to_string(value));
+Number WholeNumber(const std::string& setting, Number least, const py::object& given) {
+  const auto index = py::reinterpret_steal<py::object>(PyNumber_Index(given.ptr()));
+  if (!index) throw py::error_already_set();
+  try {
+    const auto value = index.cast<Number>();
+    if (value >= least) return value;
+  } catch (const py::cast_error&) {  // too large, or below 0 for an unsigned number
+  }
+  throw Error(setting + " wants a whole number of " + std::to_string(least) + " or more, not '" +
+              std::string(py::str(given)) + "'");
+}
+
+double NotNegative(const std::string& setting, const py::object& given) {
+  const double value = PyFloat_AsDouble(given.ptr());
+  if (PyErr_Occurred() != nullptr) throw py::error_already_set();
+  if (value >= 0 && value <= std::numeric_limits<double>::max()) return value;
+  throw Error(setting + " wants a number of 0 or more, not '" + std::string(py::str(given)) + "'");
 }
 
 // What the library does where nothing is said.
@@ -92,49 +78,49 @@ py::dict Defaults() {
   const SearchSettings search;
   const ModelSettings model;
   const BootstrapSettings bootstrap;
-  return py::dict("criterion"_a = NameOf(search.criterion, kCriteria),
-                  "search"_a = NameOf(search.moves, kMoves), "iterations"_a = search.iterations,
-                  "unlimited"_a = SearchSettings::kUnlimited, "seed"_a = search.seed,
+  return py::dict("criterion"_a = NameOf(search.criterion, CriterionNames()),
+                  "search"_a = NameOf(search.moves, MovesNames()), "seed"_a = search.seed,
                   "threads"_a = search.threads, "time"_a = search.seconds,
-                  "starts"_a = search.starts, "model"_a = NameOf(model.model, ModelChoices()),
+                  "starts"_a = search.starts, "model"_a = NameOf(model.model, ModelNames()),
                   "gamma"_a = model.gamma, "first"_a = bootstrap.first,
-                  "support"_a = NameOf(bootstrap.measure, kMeasures));
+                  "support"_a = NameOf(bootstrap.measure, SupportNames()));
 }
 
-SearchSettings SearchFrom(const py::dict& given) {
+// As zorvek-wide reads them: with a limit to its time the search goes on until then, unless iterations are
+// counted.
+SearchSettings MakeSearchSettings(const std::string& criterion, const std::string& search,
+                                  const py::object& iterations, const py::object& seed,
+                                  const py::object& threads, const py::object& time,
+                                  const py::object& starts) {
   SearchSettings settings;
-  settings.criterion = Chosen("criterion", given["criterion"].cast<std::string>(), kCriteria);
-  settings.moves = Chosen("search", given["search"].cast<std::string>(), kMoves);
-  settings.iterations = AtLeast(0L, "iterations", given["iterations"].cast<long>());
-  settings.seed = given["seed"].cast<std::uint64_t>();
-  settings.threads = AtLeast(1, "threads", given["threads"].cast<int>());
-  settings.seconds = AtLeast(0.0, "time", given["time"].cast<double>());
-  settings.starts = AtLeast(1, "starts", given["starts"].cast<int>());
+  settings.criterion = Chosen("criterion", criterion, CriterionNames());
+  settings.moves = Chosen("search", search, MovesNames());
+  settings.seed = WholeNumber("seed", std::uint64_t{0}, seed);
+  settings.threads = WholeNumber("threads", 1, threads);
+  settings.seconds = NotNegative("time", time);
+  settings.starts = WholeNumber("starts", 1, starts);
+  if (!iterations.is_none()) {
+    settings.iterations = WholeNumber("iterations", 0L, iterations);
+  } else if (settings.seconds > 0 && settings.moves == Moves::kSpr) {
+    settings.iterations = SearchSettings::kUnlimited;
+  }
+  if (settings.iterations > 0 && settings.moves != Moves::kSpr)
+    throw Error("iterations does nothing without search spr");
+  if (settings.seconds > 0 && settings.starts < 2 && settings.moves == Moves::kNone)
+    throw Error("time does nothing with search none");
   return settings;
 }
 
-ModelSettings ModelFrom(const std::string& name, double gamma) {
+ModelSettings MakeModelSettings(const std::string& model, const py::object& gamma) {
   ModelSettings settings;
-  settings.model = Chosen("model", name, ModelChoices());
-  settings.gamma = AtLeast(0.0, "gamma", gamma);
-  if (gamma > 0 && !RowOf(settings.model).has_gamma)
-    throw Error("gamma does nothing with model " + name);
+  settings.model = Chosen("model", model, ModelNames());
+  settings.gamma = NotNegative("gamma", gamma);
+  if (settings.gamma > 0 && !HasGamma(settings.model))
+    throw Error("gamma does nothing without one of the models " + GammaModels());
   return settings;
 }
 
 // --- Work that Ctrl-C ends -----------------------------------------------------------------------
-
-const char* Name(Progress::Phase phase) {
-  switch (phase) {
-    case Progress::kStart:
-      return "starting trees";
-    case Progress::kDescent:
-      return "descent";
-    case Progress::kIterations:
-      return "iterations";
-  }
-  return "";
-}
 
 struct News {
   const char* phase;
@@ -146,7 +132,6 @@ class Watch {
  public:
   explicit Watch(py::object progress) : progress_(std::move(progress)) {}
 
-  const std::atomic<bool>& Stop() const { return stop_; }
   bool Interrupted() const { return interrupted_; }
 
   // From any thread.
@@ -155,6 +140,14 @@ class Watch {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (!news_.empty() && !news_.back().important) news_.pop_back();
     news_.push_back(news);
+  }
+
+  // Lets a search tell and be stopped.
+  void Connect(SearchSettings& settings) {
+    settings.stop = &stop_;
+    settings.on_progress = [this](const Progress& state) {
+      Tell({Name(state.phase), state.fraction, state.length, state.improved});
+    };
   }
 
   // Runs the work on a thread of its own. An exception of the callback, or of a handler of signals, ends
@@ -209,8 +202,6 @@ class Watch {
 
 // --- Matrices -------------------------------------------------------------------------------------
 
-constexpr double kRounding = 1e-5;  // the share by which the two numbers of a pair may differ
-
 // The rows of an array that is square. They are written to only where the array is the caller's own.
 template <typename Number, typename Matrix>
 std::vector<Number*> RowsOf(const Matrix& matrix) {
@@ -243,96 +234,13 @@ Array<Number> Square(const Array<Number>& condensed) {
   return matrix;
 }
 
-// Calls visit(i, j) for all j <= i, in squares that the cache holds.
-template <typename Visit>
-void ForPairs(py::ssize_t n, const Visit& visit) {
-  constexpr py::ssize_t kSide = 32;
-  for (py::ssize_t top = 0; top < n; top += kSide) {
-    for (py::ssize_t left = 0; left <= top; left += kSide) {
-      for (py::ssize_t i = top; i < std::min(top + kSide, n); ++i) {
-        for (py::ssize_t j = left; j < std::min(left + kSide, i + 1); ++j) visit(i, j);
-      }
-    }
-  }
+constexpr char kRemedy[] = "drop";  // the taxa for which pairs have no distance
+
+std::vector<int> FileOrder(std::size_t taxa) {
+  std::vector<int> order(taxa);
+  std::iota(order.begin(), order.end(), 0);
+  return order;
 }
-
-// Throws Error with the pairs that have no distance.
-template <typename Rows>
-void CheckDefined(int n, const Rows& rows, const std::vector<std::string>& names) {
-  std::vector<std::string> pairs;
-  for (int i = 0; i < n; ++i) {
-    for (int j = 0; j < i; ++j) {
-      if (!std::isnan(rows[i][j] + rows[j][i])) continue;
-      pairs.push_back(names[std::size_t(j)] + " and " + names[std::size_t(i)]);
-    }
-  }
-  if (pairs.empty()) return;
-  throw Error(
-      "no distance for " + std::to_string(pairs.size()) + (pairs.size() == 1 ? " pair" : " pairs") +
-      " of taxa, which have no site in common; leave out one of each\n  " + Listed(pairs, "\n  "));
-}
-
-template <typename Number>
-class MatrixCheck {
- public:
-  MatrixCheck(const Array<Number>& matrix, const std::vector<std::string>& names)
-      : n_(matrix.shape(0)), rows_(RowsOf<Number>(matrix)), names_(names) {}
-
-  // Whether the library can take it as it is: symmetric, finite, 0 or more.
-  bool IsSound() const {
-    bool sound = true;
-    ForPairs(n_, [&](py::ssize_t i, py::ssize_t j) {
-      const Number a = At(i, j);
-      sound &= a == At(j, i) && a >= 0 && a <= std::numeric_limits<Number>::max();
-      sound &= i != j || a == 0;
-    });
-    return sound;
-  }
-
-  // Throws Error with what is wrong, unless it is rounding alone.
-  void Tell() const {
-    CheckValues();
-    CheckDefined(static_cast<int>(n_), rows_.data(), names_);
-  }
-
-  // Takes the mean of the two numbers of each pair.
-  static void Balance(Array<Number>& matrix) {
-    const std::vector<Number*> rows = RowsOf<Number>(matrix);
-    ForPairs(matrix.shape(0), [&](py::ssize_t i, py::ssize_t j) {
-      Number& a = rows[std::size_t(i)][j];
-      Number& b = rows[std::size_t(j)][i];
-      a = b = (a + b) / 2;
-    });
-  }
-
- private:
-  Number At(py::ssize_t i, py::ssize_t j) const { return rows_[std::size_t(i)][j]; }
-  const std::string& Name(py::ssize_t i) const { return names_[std::size_t(i)]; }
-
-  void CheckValues() const {
-    FaultList faults("");
-    for (py::ssize_t i = 0; i < n_; ++i) {
-      for (py::ssize_t j = 0; j <= i; ++j) {
-        const double a = At(j, i), b = At(i, j);
-        const std::string pair = " of " + Name(i) + " to " + Name(j);
-        if (i == j && a != 0) {
-          faults.Add(0, 0, "distance " + Shortest(a) + " of " + Name(i) + " to itself; write 0");
-        } else if (b < 0 || std::isinf(b)) {
-          faults.Add(0, 0, "distance " + Shortest(b) + pair + "; write a number that is 0 or more");
-        } else if (std::abs(a - b) > kRounding * std::max({std::abs(a), std::abs(b), 1.0})) {
-          faults.Add(0, 0,
-                     "distance " + Shortest(b) + pair + ", but " + Shortest(a) +
-                         " the other way; make them the same");
-        }
-      }
-    }
-    faults.ThrowIfAny();
-  }
-
-  py::ssize_t n_;
-  std::vector<Number*> rows_;
-  const std::vector<std::string>& names_;
-};
 
 // The matrix itself, or a copy in which the two numbers of a pair are the same.
 template <typename Number>
@@ -342,41 +250,43 @@ Array<Number> Checked(const Array<Number>& matrix, const std::vector<std::string
                 " taxa; give each taxon its own");
   }
   CheckLabels("", names);
-  CheckNumberOfTaxa("", names.size(), false);
-  const MatrixCheck<Number> check(matrix, names);
+  CheckNumberOfTaxa("", names.size());
+  bool symmetric;
   {
+    const std::vector<Number*> rows = RowsOf<Number>(matrix);
     const py::gil_scoped_release released;
-    if (check.IsSound()) return matrix;
-    check.Tell();
+    symmetric = CheckNumbers("", names, rows.data());
+    if (!symmetric) {
+      CheckDefined("", names, FindUndefined(rows.data(), FileOrder(names.size())), kRemedy);
+    }
   }
-  Array<Number> balanced(matrix.request());
-  MatrixCheck<Number>::Balance(balanced);
-  return balanced;
+  if (symmetric) return matrix;
+  Array<Number> copy(matrix.request());
+  const std::vector<Number*> rows = RowsOf<Number>(copy);
+  const py::gil_scoped_release released;
+  Symmetrise(static_cast<int>(rows.size()), rows.data());
+  return copy;
 }
 
 // --- What Python calls ----------------------------------------------------------------------------
 
-// Labels at fault are told as by zorvek-wide.
-Alignment WithLabelsChecked(Alignment alignment, const std::string& name) {
-  CheckLabels(name, alignment.labels);
-  return alignment;
+// An alignment, and how messages name it.
+struct Input {
+  std::string name;
+  Alignment alignment;
+};
+
+Input Read(const std::string& path, const std::string& format) {
+  const py::gil_scoped_release released;
+  Input input{path, ReadAlignment(Source(path), format)};
+  CheckLabels(path, input.alignment.labels);
+  return input;
 }
 
-Alignment Read(const std::string& path, const std::string& format) {
+Input Make(const std::vector<std::string>& labels, const std::vector<std::string>& sequences) {
   const py::gil_scoped_release released;
-  return WithLabelsChecked(ReadAlignment(Source(path), format), path);
-}
-
-// Sequences go the way of a file, so that they are read and refused as one.
-Alignment Make(const std::vector<std::string>& labels, const std::vector<std::string>& sequences) {
-  const py::gil_scoped_release released;
-  std::string text;
-  for (std::size_t i = 0; i < labels.size(); ++i) {
-    text += ">" + WithoutBlanks(labels[i]) + "\n" + sequences[i] + "\n";
-  }
-  Alignment alignment = ReadAlignment(Source("sequences", text), "fasta");
-  alignment.labels = labels;
-  return WithLabelsChecked(std::move(alignment), "sequences");
+  const std::string name = "sequences";
+  return {name, MakeAlignment(name, labels, sequences)};
 }
 
 py::tuple EdgesOf(const Tree& tree) {
@@ -396,16 +306,15 @@ py::tuple EdgesOf(const Tree& tree) {
   return py::make_tuple(parent, child, length, support);
 }
 
-py::array DistancesOf(const Alignment& alignment, const std::string& model, double gamma,
-                      int threads) {
-  const ModelSettings settings = ModelFrom(model, gamma);
-  AtLeast(1, "threads", threads);
-  const auto n = static_cast<py::ssize_t>(alignment.Taxa());
+py::array DistancesOf(const Input& input, const ModelSettings& model, const py::object& threads) {
+  const int shared = WholeNumber("threads", 1, threads);
+  const auto n = static_cast<py::ssize_t>(input.alignment.Taxa());
   Array<double> distances({n, n});
   double* to = distances.mutable_data();
   const py::gil_scoped_release released;
-  const DistanceMatrix matrix = EstimateDistances(alignment, settings, threads).matrix;
-  for (py::ssize_t i = 0; i < n; ++i) std::copy_n(matrix.Rows()[i], n, to + i * n);
+  const EstimatedDistances estimated = EstimateDistances(input.alignment, model, shared);
+  if (estimated.kinds.saturated > 0) CheckEstimates(input.name, model.model, estimated.kinds);
+  for (py::ssize_t i = 0; i < n; ++i) std::copy_n(estimated.matrix.Rows()[i], n, to + i * n);
   return std::move(distances);
 }
 
@@ -418,35 +327,22 @@ std::pair<Tree, double> Join(const Array<Number>& matrix) {
   return {std::move(joined.tree), joined.length};
 }
 
-py::tuple Search(const Array<double>& matrix, const py::dict& given, const py::object& progress) {
-  SearchSettings settings = SearchFrom(given);
+py::tuple Search(const Array<double>& matrix, SearchSettings settings, const py::object& progress) {
   Watch watch(progress);
-  settings.stop = &watch.Stop();
-  settings.on_progress = [&](const Progress& state) {
-    watch.Tell({Name(state.phase), state.fraction, state.length, state.improved});
-  };
+  watch.Connect(settings);
   const std::vector<double*> rows = RowsOf<double>(matrix);
   SearchResult found = watch.Run(
       [&] { return FindShortestTree(static_cast<int>(rows.size()), rows.data(), settings); });
   return py::make_tuple(std::move(found.tree), found.length, watch.Interrupted());
 }
 
-// The trees of a text; `labels` are those of their taxa, if it is empty those of the first tree.
-std::vector<Tree> ParseTrees(const std::string& newick, std::vector<std::string>& labels) {
-  TreeReader reader("trees", newick, labels);
-  std::vector<Tree> trees;
-  for (Tree tree; reader.Next(tree);) trees.push_back(std::move(tree));
-  if (trees.empty()) throw Error("no tree; give trees in Newick");
-  labels = reader.Labels();
-  return trees;
-}
-
 std::pair<Tree, double> Evaluate(const std::string& newick, const Array<double>& matrix,
-                                 std::vector<std::string> names, const std::string& criterion) {
-  const Criterion chosen = Chosen("criterion", criterion, kCriteria);
+                                 const std::vector<std::string>& names,
+                                 const std::string& criterion) {
+  const Criterion chosen = Chosen("criterion", criterion, CriterionNames());
   const std::vector<double*> rows = RowsOf<double>(matrix);
   const py::gil_scoped_release released;
-  const std::vector<Tree> trees = ParseTrees(newick, names);
+  const std::vector<Tree> trees = ReadTrees(Source("newick", newick), names).trees;
   if (trees.size() > 1) throw Error(std::to_string(trees.size()) + " trees; give one");
   SearchResult fitted = FitTree(trees[0], rows.data(), chosen);
   return {std::move(fitted.tree), fitted.length};
@@ -458,15 +354,19 @@ struct Supported {
 };
 
 // The search and the bootstrap, in the order of taxa in which zorvek-wide does them.
-Supported FindSupported(Alignment alignment, const ModelSettings& model,
+Supported FindSupported(const Input& input, const ModelSettings& model,
                         const BootstrapSettings& settings) {
-  std::vector<int> order(alignment.Taxa());
-  std::iota(order.begin(), order.end(), 0);
-  if (model.model != Model::kSpectral) order = CanonicalOrder(alignment);
+  Alignment alignment = input.alignment;
+  CheckNumberOfTaxa(input.name, alignment.Taxa());
+  const bool spectral = model.model == Model::kSpectral;
+  const std::vector<int> order = spectral ? FileOrder(alignment.Taxa()) : CanonicalOrder(alignment);
+  EstimatedDistances estimated = EstimateDistances(alignment, model, settings.search.threads);
+  DistanceMatrix& distances = estimated.matrix;
+  CheckDefined(input.name, alignment.labels, FindUndefined(distances.Rows(), order), kRemedy,
+               spectral);
+  CheckEstimates(input.name, model.model, estimated.kinds);
+  distances.Reorder(order);
   alignment.Reorder(order);
-  const DistanceMatrix distances =
-      EstimateDistances(alignment, model, settings.search.threads).matrix;
-  CheckDefined(distances.Size(), distances.Rows(), alignment.labels);
   Supported result;
   result.found = FindShortestTree(distances.Size(), distances.Rows(), settings.search);
   result.trees = Bootstrap(alignment, model, settings, result.found.tree).trees;
@@ -475,39 +375,36 @@ Supported FindSupported(Alignment alignment, const ModelSettings& model,
   return result;
 }
 
-py::tuple BootstrapOf(const Alignment& alignment, const py::dict& given,
-                      const py::object& progress) {
-  const ModelSettings model =
-      ModelFrom(given["model"].cast<std::string>(), given["gamma"].cast<double>());
+py::tuple BootstrapOf(const Input& input, const ModelSettings& model, const SearchSettings& search,
+                      const py::object& replicates, const py::object& first,
+                      const std::string& support, const py::object& progress) {
   BootstrapSettings settings;
-  settings.replicates = AtLeast(0, "replicates", given["replicates"].cast<int>());
-  settings.first = AtLeast(1, "first", given["first"].cast<int>());
-  settings.measure = Chosen("support", given["support"].cast<std::string>(), kMeasures);
+  settings.replicates = WholeNumber("replicates", 0, replicates);
+  settings.first = WholeNumber("first", 1, first);
+  settings.measure = Chosen("support", support, SupportNames());
   settings.keep_trees = true;
-  settings.search = SearchFrom(given);
+  settings.search = search;
   Watch watch(progress);
-  settings.search.stop = &watch.Stop();
-  settings.search.on_progress = [&](const Progress& state) {
-    watch.Tell({Name(state.phase), state.fraction, state.length, state.improved});
-  };
+  watch.Connect(settings.search);
   settings.on_done = [&](int done) {
     watch.Tell({"bootstrap", double(done) / settings.replicates,
                 std::numeric_limits<double>::quiet_NaN(), false});
   };
-  Supported result = watch.Run([&] { return FindSupported(alignment, model, settings); });
+  Supported result = watch.Run([&] { return FindSupported(input, model, settings); });
   return py::make_tuple(std::move(result.found.tree), result.found.length, watch.Interrupted(),
                         std::move(result.trees));
 }
 
-py::tuple Consensus(const std::string& newick) {
-  std::vector<std::string> labels;
+py::tuple Consensus(const std::string& newick, const std::vector<std::string>& names) {
+  LabelledTrees read;
   Tree tree;
   {
     const py::gil_scoped_release released;
-    tree = MajorityConsensus(ParseTrees(newick, labels));
+    read = ReadTrees(Source("trees", newick), names);
+    tree = MajorityConsensus(read.trees);
   }
   const double length = TotalLength(tree);
-  return py::make_tuple(std::move(tree), length, labels);
+  return py::make_tuple(std::move(tree), length, std::move(read.labels));
 }
 
 // --- The module -----------------------------------------------------------------------------------
@@ -524,7 +421,11 @@ PYBIND11_MODULE(_core, module) {
   py::register_exception_translator(RaiseAsPython);
   module.attr("version") = kVersion;
   module.attr("defaults") = Defaults();
-  py::class_<Alignment>(module, "Alignment").def_readonly("labels", &Alignment::labels);
+  py::class_<Input>(module, "Alignment").def_property_readonly("labels", [](const Input& input) {
+    return input.alignment.labels;
+  });
+  py::class_<ModelSettings>(module, "ModelSettings").def(py::init(&MakeModelSettings));
+  py::class_<SearchSettings>(module, "SearchSettings").def(py::init(&MakeSearchSettings));
   py::class_<Tree>(module, "Tree").def("newick", &Newick).def("edges", &EdgesOf);
   module.def("read_alignment", &Read);
   module.def("make_alignment", &Make);

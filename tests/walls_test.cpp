@@ -23,6 +23,7 @@ const std::set<std::string> kRun{"core", "driver", "input", "tree", "search", "o
 const Walls kWalls{
     {"core", {}},
     {"include/zorvek", {"zorvek"}},
+    {"python", {"zorvek"}},
     {"driver", kRun},
     {"input", kRun},
     {"tree", kRun},

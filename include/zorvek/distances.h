@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "zorvek/alignment.h"
+#include "zorvek/names.h"
 
 namespace zorvek::wide {
 
@@ -49,6 +50,15 @@ class DistanceMatrix {
 // substitutions per site. With differing rates among sites, gamma-distributed with the shape s, the
 // models that have the form replace -ln(w) by s (w^(-1/s) - 1).
 enum class Model { kP, kJc69, kK80, kF81, kF84, kTn93, kLogdet, kSpectral };
+
+Names<Model> ModelNames();
+
+// Whether the model has a form for rates that differ among sites.
+bool HasGamma(Model model);
+
+// The names of those that do, blanks between them.
+std::string GammaModels();
+
 struct ModelSettings {
   Model model = Model::kTn93;
   double gamma = 0;  // the shape of the rates among sites; 0: all sites are alike

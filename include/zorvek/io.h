@@ -52,6 +52,11 @@ std::vector<std::string> AlignmentFormats();
 // the content shows. Throws Error, also if there are no sites.
 Alignment ReadAlignment(Source source, const std::string& format = {});
 
+// The alignment of sequences that are in memory already, taken and refused as those of a file are. Messages
+// name it `name`, and give the number of a sequence as the line, the place in it as the column.
+Alignment MakeAlignment(const std::string& name, const std::vector<std::string>& labels,
+                        const std::vector<std::string>& sequences);
+
 // --- distances ---
 
 // Distance matrices as text: the number of taxa, then for each taxon, beginning on a line of its
@@ -86,8 +91,14 @@ std::string FormatSquareMatrix(const std::vector<std::string>& labels,
 
 // --- trees ---
 
-// All trees of the file at `path`. Throws Error, also if there is none or if it cannot be read.
-std::vector<Tree> ReadTrees(const std::string& path, const std::vector<std::string>& labels);
+struct LabelledTrees {
+  std::vector<std::string> labels;
+  std::vector<Tree> trees;
+};
+
+// All trees of a text in Newick's format or NEXUS, without their roots. Their taxa must be those of `labels`;
+// without any, those of the first tree. Throws Error, also if there is no tree.
+LabelledTrees ReadTrees(Source source, const std::vector<std::string>& labels = {});
 
 // The tree in Newick's format, with its semicolon: labels quoted where they must be, edge lengths
 // with the digits that read back as the same double, the supports of inner edges in front of them,

@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "zorvek/criterion.h"
+#include "zorvek/names.h"
 #include "zorvek/tree.h"
 
 namespace zorvek::wide {
@@ -19,12 +20,22 @@ struct Progress {
   bool improved;    // whether that length is new since the last report
 };
 
+// As users read it.
+inline const char* Name(Progress::Phase phase) {
+  if (phase == Progress::kStart) return "starting trees";
+  return phase == Progress::kDescent ? "descent" : "iterations";
+}
+
 // What improves a starting tree.
 enum class Moves {
   kNone,
   kNni,
   kSpr,  // NNI, then SPR
 };
+
+inline Names<Moves> MovesNames() {
+  return {{"none", Moves::kNone}, {"nni", Moves::kNni}, {"spr", Moves::kSpr}};
+}
 
 struct SearchSettings {
   static constexpr long kUnlimited = 1000000000000;  // as iterations: until the clock ends it

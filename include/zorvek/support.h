@@ -8,6 +8,7 @@
 
 #include "zorvek/alignment.h"
 #include "zorvek/distances.h"
+#include "zorvek/names.h"
 #include "zorvek/search.h"
 #include "zorvek/tree.h"
 
@@ -17,6 +18,10 @@ enum class SupportMeasure {
   kFrequency,  // the share of trees that have the group [Felsenstein1985]
   kTransfer,  // the transfer bootstrap expectation: how near they come to it, on average [Lemoine2018]
 };
+
+inline Names<SupportMeasure> SupportNames() {
+  return {{"fbp", SupportMeasure::kFrequency}, {"tbe", SupportMeasure::kTransfer}};
+}
 
 struct BootstrapSettings {
   int first = 1;  // number of the first replicate

@@ -131,28 +131,6 @@ def _alignment(sequences: Sequences, format: str) -> _core.Alignment:
     return _core.make_alignment([str(name) for name, _ in pairs], [str(seq) for _, seq in pairs])
 
 
-def _settings(
-    criterion: str,
-    search: str,
-    iterations: int | None,
-    seed: int,
-    threads: int,
-    time: float,
-    starts: int,
-) -> dict[str, Any]:
-    if iterations is None:
-        iterations = _DEFAULT["unlimited"] if time > 0 else _DEFAULT["iterations"]
-    return {
-        "criterion": criterion,
-        "search": search,
-        "iterations": iterations,
-        "seed": seed,
-        "threads": threads,
-        "time": time,
-        "starts": starts,
-    }
-
-
 def distances(
     sequences: Sequences,
     model: str = _DEFAULT["model"],
@@ -174,7 +152,8 @@ def distances(
     ValueError too.
     """
     alignment = _alignment(sequences, format)
-    return Distances(_core.distances(alignment, model, gamma, threads), alignment.labels)
+    settings = _core.ModelSettings(model, gamma)
+    return Distances(_core.distances(alignment, settings, threads), alignment.labels)
 
 
 def neighbor_joining(D: Matrix, names: Sequence[str] | None = None) -> Tree:
@@ -191,14 +170,10 @@ def neighbor_joining(D: Matrix, names: Sequence[str] | None = None) -> Tree:
 def search(
     D: Matrix,
     names: Sequence[str] | None = None,
-    criterion: str = _DEFAULT["criterion"],
-    search: str = _DEFAULT["search"],
-    iterations: int | None = None,
-    seed: int = _DEFAULT["seed"],
-    threads: int = _DEFAULT["threads"],
-    time: float = _DEFAULT["time"],
-    progress: Progress | None = None,
-    *,
+    criterion: str = _DEFAULT["criterion"], search: str = _DEFAULT["search"],
+    iterations: int | None = None, seed: int = _DEFAULT["seed"],
+    threads: int = _DEFAULT["threads"], time: float = _DEFAULT["time"],
+    progress: Progress | None = None, *,
     starts: int = _DEFAULT["starts"],
 ) -> Tree:
     """The shortest tree that is found: that of `zorvek-wide --matrix` with the same options.
@@ -217,7 +192,7 @@ def search(
     Raises ValueError unless there are 4 taxa or more, with distances that are symmetric and 0 or more.
     """
     matrix, labels = _matrix(D, names)
-    settings = _settings(criterion, search, iterations, seed, threads, time, starts)
+    settings = _core.SearchSettings(criterion, search, iterations, seed, threads, time, starts)
     core, length, interrupted = _core.search(matrix, settings, progress)
     return _tree(core, length, labels, interrupted)
 
@@ -243,14 +218,10 @@ def bootstrap(
     replicates: int,
     model: str = _DEFAULT["model"],
     gamma: float = _DEFAULT["gamma"],
-    criterion: str = _DEFAULT["criterion"],
-    search: str = _DEFAULT["search"],
-    iterations: int | None = None,
-    seed: int = _DEFAULT["seed"],
-    threads: int = _DEFAULT["threads"],
-    time: float = _DEFAULT["time"],
-    progress: Progress | None = None,
-    *,
+    criterion: str = _DEFAULT["criterion"], search: str = _DEFAULT["search"],
+    iterations: int | None = None, seed: int = _DEFAULT["seed"],
+    threads: int = _DEFAULT["threads"], time: float = _DEFAULT["time"],
+    progress: Progress | None = None, *,
     first: int = _DEFAULT["first"],
     support: str = _DEFAULT["support"],
     starts: int = _DEFAULT["starts"],
@@ -267,11 +238,10 @@ def bootstrap(
     sequences share no site. Ctrl-C in the bootstrap leaves the supports of the replicates that were done.
     """
     alignment = _alignment(sequences, format)
-    settings = _settings(criterion, search, iterations, seed, threads, time, starts)
-    settings.update(
-        model=model, gamma=gamma, replicates=replicates, first=first, support=support
+    settings = _core.SearchSettings(criterion, search, iterations, seed, threads, time, starts)
+    core, length, interrupted, trees = _core.bootstrap(
+        alignment, _core.ModelSettings(model, gamma), settings, replicates, first, support, progress
     )
-    core, length, interrupted, trees = _core.bootstrap(alignment, settings, progress)
     names = alignment.labels
     tree = _tree(core, length, names, interrupted)
     tree.replicates.extend(replicate.newick(names) for replicate in trees)
@@ -288,6 +258,7 @@ def consensus(trees: Iterable[Tree | str]) -> Tree:
 
     Raises ValueError if a tree cannot be read or has other taxa than the first.
     """
-    text = "\n".join(tree.newick if isinstance(tree, Tree) else tree for tree in trees)
-    core, length, names = _core.consensus(text)
-    return _tree(core, length, names)
+    given = list(trees)
+    text = "\n".join(tree.newick if isinstance(tree, Tree) else tree for tree in given)
+    known = given[0].names if given and isinstance(given[0], Tree) else []
+    return _tree(*_core.consensus(text, known))

@@ -4,6 +4,7 @@
 #include <map>
 
 #include "wide/data/ascii.h"
+#include "zorvek/check.h"
 #include "zorvek/error.h"
 
 namespace zorvek::wide {

@@ -19,12 +19,6 @@ std::string Folded(const std::string& label);
 // The groups of labels that are the same, by index, in order of the first.  Cost: n log n.
 std::vector<std::vector<std::size_t>> Duplicates(const std::vector<std::string>& labels);
 
-// Throws Error with the labels, those of the file `file`, that belong to several taxa.
-void CheckLabels(const std::string& file, const std::vector<std::string>& labels);
-
-// Throws Error if the taxa of `file` are too few for a tree; `left` says whether some were left out.
-void CheckNumberOfTaxa(const std::string& file, std::size_t taxa, bool left);
-
 // Blanks as underscores, for formats in which a blank ends a label.
 std::string WithoutBlanks(std::string label);
 

@@ -142,4 +142,24 @@ const std::array<ModelRow, kModels>& Models() {
   return kRows;
 }
 
+Names<Model> ModelNames() {
+  Names<Model> names;
+  for (const ModelRow& row : kRows) {
+    names.emplace_back(row.name, static_cast<Model>(names.size()));
+  }
+  return names;
+}
+
+bool HasGamma(Model model) {
+  return RowOf(model).has_gamma;
+}
+
+std::string GammaModels() {
+  std::string names;
+  for (const ModelRow& row : kRows) {
+    if (row.has_gamma) names += (names.empty() ? "" : " ") + std::string(row.name);
+  }
+  return names;
+}
+
 }  // namespace zorvek::wide

@@ -5,6 +5,7 @@
 
 #include "wide/data/ascii.h"
 #include "wide/formats/alignment_formats.h"
+#include "wide/formats/sequence_builder.h"
 #include "wide/formats/text.h"
 #include "zorvek/error.h"
 #include "zorvek/io.h"
@@ -76,6 +77,11 @@ const AlignmentFormat& ByContent(const LineReader& lines) {
   throw Error(Fault{lines.Name(), 1, 1, none, Advice::kNameTheFormat});
 }
 
+Alignment WithSites(Alignment alignment, const std::string& name) {
+  if (alignment.Taxa() == 0 || alignment.Sites() > 0) return alignment;
+  throw Error(Fault{name, 0, 0, "no sites; give aligned sequences"});
+}
+
 }  // namespace
 
 std::vector<std::string> AlignmentFormats() {
@@ -86,11 +92,18 @@ std::vector<std::string> AlignmentFormats() {
 
 Alignment ReadAlignment(Source source, const std::string& format) {
   LineReader lines(std::move(source));
-  Alignment alignment = (format.empty() ? ByContent(lines) : Named(format)).read(lines);
-  if (alignment.Taxa() > 0 && alignment.Sites() == 0) {
-    throw Error(Fault{lines.Name(), 0, 0, "no sites; give aligned sequences"});
+  return WithSites((format.empty() ? ByContent(lines) : Named(format)).read(lines), lines.Name());
+}
+
+Alignment MakeAlignment(const std::string& name, const std::vector<std::string>& labels,
+                        const std::vector<std::string>& sequences) {
+  SequenceBuilder builder(name);
+  for (std::size_t i = 0; i < labels.size(); ++i) {
+    builder.Begin(labels[i], static_cast<long>(i) + 1);
+    builder.Append(i, sequences[i], static_cast<long>(i) + 1, 1);
   }
-  return alignment;
+  if (builder.Taxa() == 0) return {};
+  return WithSites(builder.Finish(builder.Sites(0), " of " + builder.Label(0)), name);
 }
 
 }  // namespace zorvek::wide

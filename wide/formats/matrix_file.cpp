@@ -18,6 +18,7 @@
 #include <utility>
 
 #include "wide/data/labels.h"
+#include "wide/formats/matrix_faults.h"
 #include "wide/formats/numbers.h"
 #include "wide/formats/text.h"
 #include "zorvek/error.h"
@@ -29,14 +30,6 @@ namespace {
 
 constexpr std::size_t kStrictLabel = 10;  // columns
 constexpr double kMissing = -1;           // as PHYLIP writes it
-
-// Matrices are mostly written with 5 or 6 decimals, and each half rounded by itself.
-constexpr double kRounding = 1e-5;
-
-bool SameButForRounding(double a, double b) {
-  if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
-  return std::abs(a - b) <= kRounding * std::max({std::abs(a), std::abs(b), 1.0});
-}
 
 enum class Half { kBoth, kLower, kUpper };
 
@@ -268,15 +261,13 @@ class MatrixReader {
       double& value = row_[j];
       if (i == j) {
         if (!std::isnan(value) && value != 0 && value != kMissing) {
-          AddFault(j, "distance " + Shortest(value) + " of " + matrix_.labels[i] +
-                          " to itself; write 0");
+          AddFault(j, NotToItself(value, matrix_.labels[i]));
         }
         value = 0;
       } else if (value == kMissing) {
         value = std::numeric_limits<double>::quiet_NaN();
       } else if (value < 0 || std::isinf(value)) {
-        AddFault(j, "distance " + Shortest(value) +
-                        "; write a number that is 0 or more, or NA for none");
+        AddFault(j, NotADistance(value, ""));
         value = std::numeric_limits<double>::infinity();
       }
     }
@@ -299,9 +290,8 @@ class MatrixReader {
       double& other = matrix_.distances.Row(static_cast<int>(j))[i];
       if (std::isinf(row_[j]) || std::isinf(other)) continue;
       if (!SameButForRounding(row_[j], other)) {
-        AddFault(j, "distance " + Shortest(row_[j]) + " of " + matrix_.labels[i] + " to " +
-                        matrix_.labels[j] + ", but " + Shortest(other) +
-                        " the other way; make them the same");
+        const std::string of = " of " + matrix_.labels[i] + " to " + matrix_.labels[j];
+        AddFault(j, NotTheSame(row_[j], of, other));
       }
       row_[j] = other = (row_[j] + other) / 2;
     }

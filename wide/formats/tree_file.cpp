@@ -286,13 +286,14 @@ bool TreeReader::Next(Tree& tree) {
   return true;
 }
 
-std::vector<Tree> ReadTrees(const std::string& path, const std::vector<std::string>& labels) {
-  const std::string text = LineReader(Source(path)).Rest();
-  TreeReader reader(path, text, labels);
+LabelledTrees ReadTrees(Source source, const std::vector<std::string>& labels) {
+  const std::string name = source.Name();
+  const std::string text = LineReader(std::move(source)).Rest();
+  TreeReader reader(name, text, labels);
   std::vector<Tree> trees;
   for (Tree tree; reader.Next(tree);) trees.push_back(std::move(tree));
-  if (trees.empty()) throw Error(Fault{path, 0, 0, "no tree in it; give trees in Newick or NEXUS"});
-  return trees;
+  if (trees.empty()) throw Error(Fault{name, 0, 0, "no tree in it; give trees in Newick or NEXUS"});
+  return {reader.Labels(), std::move(trees)};
 }
 
 }  // namespace zorvek::wide

@@ -1,66 +1,26 @@
 #include "wide/program/distances.h"
 
-#include <algorithm>
 #include <numeric>
-#include <tuple>
 
 #include "core/index.h"
-#include "wide/data/labels.h"
-#include "wide/distance/vertex_cover.h"
-#include "zorvek/error.h"
+#include "zorvek/check.h"
 
 namespace zorvek::wide {
 
 namespace {
 
-std::vector<std::string> LabelsOf(const std::vector<int>& taxa, const Input& input) {
-  std::vector<std::string> labels;
-  for (const int taxon : taxa) labels.push_back(input.Labels()[Index(taxon)]);
-  return labels;
-}
-
-[[noreturn]] void TellUndefined(const Options& options, const Input& input,
-                                const std::vector<std::pair<int, int>>& pairs,
-                                const VertexCover& cover) {
-  std::vector<std::string> lines;
-  for (const auto& [a, b] : pairs) {
-    const std::vector<std::string> labels = LabelsOf({a, b}, input);
-    lines.push_back(labels[0] + " and " + labels[1]);
-  }
-  std::string names;
-  for (const std::string& label : LabelsOf(cover.vertices, input)) {
-    names += (names.empty() ? "" : ",") + WithoutBlanks(label);
-  }
-  const bool spectral = options.model.model == Model::kSpectral && !options.matrix;
-  throw Error(At(options.file) + ": no distance for " + std::to_string(pairs.size()) +
-              (pairs.size() == 1 ? " pair" : " pairs") + " of taxa" +
-              (options.matrix ? "" : ", which have no site in common") +
-              (spectral ? " or differ too much" : "") + "; give --drop-undefined or --leave-out '" +
-              names +
-              (cover.smallest ? "', which leaves out no more taxa than must be"
-                              : "', which leaves out the fewest taxa that were found") +
-              "\n  " + Listed(lines, "\n  "));
-}
-
-// The cover of the graph as the search would see it, so that it does not depend on the file's order.
-VertexCover CoverOf(std::vector<std::pair<int, int>> pairs, const std::vector<int>& order) {
-  const std::vector<int> place = Inverse(order);
-  for (auto& [a, b] : pairs) std::tie(a, b) = std::minmax({place[Index(a)], place[Index(b)]});
-  std::sort(pairs.begin(), pairs.end());
-  VertexCover cover = FindVertexCover(static_cast<int>(order.size()), pairs);
-  for (int& vertex : cover.vertices) vertex = order[Index(vertex)];
-  std::sort(cover.vertices.begin(), cover.vertices.end());
-  return cover;
-}
-
 // Returns whether taxa were left out.
 bool SettleUndefined(const Options& options, Input& input) {
-  const std::vector<std::pair<int, int>> pairs = input.distances.Undefined();
-  if (pairs.empty()) return false;
-  const VertexCover cover = CoverOf(pairs, SearchOrder(options, input));
-  if (!options.drop_undefined) TellUndefined(options, input, pairs, cover);
+  if (input.distances.Undefined().empty()) return false;
+  // The taxa as the search would see them, so that what is left out does not depend on the file's order.
+  const UndefinedPairs undefined =
+      FindUndefined(input.distances.Rows(), SearchOrder(options, input));
+  if (!options.drop_undefined) {
+    CheckDefined(options.file, input.Labels(), undefined, "give --drop-undefined or --leave-out",
+                 options.matrix ? nullptr : &options.model.model);
+  }
   std::vector<bool> left_out(input.Labels().size());
-  for (const int taxon : cover.vertices) left_out[Index(taxon)] = true;
+  for (const int taxon : undefined.taxa) left_out[Index(taxon)] = true;
   LeaveOut(left_out, input);
   CheckSize(options, input);
   return true;
@@ -90,10 +50,7 @@ DistanceNotes EstimateDistances(const Options& options, Input& input) {
   notes.kinds = Estimate(options, input);
   // The nucleotide frequencies are those of the taxa that are kept.
   if (SettleUndefined(options, input)) notes.kinds = Estimate(options, input);
-  if (notes.kinds.finite == 0) {
-    throw Error(At(options.file) + ": all pairs of taxa are too far apart for " +
-                RowOf(options.model.model).name + "; check that the sequences are aligned");
-  }
+  CheckEstimates(options.file, options.model.model, notes.kinds);
   notes.uncounted = CountUncounted(*input.alignment);
   if (notes.kinds.saturated > 0) {
     notes.saturated = SaturatedPairs(*input.alignment, options.search.threads);

@@ -6,6 +6,7 @@
 
 #include "core/index.h"
 #include "wide/data/labels.h"
+#include "zorvek/check.h"
 #include "zorvek/error.h"
 #include "zorvek/io.h"
 

@@ -94,18 +94,9 @@ std::string Alternatives(const std::vector<std::string>& names) {
 }
 
 template <typename Value>
-using Choices = std::vector<std::pair<std::string, Value>>;  // by the names that are typed
-
-template <typename Value>
-void AddChoice(CLI::App& app, const std::string& names, Value& value, const Choices<Value>& choices,
+void AddChoice(CLI::App& app, const std::string& names, Value& value, const Names<Value>& choices,
                const std::string& help) {
-  std::vector<std::string> known;
-  std::string given;
-  for (const auto& [name, choice] : choices) {
-    known.push_back(name);
-    if (choice == value) given = name;
-  }
-  const std::string listed = Alternatives(known);
+  const std::string listed = Alternatives(choices);
   Add(app, names, "NAME", help + (help.empty() ? "" : ": ") + listed, listed,
       [=, &value](const std::string& text) {
         for (const auto& [name, choice] : choices) {
@@ -115,7 +106,7 @@ void AddChoice(CLI::App& app, const std::string& names, Value& value, const Choi
         }
         return false;
       })
-      ->default_str(given);
+      ->default_str(NameOf(value, choices));
 }
 
 void AddInput(CLI::App& app, Options& options) {
@@ -125,7 +116,7 @@ void AddInput(CLI::App& app, Options& options) {
                      ", plain or gzip; - is standard input")
       ->type_name("FILE");
   app.add_flag("--matrix", options.matrix, "FILE is a distance matrix, square or a triangle");
-  Choices<std::string> formats;
+  Names<std::string> formats;
   for (const std::string& format : AlignmentFormats()) formats.emplace_back(format, format);
   AddChoice(app, "--format", options.format, formats, "not guessed by the content");
   AddTaxa(app, "--leave-out", options.leave_out, "taxa to leave out, commas between them");
@@ -135,11 +126,7 @@ void AddInput(CLI::App& app, Options& options) {
 
 void AddDistances(CLI::App& app, ModelSettings& settings) {
   app.option_defaults()->group("Distances");
-  Choices<Model> models;
-  for (std::size_t model = 0; model < kModels; ++model) {
-    models.emplace_back(Models()[model].name, static_cast<Model>(model));
-  }
-  AddChoice<Model>(app, "-m,--model", settings.model, models, "model of substitution");
+  AddChoice(app, "-m,--model", settings.model, ModelNames(), "model of substitution");
   Add(app, "--gamma", "SHAPE",
       "shape of gamma-distributed rates; unless given, all sites are alike", "a number above 0",
       [&settings](const std::string& text) {
@@ -152,12 +139,8 @@ void AddSearch(CLI::App& app, Options& options) {
   SearchSettings& search = options.search;
   AddFile(app, "--tree", options.start_tree, "a tree to start from: Newick or NEXUS");
   AddFile(app, "--evaluate", options.evaluate, "trees to fit and compare, and no search");
-  AddChoice<Criterion>(app, "--criterion", search.criterion,
-                       {{"balanced", Criterion::kBalanced}, {"ols", Criterion::kOls}},
-                       "what is made small");
-  AddChoice<Moves>(app, "--search", search.moves,
-                   {{"none", Moves::kNone}, {"nni", Moves::kNni}, {"spr", Moves::kSpr}},
-                   "how a starting tree is improved");
+  AddChoice(app, "--criterion", search.criterion, CriterionNames(), "what is made small");
+  AddChoice(app, "--search", search.moves, MovesNames(), "how a starting tree is improved");
   AddNumber(app, "--starts", search.starts, 1, kMost, "N",
             "starting trees: neighbour joining, then randomised");
   AddNumber(app, "--greedy", search.greedy, 0.0, 1.0, "X",
@@ -193,10 +176,8 @@ void AddSupport(CLI::App& app, Options& options) {
   app.add_option("--support-from", options.support_from,
                  "files of trees from which the support comes instead; FILE comes first")
       ->type_name("FILE ...");
-  AddChoice<SupportMeasure>(
-      app, "--support", bootstrap.measure,
-      {{"fbp", SupportMeasure::kFrequency}, {"tbe", SupportMeasure::kTransfer}},
-      "the share of trees with a branch, or their transfer distance from it");
+  AddChoice(app, "--support", bootstrap.measure, SupportNames(),
+            "the share of trees with a branch, or their transfer distance from it");
 }
 
 void AddOutput(CLI::App& app, Options& options) {
@@ -238,10 +219,7 @@ void CheckCombinations(const CLI::App& app, const Options& options) {
   const bool descent_alone = search.iterations > 0 && search.moves != Moves::kSpr;
   const bool evaluates = !options.evaluate.empty();
   const bool given_support = !options.support_from.empty();
-  std::string without_gamma = "does nothing without one of the models";
-  for (const ModelRow& row : Models()) {
-    if (row.has_gamma) without_gamma += std::string(" ") + row.name;
-  }
+  const std::string without_gamma = "does nothing without one of the models " + GammaModels();
   const bool unsupported = options.bootstrap.replicates == 0 && !given_support;
   struct Rule {
     const char* option;

@@ -34,11 +34,6 @@ double SecondsSince(Clock::time_point then) {
   return std::chrono::duration<double>(Clock::now() - then).count();
 }
 
-const char* Name(Progress::Phase phase) {
-  if (phase == Progress::kStart) return "starting trees";
-  return phase == Progress::kDescent ? "descent" : "iterations";
-}
-
 // What the progress line shows of a search: one by the clock is done when its time is over.
 void Show(const SearchSettings& settings, const Progress& progress, double seconds,
           ProgressLine& line) {

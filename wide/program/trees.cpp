@@ -8,7 +8,6 @@
 #include "wide/criterion/criterion.h"
 #include "wide/criterion/fitted_tree.h"
 #include "wide/data/topology.h"
-#include "wide/formats/tree_file.h"
 #include "wide/program/outputs.h"
 #include "zorvek/error.h"
 #include "zorvek/io.h"
@@ -17,7 +16,7 @@ namespace zorvek::wide {
 
 Tree StartingTree(const Options& options, const Input& input) {
   if (options.start_tree.empty()) return {};
-  const std::vector<Tree> trees = ReadTrees(options.start_tree, input.Labels());
+  const std::vector<Tree> trees = ReadTrees(Source(options.start_tree), input.Labels()).trees;
   if (trees.size() > 1) {
     throw Error(At(options.start_tree) + ": " + std::to_string(trees.size()) +
                 " trees; give one to start from");
@@ -27,7 +26,7 @@ Tree StartingTree(const Options& options, const Input& input) {
 
 void EvaluateTrees(Results& results) {
   const Options& options = results.options;
-  const std::vector<Tree> trees = ReadTrees(options.evaluate, results.input.Labels());
+  const std::vector<Tree> trees = ReadTrees(Source(options.evaluate), results.input.Labels()).trees;
   const bool one = options.bootstrap.replicates > 0 || !PathOf(options, "--draw").empty();
   if (one && trees.size() > 1) {
     throw Error(At(options.evaluate) + ": " + std::to_string(trees.size()) +
@@ -47,7 +46,8 @@ void AddGivenSupport(Results& results) {
   const Options& options = results.options;
   std::vector<Tree>& given = results.support.trees;
   for (const std::string& path : options.support_from) {
-    for (Tree& tree : ReadTrees(path, results.input.Labels())) given.push_back(std::move(tree));
+    for (Tree& tree : ReadTrees(Source(path), results.input.Labels()).trees)
+      given.push_back(std::move(tree));
   }
   for (SearchResult& found : results.found) {
     SetSupports(given, options.bootstrap.measure, found.tree);
