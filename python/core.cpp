@@ -309,6 +309,7 @@ py::tuple EdgesOf(const Tree& tree) {
 py::array DistancesOf(const Input& input, const ModelSettings& model, const py::object& threads) {
   const int shared = WholeNumber("threads", 1, threads);
   const auto n = static_cast<py::ssize_t>(input.alignment.Taxa());
+  if (n == 0) CheckNumberOfTaxa(input.name, 0);
   Array<double> distances({n, n});
   double* to = distances.mutable_data();
   const py::gil_scoped_release released;

@@ -18,6 +18,7 @@ from dataclasses import dataclass, field
 from typing import Any, NamedTuple, Protocol, Union
 
 import numpy as np
+from numpy.typing import NDArray
 
 from . import _core
 
@@ -40,7 +41,7 @@ _DEFAULT = _core.defaults
 class Distances(NamedTuple):
     """Distances with the names of their taxa, as scikit-bio's DistanceMatrix has them."""
 
-    data: np.ndarray
+    data: NDArray[np.float64]
     """Shape (n, n), float64, symmetric, 0 on the diagonal; NaN where two taxa share no site."""
     ids: list[str]
     """The n names."""
@@ -51,11 +52,16 @@ class _WithIds(Protocol):
     ids: Sequence[str]
 
 
-Matrix = Union[np.ndarray, Sequence[Any], _WithIds]
+class _Record(Protocol):
+    id: Any
+    seq: Any
+
+
+Matrix = Union[NDArray[Any], Sequence[Any], _WithIds]
 """What a function takes as D: an array or a list of shape (n, n) or, condensed as by SciPy's pdist,
 (n (n - 1) / 2,); or an object with such `data` and with `ids`."""
 
-Sequences = Union[str, "os.PathLike[str]", Mapping[str, str], Iterable[Any]]
+Sequences = Union[str, "os.PathLike[str]", Mapping[str, str], Iterable[_Record]]
 """What a function takes as sequences: the path of a file in any format that zorvek-wide reads; names with
 their sequences; or records with `id` and `seq`, as Biopython's."""
 
@@ -71,11 +77,11 @@ class Edges(NamedTuple):
     from n on.
     """
 
-    parent: np.ndarray
-    child: np.ndarray
-    length: np.ndarray
+    parent: NDArray[np.intc]
+    child: NDArray[np.intc]
+    length: NDArray[np.float64]
     """As estimated; negative at times."""
-    support: np.ndarray
+    support: NDArray[np.float64]
     """0 to 1; NaN where there is none."""
 
 
@@ -105,12 +111,12 @@ def _tree(core: _core.Tree, length: float, names: list[str], interrupted: bool =
 
 def _matrix(
     D: Matrix, names: Sequence[str] | None, float32: bool = False
-) -> tuple[np.ndarray, list[str]]:
+) -> tuple[NDArray[Any], list[str]]:
     """D as a square array of its own or the caller's numbers, and the names."""
-    data = D
-    if not isinstance(D, np.ndarray) and hasattr(D, "ids"):
-        data = D.data
-        names = D.ids if names is None else names
+    data: Any = D
+    if not isinstance(data, np.ndarray) and hasattr(data, "ids"):
+        names = data.ids if names is None else names
+        data = data.data
     kept = np.float32 if float32 and getattr(data, "dtype", None) == np.float32 else np.float64
     array = np.ascontiguousarray(data, dtype=kept)
     if array.ndim == 1:
