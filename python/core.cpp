@@ -359,12 +359,12 @@ Supported FindSupported(const Input& input, const ModelSettings& model,
                         const BootstrapSettings& settings) {
   Alignment alignment = input.alignment;
   CheckNumberOfTaxa(input.name, alignment.Taxa());
-  const bool spectral = model.model == Model::kSpectral;
-  const std::vector<int> order = spectral ? FileOrder(alignment.Taxa()) : CanonicalOrder(alignment);
+  const std::vector<int> order =
+      model.model == Model::kSpectral ? FileOrder(alignment.Taxa()) : CanonicalOrder(alignment);
   EstimatedDistances estimated = EstimateDistances(alignment, model, settings.search.threads);
   DistanceMatrix& distances = estimated.matrix;
   CheckDefined(input.name, alignment.labels, FindUndefined(distances.Rows(), order), kRemedy,
-               spectral);
+               &model.model);
   CheckEstimates(input.name, model.model, estimated.kinds);
   distances.Reorder(order);
   alignment.Reorder(order);

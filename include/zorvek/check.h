@@ -43,11 +43,11 @@ struct UndefinedPairs {
 template <typename Number>
 UndefinedPairs FindUndefined(const Number* const* distances, const std::vector<int>& order);
 
-// Pairs without a distance are a fault. `remedy` is what to do with the taxa that are then named;
-// `spectral` tells whether the distances were estimated under Model::kSpectral.
+// Pairs without a distance are a fault. `remedy` is what to do with the taxa that are then named,
+// `model` that of estimated distances, null for others.
 void CheckDefined(const std::string& file, const std::vector<std::string>& labels,
                   const UndefinedPairs& undefined, const std::string& remedy,
-                  bool spectral = false);
+                  const Model* model = nullptr);
 
 // Estimates of which none is finite are a fault.
 void CheckEstimates(const std::string& file, Model model, const PairKinds& kinds);

@@ -13,13 +13,19 @@ template <typename Value>
 using Names = std::vector<std::pair<std::string, Value>>;
 
 // "a, b or c"
-template <typename Value>
-std::string Alternatives(const Names<Value>& names) {
+inline std::string Alternatives(const std::vector<std::string>& words) {
   std::string listed;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    listed += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + names[i].first;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    listed += (i == 0 ? "" : i + 1 == words.size() ? " or " : ", ") + words[i];
   }
   return listed;
+}
+
+template <typename Value>
+std::string Alternatives(const Names<Value>& names) {
+  std::vector<std::string> words;
+  for (const auto& [name, value] : names) words.push_back(name);
+  return Alternatives(words);
 }
 
 // The name of a value that has one.

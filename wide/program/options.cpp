@@ -84,15 +84,6 @@ void AddTaxa(CLI::App& app, const std::string& names, std::vector<std::string>& 
       ->allow_extra_args(false);  // what follows may be FILE
 }
 
-// "a, b or c"
-std::string Alternatives(const std::vector<std::string>& names) {
-  std::string listed;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    listed += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + names[i];
-  }
-  return listed;
-}
-
 template <typename Value>
 void AddChoice(CLI::App& app, const std::string& names, Value& value, const Names<Value>& choices,
                const std::string& help) {
