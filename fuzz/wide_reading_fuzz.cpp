@@ -1,5 +1,5 @@
 // One execution takes the bytes for a file that zorvek-wide is given and reads it as that does: whatever
-// it is, it gives an alignment, or distances, or an error.
+// it is, it gives an alignment, or distances, or trees, or an error.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/index.h"
+#include "wide/formats/tree_file.h"
 #include "zorvek/error.h"
 #include "zorvek/io.h"
 
@@ -33,6 +34,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   try {
     const LabelledMatrix matrix = ReadMatrix(Source("file", text));
     if (zorvek::Index(matrix.distances.Size()) != matrix.labels.size()) std::abort();
+  } catch (const Error&) {
+  }
+  try {
+    TreeReader trees("file", text, {});
+    for (Tree tree; trees.Next(tree);) {
+      if (tree.preorder.size() != tree.nodes.size()) std::abort();
+    }
   } catch (const Error&) {
   }
   return 0;

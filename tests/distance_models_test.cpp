@@ -158,12 +158,15 @@ TEST(DistanceModels, SpectralIsTheRuns) {
   int undefined = 0;
   for (const std::size_t sites : {25u, 90u, 400u, 5000u}) {
     for (int trial = 0; trial < 40; ++trial) {
-      const Alignment alignment = RandomAlignment(sites, trial % 8 == 7, random);
+      Alignment alignment = RandomAlignment(sites, trial % 8 == 7, random);
+      alignment.rna = trial % 4 == 1;  // then U is any symbol but a nucleotide
       const auto found =
           PairDistances(alignment, AllSites(alignment), {Model::kSpectral, 0}, 1).matrix;
       SiteCodes codes{};
-      for (unsigned set = 1; set < 16; ++set)
-        codes[set] = static_cast<std::uint8_t>(set & (~set + 1));
+      for (unsigned set = 1; set < 16; ++set) {
+        const auto first = static_cast<std::uint8_t>(set & (~set + 1));
+        codes[set] = alignment.rna && first == kT ? 15 : first;
+      }
       const NucleotidePlanes planes = TablePlanes(alignment, AllSites(alignment), codes, 1);
       for (int i = 0; i < 7; ++i) {
         for (int j = i + 1; j < 7; ++j) {

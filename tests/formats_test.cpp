@@ -106,7 +106,8 @@ TEST(Formats, KeepLabelsAndMakeThemUtf8) {
   EXPECT_EQ(CleanLabel("\xED\xA0\x80"), "\xC3\xAD\xC2\xA0\xC2\x80");
   const Strings labels{"hCoV-19/England/20134/2020|EPI_ISL_1|2020-03-01",
                        "gi|9626243|ref|NC_001416.1|", "caf\xC3\xA9", "ny"};
-  string fasta, nexus = "#NEXUS begin data; dimensions ntax=4 nchar=1; format datatype=dna; matrix";
+  string fasta,
+      nexus = "#NEXUS begin data; dimensions ntax=4 nchar=1; format datatype=nucleotide; matrix";
   for (const string& label : labels) {
     fasta += ">" + (label == "caf\xC3\xA9" ? "caf\xE9" : label) + "\nA\n";
     nexus += " '" + label + "' A";

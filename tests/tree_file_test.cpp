@@ -118,30 +118,5 @@ TEST(WideTreeFile, SaysWhereAndWhatIsWrong) {
   EXPECT_THROW(Read("(a,b,c,d);(a,b,c,e);", {}), Error);
 }
 
-TEST(WideTreeFile, NoTextEndsTheProgram) {
-  const std::string good =
-      "#NEXUS begin trees; translate 1 A, 2 b_c, 3 'it''s', 4 D, 5 5; tree "
-      "x=[&U](1:1,(2:2,3)4,(4,5)7);";
-  std::mt19937 generator(3);
-  int read = 0;
-  for (int trial = 0; trial < 4000; ++trial) {
-    std::string text = trial % 2 == 0 ? good : good.substr(good.find("(1"));
-    for (int change = 0; change < 1 + trial % 3; ++change) {
-      const std::size_t at = generator() % text.size();
-      if (generator() % 3 == 0) {
-        text.erase(at, 1 + generator() % 9);
-      } else {
-        text.insert(at, 1, "()[]':;,=1A\n\0"[generator() % 13]);
-      }
-      if (text.empty()) break;
-    }
-    try {
-      read += static_cast<int>(Read(text, trial % 5 == 0 ? Labels() : kFive).size());
-    } catch (const Error&) {
-    }
-  }
-  EXPECT_GT(read, 100);
-}
-
 }  // namespace
 }  // namespace zorvek::wide
