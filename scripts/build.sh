@@ -44,3 +44,13 @@ build_packages=(g++ cmake make libncl-dev libcli11-dev zlib1g-dev)
 test_packages=(git libgtest-dev)
 python_packages=(python3-dev python3-venv python3-pip python3-setuptools python3-wheel python3-pybind11 pybind11-dev
   python3-numpy)
+
+# Installs the Python module as users do, in an environment that sees Debian's packages; its interpreter is then
+# $python.
+build_python() {
+  install_missing "${python_packages[@]}" "$@"
+  local environment=$root/build/venv
+  python=$environment/bin/python
+  [ -d "$environment" ] || /usr/bin/python3 -m venv --system-site-packages "$environment"
+  (cd "$root" && quietly "$environment/bin/pip" install --no-build-isolation --no-deps .)
+}

@@ -2,7 +2,9 @@
 
 import io
 import os
+import re
 import subprocess
+import sys
 import tempfile
 import threading
 import unittest
@@ -147,6 +149,12 @@ class Python(unittest.TestCase):
         majority = zorvek.consensus([tree, *tree.replicates])
         self.assertEqual(majority.names, tree.names)
         self.assertGreater(np.nanmin(majority.edges.support), 0.5)
+
+    def test_the_example_of_the_readme_prints_what_it_says(self):
+        with open(os.path.join(ROOT, "README.md"), encoding="utf-8") as file:
+            code, shown = re.search(r"```python\n(.*?)```\n\nprints\n\n```\n(.*?)```", file.read(), re.S).groups()
+        done = subprocess.run([sys.executable, "-c", code], cwd=ROOT, check=True, capture_output=True, text=True)
+        self.assertEqual(done.stdout.rstrip(), shown.rstrip())
 
     def test_ctrl_c_and_callbacks_end_a_search(self):
         told = []
