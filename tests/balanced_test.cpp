@@ -12,6 +12,7 @@
 #include "tests/data.h"
 #include "tests/trees.h"
 #include "wide/criterion/balanced_neighbourhood.h"
+#include "wide/criterion/fitted_tree.h"
 #include "wide/search/neighbour_joining.h"
 #include "wide/search/sectors.h"
 #include "zorvek/error.h"
@@ -71,7 +72,7 @@ SprMove RandomMove(const Topology& tree, std::mt19937_64& generator) {
 }
 
 Topology RandomTopology(const DistanceMatrix& distances, std::mt19937_64& generator) {
-  return JoinNeighbours(distances.Size(), distances.Rows(), 0, &generator);
+  return JoinNeighbours(distances.Size(), distances.Rows(), {0, &generator});
 }
 
 // Distances of which some are 0 and some negative.
@@ -111,6 +112,12 @@ TEST(Balanced, KeepsItsAveragesThroughLongWalks) {
     }
     EXPECT_NEAR(tree.Length(), DirectLength(tree.Current(), distances), 1e-13 * n);
     EXPECT_NEAR(tree.Length(), edges, 1e-13 * n);
+    const FittedTree held = Fitted(tree, distances.Rows());
+    const FittedTree fitted = Fit(Criterion::kBalanced, tree.Current(), distances.Rows());
+    for (int node = 0; node < tree.Current().Nodes(); ++node) {
+      ASSERT_NEAR(fitted.tree.At(node).length, held.tree.At(node).length, 1e-13);
+    }
+    EXPECT_NEAR(fitted.length, held.length, 1e-13 * n);
   }
 }
 

@@ -13,6 +13,7 @@
 #include "core/index.h"
 #include "tests/data.h"
 #include "tests/plain_joining.h"
+#include "wide/criterion/fitted_tree.h"
 #include "wide/data/topology.h"
 #include "wide/support/splits.h"
 #include "zorvek/tree.h"
@@ -83,7 +84,8 @@ template <typename Number>
 void ExpectThePlainTree(int n, const Distances& distance) {
   Rows<Number> matrix(n, distance);
   const Topology expected = test::JoinPlainly<Number>(n, matrix.rows.data());
-  EXPECT_TRUE(Same(JoinNeighbours<Number>(n, matrix.rows.data()), expected));
+  const Rows<double> wide(n, distance);
+  EXPECT_TRUE(Same(JoinNeighbours<Number>(n, wide.rows.data()), expected));
   for (const int power : {-3, 3}) {
     for (Number& value : matrix.values) {
       value = std::ldexp(value, power * std::numeric_limits<Number>::max_exponent / 4);
@@ -126,9 +128,28 @@ TEST(NeighbourJoining, SearchesFewRows) {
        {test::TreeLikeDistances(kTaxa, 0.05, 1), Twins(Points(kTaxa, 2, true, 1))}) {
     const Rows<double> matrix(kTaxa, distance);
     long searched = 0;
-    JoinNeighbours<double>(kTaxa, matrix.rows.data(), 1, nullptr, &searched);
+    Joining joining;
+    joining.searched = &searched;
+    JoinNeighbours(kTaxa, matrix.rows.data(), joining);
     EXPECT_GT(searched, kTaxa);
     EXPECT_LE(searched, 10 * kTaxa);
+  }
+}
+
+// Single precision finds trees as good, and an end that comes early leaves a whole tree.
+TEST(NeighbourJoining, IsAsGoodInSinglePrecision) {
+  constexpr int kTaxa = 300;
+  for (const Distances& distance :
+       {test::TreeLikeDistances(kTaxa, 0.2, 1), test::RandomDistances(1)}) {
+    const Rows<double> matrix(kTaxa, distance);
+    const auto length = [&](const Topology& tree) {
+      return Fit(Criterion::kBalanced, tree, matrix.rows.data()).length;
+    };
+    const double joined = length(JoinNeighbours(kTaxa, matrix.rows.data()));
+    EXPECT_LT(length(JoinNeighbours<float>(kTaxa, matrix.rows.data())), joined * (1 + 1e-9));
+    Joining joining;
+    joining.poll = [](double share) { return share > 0.5; };
+    EXPECT_GT(length(JoinNeighbours(kTaxa, matrix.rows.data(), joining)), joined);
   }
 }
 
@@ -137,14 +158,14 @@ TEST(NeighbourJoining, MixesBestAndRandomPairs) {
   const Rows<double> matrix(kTaxa, test::TreeLikeDistances(kTaxa, 0.2, 3));
   std::mt19937_64 generator(1);
   const auto join = [&](double greedy) {
-    return JoinNeighbours<double>(kTaxa, matrix.rows.data(), greedy, &generator);
+    return JoinNeighbours<double>(kTaxa, matrix.rows.data(), {greedy, &generator});
   };
   EXPECT_TRUE(Same(join(1), test::JoinPlainly<double>(kTaxa, matrix.rows.data())));
   EXPECT_FALSE(Same(join(0.5), join(0.5)));
   // Of four taxa the random one is joined to its best partner: always one of the two pairs of the tree.
   const Rows<double> four(4, [](int i, int j) { return i / 2 == j / 2 ? 1.0 : 3.0; });
   for (int repeat = 0; repeat < 20; ++repeat) {
-    const Topology tree = JoinNeighbours<double>(4, four.rows.data(), 0, &generator);
+    const Topology tree = JoinNeighbours<double>(4, four.rows.data(), {0, &generator});
     EXPECT_EQ(tree.leaf_adjacent[0], tree.leaf_adjacent[1]);
     EXPECT_NE(tree.leaf_adjacent[0], tree.leaf_adjacent[2]);
   }

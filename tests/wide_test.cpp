@@ -70,7 +70,7 @@ TEST(WideIdentical, TaxaComeTogetherWhereTheTreeIsShortest) {
     const std::vector<int> group{0, 1, 2};
     const DistanceMatrix distances =
         zorvek::test::Matrix(10, [&](int i, int j) { return j < 3 ? 0 : one(i < 3 ? 0 : i, j); });
-    OlsNeighbourhood tree(JoinNeighbours(10, distances.Rows(), 0, &generator), distances.Rows());
+    OlsNeighbourhood tree(JoinNeighbours(10, distances.Rows(), {0, &generator}), distances.Rows());
     double least = HUGE_VAL;
     for (const int anchor : group) {
       Topology there = tree.Current();
@@ -170,7 +170,7 @@ TEST(OlsNeighbourhood, FindsEveryPlaceWithItsGainAndLength) {
     std::mt19937_64 generator(static_cast<std::uint64_t>(taxa_count));
     const DistanceMatrix matrix =
         zorvek::test::Matrix(taxa_count, zorvek::test::RandomDistances(3));
-    OlsNeighbourhood tree(JoinNeighbours(taxa_count, matrix.Rows(), 0, &generator), matrix.Rows());
+    OlsNeighbourhood tree(JoinNeighbours(taxa_count, matrix.Rows(), {0, &generator}), matrix.Rows());
     std::vector<SprMove> found;
     for (int change = 0; change < 8; ++change) {
       int places = 0;

@@ -63,7 +63,8 @@ struct SearchResult {
 // The shortest tree found, identical taxa side by side. The result depends on the distances and on the
 // settings but for `threads`, unless a time limit or `stop` ends it early.
 // Requires: n >= 4, a symmetric matrix.  Throws Error if a distance is not finite.
-// Memory: that of the criterion for each thread that has a tree, and 8 n^2 bytes while it joins one.
+// Memory: that of the criterion for each thread that has a tree, and 8 n^2 bytes while it joins one, from
+// 4,000 taxa on 4 n^2. Moves::kNone under balanced minimum evolution needs no more than the latter.
 SearchResult FindShortestTree(int n, const double* const* distances,
                               const SearchSettings& settings);
 

@@ -1,12 +1,6 @@
-// How the nodes are numbered, on five taxa. The walk sets out from taxon 0, goes into the larger of two
-// subtrees first, and gives a node its row when it comes back from it; so the rows of a subtree end at
-// its own one and begin at first_ of it.
-//
-//   0         2            row    0  1  2  3  4  5  6  7         A pair of nodes neither of which is
-//    \       /             node   0  2  3  7  4  6  1  5         below the other is got from the children
-//     5--6--7              first  0  1  2  1  4  1  6  1         of the later one; a pair of a node and
-//    /   |   \                                                   one below it from the parent of the
-//   1    4    3                                                  upper one and its child on the other side.
+// The averages are in rows by Numbering. A pair of nodes neither of which is below the other is got from
+// the children of the later one; a pair of a node and one below it from the parent of the upper one and
+// its child on the other side.
 //
 // An SPR move of X, held by p, from the edge (a,b) to the edge (c,d) changes the subtrees of the nodes on
 // the way, path = a..c, p, and no other pairs than these: a node on the path with any other, and two
@@ -74,7 +68,7 @@ void BalancedNeighbourhood::UseThreads(int threads) {
 // Columns do not depend on each other but within the rows of leaves.
 void BalancedNeighbourhood::Set(const Topology& topology) {
   topology_ = topology;
-  NumberNodes();
+  TakeNumbers();
   const int rows = topology_.Nodes();
   const auto share = [&](auto&& fill) {
     ForEach((rows + kBlock - 1) / kBlock, Threads(),
@@ -99,32 +93,11 @@ std::pair<int, int> BalancedNeighbourhood::Others(int row, int skipped) const {
   return {near[0], near[1] == skipped ? near[2] : near[1]};
 }
 
-void BalancedNeighbourhood::NumberNodes() {
-  const int top = topology_.leaf_adjacent[0];
-  std::vector<std::pair<int, int>> order{{top, 0}};  // nodes, each after its parent
-  for (std::size_t k = 0; k < order.size(); ++k) {
-    const auto [node, parent] = order[k];
-    if (topology_.IsLeaf(node)) continue;
-    const auto [a, b] = topology_.Others(node, parent);
-    order.push_back({a, node});
-    order.push_back({b, node});
-  }
-  std::vector<int> size(row_.size(), 1);
-  for (auto at = order.rbegin(); at != order.rend(); ++at) {
-    if (at->first != top) size[Index(at->second)] += size[Index(at->first)];
-  }
-  row_[0] = node_[0] = first_[0] = 0;
-  row_[Index(top)] = topology_.Nodes() - 1;
-  for (const auto& [node, parent] : order) {
-    const int row = RowOf(node);
-    node_[Index(row)] = node;
-    first_[Index(row)] = row - size[Index(node)] + 1;
-    if (topology_.IsLeaf(node)) continue;
-    auto [large, small] = topology_.Others(node, parent);
-    if (size[Index(large)] < size[Index(small)]) std::swap(large, small);
-    row_[Index(small)] = row - 1;
-    row_[Index(large)] = row - 1 - size[Index(small)];
-  }
+void BalancedNeighbourhood::TakeNumbers() {
+  Numbering numbering = NumberNodes(topology_);
+  row_ = std::move(numbering.row);
+  node_ = std::move(numbering.node);
+  first_ = std::move(numbering.first);
   for (int row = 0; row < topology_.Nodes(); ++row) {
     const int node = node_[Index(row)];
     std::array<int, 3>& near = near_[Index(row)];

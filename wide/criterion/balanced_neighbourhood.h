@@ -25,6 +25,7 @@
 #include "core/index.h"
 #include "core/large_table.h"
 #include "wide/criterion/neighbourhood.h"
+#include "wide/criterion/numbering.h"
 #include "zorvek/distances.h"
 
 namespace zorvek::wide {
@@ -124,7 +125,7 @@ class BalancedNeighbourhood : public Neighbourhood {
   bool IsLeaf(int row) const { return near_[Index(row)][1] < 0; }
   std::pair<int, int> Others(int row, int skipped) const;
 
-  void NumberNodes();
+  void TakeNumbers();
   void FillLeaf(int u);
   void FillUnrelated(int from, int to);
   void FillAncestors(int from, int to);
@@ -153,9 +154,7 @@ class BalancedNeighbourhood : public Neighbourhood {
   double margin_;  // in that unit, as are all averages
   double length_ = 0;
 
-  // Nodes are numbered here as a depth-first walk meets them: the rows of a subtree stand together.
-  // These are by that number; row_ is that number by node.
-  std::vector<int> row_, node_;
+  std::vector<int> row_, node_;                // the Numbering; what follows is by row
   std::vector<std::array<int, 3>> near_;       // neighbours; a leaf has one, then -1
   std::vector<std::array<double, 3>> across_;  // D to them
   std::vector<int> first_;                     // the lowest row in the subtree, while D is made

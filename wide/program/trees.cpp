@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <iostream>
-#include <memory>
 
 #include "core/index.h"
-#include "wide/criterion/criterion.h"
 #include "wide/criterion/fitted_tree.h"
 #include "wide/data/topology.h"
 #include "wide/program/outputs.h"
@@ -33,11 +31,8 @@ void EvaluateTrees(Results& results) {
                 " trees; give one, or neither --bootstrap nor --draw");
   }
   const double* const* distances = results.input.distances.Rows();
-  const std::unique_ptr<Neighbourhood> neighbourhood =
-      MakeNeighbourhood(options.search.criterion, TopologyOf(trees[0]), distances);
   for (const Tree& tree : trees) {
-    neighbourhood->Set(TopologyOf(tree));
-    FittedTree fitted = Fitted(*neighbourhood, distances);
+    FittedTree fitted = Fit(options.search.criterion, TopologyOf(tree), distances);
     results.found.push_back({std::move(fitted.tree), fitted.length});
   }
 }

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "core/index.h"
-#include "wide/data/topology.h"
 
 namespace zorvek::wide {
 
@@ -52,10 +51,11 @@ std::vector<bool> Together(const Groups& groups, const Topology& topology) {
 
 // Moves the taxa of the group to one of them, one after the other. Returns the moves that undo it, the
 // last of them to be made first.
-std::vector<SprMove> Gather(const std::vector<int>& group, int anchor, Neighbourhood& tree) {
+template <typename Changing>
+std::vector<SprMove> Gather(const std::vector<int>& group, int anchor, const Topology& now,
+                            Changing& tree) {
   std::vector<SprMove> undoing;
   for (const int taxon : group) {
-    const Topology& now = tree.Current();
     const int holder = now.leaf_adjacent[Index(taxon)];
     const int beside = now.leaf_adjacent[Index(anchor)];
     if (holder == beside) continue;
@@ -99,15 +99,22 @@ void KeepTogether(const Groups& groups, Neighbourhood& tree) {
     int best = group.front();
     double shortest = std::numeric_limits<double>::infinity();
     for (const int anchor : group) {
-      const std::vector<SprMove> undoing = Gather(group, anchor, tree);
+      const std::vector<SprMove> undoing = Gather(group, anchor, tree.Current(), tree);
       if (tree.Length() < shortest) {
         shortest = tree.Length();
         best = anchor;
       }
       for (auto undo = undoing.rbegin(); undo != undoing.rend(); ++undo) tree.Apply(*undo);
     }
-    Gather(group, best, tree);
+    Gather(group, best, tree.Current(), tree);
     together = Together(groups, tree.Current());
+  }
+}
+
+void KeepTogether(const Groups& groups, Topology& tree) {
+  const std::vector<bool> together = Together(groups, tree);
+  for (std::size_t k = 0; k < groups.size(); ++k) {
+    if (!together[k]) Gather(groups[k], groups[k].front(), tree, tree);
   }
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "wide/criterion/neighbourhood.h"
+#include "wide/data/topology.h"
 #include "zorvek/tree.h"
 
 namespace zorvek::wide {
@@ -21,6 +22,9 @@ Groups IdenticalTaxa(int n, const double* const* distances);
 // Moves the taxa of each group that stand apart to one of them, to the one where the tree becomes
 // shortest.  Cost: a move for each taxon that such a group has.
 void KeepTogether(const Groups& groups, Neighbourhood& tree);
+
+// Moves those that stand apart to the first of their group.
+void KeepTogether(const Groups& groups, Topology& tree);
 
 // Makes the edges within each group 0, which they are but for rounding.
 void ClearWithin(const Groups& groups, Tree& tree);

@@ -36,6 +36,8 @@ namespace zorvek::wide {
 
 namespace {
 
+constexpr int kJoinsPerPoll = 16;
+
 // What a search of a row finds: its least Q, the first place where that stands, and the least Q of the
 // other places.
 template <typename Number>
@@ -195,6 +197,13 @@ class Agglomeration {
     return best;
   }
 
+  // The first two nodes, as long as no pair is known.
+  Pair AnyPair() const {
+    std::size_t second = 1;  // the first place is never vacant
+    while (!Active(second)) ++second;
+    return {0, second, std::numeric_limits<double>::max()};
+  }
+
   // A random node and its best partner.
   Pair RandomPair(std::mt19937_64& generator) {
     std::size_t place = 0;
@@ -247,13 +256,6 @@ class Agglomeration {
 
   std::size_t Places() const { return rows_.size(); }
   bool Active(std::size_t place) const { return node_[place] != kVacant; }
-
-  // The first two nodes, as long as no pair is known.
-  Pair AnyPair() const {
-    std::size_t second = 1;  // the first place is never vacant
-    while (!Active(second)) ++second;
-    return {0, second, std::numeric_limits<double>::max()};
-  }
 
   static void Offer(std::size_t i, std::size_t j, Number q, Pair& best) {
     if (!(q <= best.q)) return;
@@ -396,9 +398,7 @@ class Agglomeration {
 }  // namespace
 
 template <typename Number>
-Topology JoinNeighboursInPlace(int n, Number* const* distances, double greedy,
-                               std::mt19937_64* generator, long* searched,
-                               std::vector<double>* lengths) {
+Topology JoinNeighboursInPlace(int n, Number* const* distances, const Joining& joining) {
   Agglomeration<Number> nodes(n, distances);
   Topology tree(n);
   const auto link = [&tree](int child, int node, std::size_t place) {
@@ -406,11 +406,19 @@ Topology JoinNeighboursInPlace(int n, Number* const* distances, double greedy,
     tree.Replace(child, -1, node);
   };
   const int last = 2 * n - 3;
+  std::vector<double>* const lengths = joining.lengths;
   if (lengths != nullptr) lengths->resize(Index(last));
   std::uniform_real_distribution<double> unit(0, 1);
+  bool stopped = false;
   for (int id = n; id < last; ++id) {
-    const bool best = generator == nullptr || unit(*generator) < greedy;
-    const Pair pair = best ? nodes.BestPair() : nodes.RandomPair(*generator);
+    if (id % kJoinsPerPoll == 0 && joining.poll && !stopped) {
+      const double left = static_cast<double>(2 * n - id) / n;
+      stopped = joining.poll(1 - left * left);
+    }
+    const bool best = joining.generator == nullptr || unit(*joining.generator) < joining.greedy;
+    const Pair pair = stopped ? nodes.AnyPair()
+                      : best  ? nodes.BestPair()
+                              : nodes.RandomPair(*joining.generator);
     link(nodes.Node(pair.first), id, 0);
     link(nodes.Node(pair.second), id, 1);
     if (lengths != nullptr) {
@@ -427,29 +435,25 @@ Topology JoinNeighboursInPlace(int n, Number* const* distances, double greedy,
   for (const int near : tree.At(last)) {
     if (!tree.IsLeaf(near)) tree.root = {last, near};
   }
-  if (searched != nullptr) *searched = nodes.Searched();
+  if (joining.searched != nullptr) *joining.searched = nodes.Searched();
   return tree;
 }
 
 template <typename Number>
-Topology JoinNeighbours(int n, const Number* const* distances, double greedy,
-                        std::mt19937_64* generator, long* searched, std::vector<double>* lengths) {
+Topology JoinNeighbours(int n, const double* const* distances, const Joining& joining) {
   const LargeTable<Number> table = MakeLargeTable<Number>(Index(n) * Index(n));
   std::vector<Number*> rows;
   for (int i = 0; i < n; ++i) {
     rows.push_back(&table[Index(i) * Index(n)]);
-    std::copy_n(distances[i], n, rows.back());
+    std::transform(distances[i], distances[i] + n, rows.back(),
+                   [](double distance) { return static_cast<Number>(distance); });
   }
-  return JoinNeighboursInPlace(n, rows.data(), greedy, generator, searched, lengths);
+  return JoinNeighboursInPlace(n, rows.data(), joining);
 }
 
-template Topology JoinNeighbours(int, const double* const*, double, std::mt19937_64*, long*,
-                                 std::vector<double>*);
-template Topology JoinNeighbours(int, const float* const*, double, std::mt19937_64*, long*,
-                                 std::vector<double>*);
-template Topology JoinNeighboursInPlace(int, double* const*, double, std::mt19937_64*, long*,
-                                        std::vector<double>*);
-template Topology JoinNeighboursInPlace(int, float* const*, double, std::mt19937_64*, long*,
-                                        std::vector<double>*);
+template Topology JoinNeighbours<double>(int, const double* const*, const Joining&);
+template Topology JoinNeighbours<float>(int, const double* const*, const Joining&);
+template Topology JoinNeighboursInPlace(int, double* const*, const Joining&);
+template Topology JoinNeighboursInPlace(int, float* const*, const Joining&);
 
 }  // namespace zorvek::wide

@@ -34,6 +34,7 @@ namespace {
 constexpr int kBatch = 8;        // runs on the whole of a small tree
 constexpr long kTries = 300;     // of a run
 constexpr double kHeat = 0.4;    // at its beginning, in mean edge lengths
+constexpr int kSingle = 4000;    // taxa from which on trees are joined in single precision
 constexpr int kWhole = 96;       // taxa of a small tree
 constexpr int kSectorTaxa = 64;  // of a large one's sectors
 constexpr int kTaxaPerKick =
@@ -59,6 +60,7 @@ class Search {
 
   SearchResult Run() {
     Report(Progress::kStart, 0, 0);
+    if (settings_.moves == Moves::kNone && settings_.iterations == 0) return ShortestStart();
     const int threads = std::max(1, settings_.threads);
     descents_.resize(Index(threads));
     DescendFromStarts();
@@ -143,13 +145,32 @@ class Search {
     if (settings_.moves == Moves::kSpr) descent.BySpr(poll);
   }
 
+  // A starting tree. In a large one, whose distances are no surer than to three digits or four, single
+  // precision is enough for what is joined, and takes half of the memory.
+  Topology Start(int number, bool reports) const {
+    if (number == 0 && settings_.start != nullptr) return TopologyOf(*settings_.start);
+    std::mt19937_64 generator = Generator(0, static_cast<std::uint64_t>(number));
+    Joining joining;
+    if (number > 0) {
+      joining.greedy = settings_.greedy;
+      joining.generator = &generator;
+    }
+    joining.poll = [&](double fraction) {
+      if (reports && settings_.on_progress) {
+        settings_.on_progress({Progress::kStart, fraction, best_length_, false});
+      }
+      return Stopped();
+    };
+    return n_ < kSingle ? JoinNeighbours<double>(n_, distances_, joining)
+                        : JoinNeighbours<float>(n_, distances_, joining);
+  }
+
+  int Starts() const { return std::max(1, settings_.starts); }
+
   void DescendFromStarts() {
     const auto descend = [this](std::unique_ptr<Descent>& descent, int number) {
-      std::mt19937_64 generator = Generator(0, static_cast<std::uint64_t>(number));
-      Place(descent, number > 0 ? JoinNeighbours(n_, distances_, settings_.greedy, &generator)
-                     : settings_.start != nullptr ? TopologyOf(*settings_.start)
-                                                  : JoinNeighbours(n_, distances_));
       const bool reports = &descent == &descents_[0];  // on the thread that called
+      Place(descent, Start(number, reports));
       Descend(*descent, [&](double fraction) {
         if (reports) ReportDescent(fraction, descent->Around().Length());
         return Stopped();
@@ -157,8 +178,27 @@ class Search {
       return Found(descent->Around());
     };
     const double before = best_length_;
-    Adopt(Share(std::max(1, settings_.starts), descend));
+    Adopt(Share(Starts(), descend));
     Report(Progress::kDescent, 1, before);
+  }
+
+  // The shortest of the starting trees as they are, for which no neighbourhood is needed.
+  SearchResult ShortestStart() {
+    const Groups identical = IdenticalTaxa(n_, distances_);
+    std::vector<SearchResult> found(Index(Starts()));
+    ForEach(Starts(), settings_.threads, [&](int number, int thread) {
+      Topology start = Start(number, thread == 0);
+      KeepTogether(identical, start);
+      FittedTree fitted = Fit(settings_.criterion, start, distances_);
+      ClearWithin(identical, fitted.tree);
+      found[Index(number)] = {std::move(fitted.tree), fitted.length};
+    });
+    SearchResult& best = *std::min_element(
+        found.begin(), found.end(),
+        [](const SearchResult& x, const SearchResult& y) { return x.length < y.length; });
+    best_length_ = best.length;
+    Report(Progress::kDescent, 1, std::numeric_limits<double>::infinity());
+    return std::move(best);
   }
 
   void Improve() {
