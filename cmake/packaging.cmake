@@ -4,20 +4,25 @@
 include(CMakePackageConfigHelpers)
 
 # Debian wants manual pages and changelogs compressed; every man reads them so.
-function(install_compressed file name destination)
+function(install_compressed file name destination component)
   set(compressed ${PROJECT_BINARY_DIR}/${name}.gz)
   execute_process(COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/${file} OUTPUT_FILE ${compressed}
                   COMMAND_ERROR_IS_FATAL ANY)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${file})
-  install(FILES ${compressed} DESTINATION ${destination} COMPONENT program)
+  install(FILES ${compressed} DESTINATION ${destination} COMPONENT ${component})
+endfunction()
+
+# What Debian wants of each package besides.
+function(install_notes package component)
+  set(folder ${CMAKE_INSTALL_DATADIR}/doc/${package})
+  install(FILES packaging/copyright DESTINATION ${folder} COMPONENT ${component})
+  install_compressed(CHANGELOG.md changelog ${folder} ${component})
 endfunction()
 
 install(TARGETS zorvek zorvek-wide COMPONENT program)
-install_compressed(man/zorvek.1 zorvek.1 ${CMAKE_INSTALL_MANDIR}/man1)
-install_compressed(man/zorvek-wide.1 zorvek-wide.1 ${CMAKE_INSTALL_MANDIR}/man1)
-install_compressed(CHANGELOG.md changelog ${CMAKE_INSTALL_DATADIR}/doc/zorvek)
-install(FILES packaging/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/zorvek
-        COMPONENT program)
+install_compressed(man/zorvek.1 zorvek.1 ${CMAKE_INSTALL_MANDIR}/man1 program)
+install_compressed(man/zorvek-wide.1 zorvek-wide.1 ${CMAKE_INSTALL_MANDIR}/man1 program)
+install_notes(zorvek program)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zorvek)
 # zorvek::zorvek is the library of zorvek-wide with the public headers, zorvek::run that of the routines
@@ -35,8 +40,10 @@ write_basic_package_version_file(zorvek-config-version.cmake COMPATIBILITY SameM
 install(FILES cmake/zorvek-config.cmake cmake/FindNCL.cmake
               ${PROJECT_BINARY_DIR}/zorvek-config-version.cmake
         DESTINATION ${package_dir} COMPONENT development)
-install(FILES packaging/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libzorvek-dev
-        COMPONENT development)
+install_notes(libzorvek-dev development)
+if(ZORVEK_PYTHON)
+  install_notes(python3-zorvek python)
+endif()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "zorvek maintainers <maintainers@zorvek.example>")
@@ -60,7 +67,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzorvek-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libncl-dev, zlib1g-dev")
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION
-    "The Python module zorvek: distances, trees and their supports from NumPy arrays and alignments.")
+    "The Python module zorvek makes distances, trees and their supports from alignments
+ and NumPy arrays.")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-zorvek)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)

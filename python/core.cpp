@@ -319,9 +319,10 @@ py::array DistancesOf(const Input& input, const ModelSettings& model, const py::
   return std::move(distances);
 }
 
+// Uses the matrix up if it is `own`, the module's own.
 template <typename Number>
-std::pair<Tree, double> Join(const Array<Number>& matrix) {
-  Array<Number> work(matrix.request());
+std::pair<Tree, double> Join(const Array<Number>& matrix, bool own) {
+  const Array<Number> work = own ? matrix : Array<Number>(matrix.request());
   const std::vector<Number*> rows = RowsOf<Number>(work);
   const py::gil_scoped_release released;
   SearchResult joined = JoinedTree(static_cast<int>(rows.size()), rows.data());
@@ -435,7 +436,7 @@ PYBIND11_MODULE(_core, module) {
   module.def("square", &Square<double>);
   module.def("checked", &Checked<float>, py::arg().noconvert(), py::arg());
   module.def("checked", &Checked<double>);
-  module.def("join", &Join<float>, py::arg().noconvert());
+  module.def("join", &Join<float>, py::arg().noconvert(), py::arg());
   module.def("join", &Join<double>);
   module.def("search", &Search);
   module.def("evaluate", &Evaluate);

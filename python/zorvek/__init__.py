@@ -111,20 +111,20 @@ def _tree(core: _core.Tree, length: float, names: list[str], interrupted: bool =
 
 def _matrix(
     D: Matrix, names: Sequence[str] | None, float32: bool = False
-) -> tuple[NDArray[Any], list[str]]:
-    """D as a square array of its own or the caller's numbers, and the names."""
+) -> tuple[NDArray[Any], list[str], bool]:
+    """D as a square array, the names, and whether the array is a copy of the caller's."""
     data: Any = D
     if not isinstance(data, np.ndarray) and hasattr(data, "ids"):
         names = data.ids if names is None else names
         data = data.data
     kept = np.float32 if float32 and getattr(data, "dtype", None) == np.float32 else np.float64
-    array = np.ascontiguousarray(data, dtype=kept)
-    if array.ndim == 1:
-        array = _core.square(array)
+    given = np.ascontiguousarray(data, dtype=kept)
+    array = _core.square(given) if given.ndim == 1 else given
     if array.ndim != 2 or array.shape[0] != array.shape[1]:
         raise ValueError(f"distances of shape {array.shape}; give a square or a condensed matrix")
     labels = [str(name) for name in (range(len(array)) if names is None else names)]
-    return _core.checked(array, labels), labels
+    checked = _core.checked(array, labels)
+    return checked, labels, checked is not given
 
 
 def _alignment(sequences: Sequences, format: str) -> _core.Alignment:
@@ -169,8 +169,8 @@ def neighbor_joining(D: Matrix, names: Sequence[str] | None = None) -> Tree:
 
     Raises ValueError unless there are 4 taxa or more, with distances that are symmetric and 0 or more.
     """
-    matrix, labels = _matrix(D, names, float32=True)
-    return _tree(*_core.join(matrix), labels)
+    matrix, labels, own = _matrix(D, names, float32=True)
+    return _tree(*_core.join(matrix, own), labels)
 
 
 def search(
@@ -197,7 +197,7 @@ def search(
 
     Raises ValueError unless there are 4 taxa or more, with distances that are symmetric and 0 or more.
     """
-    matrix, labels = _matrix(D, names)
+    matrix, labels, _ = _matrix(D, names)
     settings = _core.SearchSettings(criterion, search, iterations, seed, threads, time, starts)
     core, length, interrupted = _core.search(matrix, settings, progress)
     return _tree(core, length, labels, interrupted)
@@ -215,7 +215,7 @@ def evaluate(
 
     Raises ValueError if it cannot be read or its taxa are not those of the distances, and as `search`.
     """
-    matrix, labels = _matrix(D, names)
+    matrix, labels, _ = _matrix(D, names)
     return _tree(*_core.evaluate(newick, matrix, labels, criterion), labels)
 
 
