@@ -45,7 +45,7 @@ bool ReadDecimal(std::string_view word, double& value) {
     value = static_cast<double>(digits) / kPowers[has_point ? at - point - 1 : 0];
     return true;
   }
-  if (IsMissing(word)) {
+  if (!has_point && digits == 0 && IsMissing(word)) {
     value = std::numeric_limits<double>::quiet_NaN();
     return true;
   }
