@@ -25,14 +25,16 @@ TEST(SizeGuard, RefusesWhatCannotFitAndNamesWhatWould) {
             "x: 20000 taxa need 16 GB of memory, and the machine has 10 GB; with --criterion ols "
             "they fit");
   options.search.criterion = Criterion::kOls;
+  EXPECT_EQ(Refusal(options, 20000, 9e9),
+            "x: 20000 taxa need 9.6 GB of memory, and the machine has 9.0 GB; with --search none "
+            "they fit");
   EXPECT_EQ(
-      Refusal(options, 20000, 9e9),
-      "x: 20000 taxa need 9.6 GB of memory, and the machine has 9.0 GB; leave out taxa or take "
+      Refusal(options, 20000, 4e9),
+      "x: 20000 taxa need 9.6 GB of memory, and the machine has 4.0 GB; leave out taxa or take "
       "a larger machine");
-  options.bootstrap.replicates = 100;
-  options.search.threads = 8;
+  options.search.starts = options.search.threads = 8;
   EXPECT_EQ(Refusal(options, 10000, 8e9),
-            "x: 10000 taxa need 20 GB of memory, and the machine has 8.0 GB; with --threads 1 they "
+            "x: 10000 taxa need 14 GB of memory, and the machine has 8.0 GB; with --threads 1 they "
             "fit");
   EXPECT_EQ(Refusal(options, 10000, 0), "");  // nobody knows
 }
@@ -46,6 +48,10 @@ TEST(SizeGuard, WarnsOfLongRunsOnly) {
   options.search.threads = 2;
   EXPECT_EQ(Forewarning(options, 2000, 1000, 1e10), "");
   EXPECT_EQ(Forewarning(options, 2000, 1000, 4.5e8), "2000 taxa: about 56 s and 0.4 GB of memory");
+  EXPECT_EQ(
+      Forewarning(options, 2000, 1000, 3e8),
+      "2000 taxa: about 2 min and 0.2 GB of memory; 1 bootstrap replicates at a time, as many as "
+      "the memory allows");
 }
 
 }  // namespace

@@ -77,6 +77,10 @@ void AddSupport(const std::atomic<bool>& stop, ProgressLine& line, Results& resu
   BootstrapSettings settings = results.options.bootstrap;
   settings.keep_trees = WantsReplicates(results.options);
   settings.search = results.options.search;
+  settings.search.threads =
+      NeedsOf(results.options, static_cast<double>(results.input.Labels().size()),
+              static_cast<double>(results.input.alignment->Sites()), MachineMemory())
+          .replicate_threads;
   settings.search.stop = &stop;
   settings.on_done = [&](int done) {
     line.Show("bootstrap", static_cast<double>(done) / settings.replicates, "");

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "wide/formats/numbers.h"
+#include "wide/search/neighbour_joining.h"
 #include "zorvek/error.h"
 
 namespace zorvek::wide {
@@ -17,12 +18,15 @@ constexpr double kPairSite = 25e-12;    // and for each of their sites
 constexpr double kGrowth = 2.1;         // exponent of n in what follows
 constexpr double kJoining = 20e-9;      // seconds of neighbour joining
 constexpr double kDescent = 80e-9;      // seconds of a descent
+constexpr double kAlone = 0.3;          // share of it that threads cannot take over
 
 constexpr double kProgram = 16e6;  // bytes, whatever is read
 
-double BytesOfTree(Criterion criterion) {
-  switch (criterion) {
+// For each pair of taxa: the averages or sums of the tree, or the copy of the distances that is joined.
+double BytesOfTree(const SearchSettings& search, double taxa) {
+  switch (search.criterion) {
     case Criterion::kBalanced:
+      if (search.moves == Moves::kNone) return taxa < kSinglePrecision ? 8 : 4;
       return 32;
     case Criterion::kOls:
       return 16;
@@ -46,46 +50,63 @@ std::string WhatFits(const Options& options, double taxa, double sites, double m
   std::string changes;
   const auto fits = [&](const std::string& change) {
     changes += (changes.empty() ? "" : " ") + change;
-    return NeedsOf(lesser, taxa, sites).bytes <= memory;
+    return NeedsOf(lesser, taxa, sites, memory).bytes <= memory;
   };
   lesser.search.threads = 1;
   if (options.search.threads > 1 && fits("--threads 1")) return changes;
   lesser.search.criterion = Criterion::kOls;
   if (options.search.criterion != Criterion::kOls && fits("--criterion ols")) return changes;
+  lesser.search.criterion = Criterion::kBalanced;
+  lesser.search.moves = Moves::kNone;
+  lesser.search.iterations = 0;
+  changes = options.search.threads > 1 ? "--threads 1" : "";
+  if (options.search.moves != Moves::kNone && fits("--search none")) return changes;
   return "";
 }
 
 }  // namespace
 
-Needs NeedsOf(const Options& options, double taxa, double sites) {
+Needs NeedsOf(const Options& options, double taxa, double sites, double memory) {
   const SearchSettings& search = options.search;
   const double squared = taxa * taxa;
   const double threads = search.threads;
   const double replicates = options.bootstrap.replicates;
+  Needs needs;
+
+  // A thread holds a tree under the criterion.
+  const double bytes_of_tree = squared * BytesOfTree(search, taxa);
+  const double searching =
+      std::min<double>(threads, search.iterations > 0 ? threads : search.starts);
+  const double shared = kProgram + taxa * sites + 8 * squared;
+  const double replicate = 8 * squared + bytes_of_tree;
+  needs.replicate_threads = static_cast<int>(std::min(threads, replicates));
+  while (memory > 0 && needs.replicate_threads > 1 &&
+         shared + needs.replicate_threads * replicate > memory) {
+    --needs.replicate_threads;
+  }
+  needs.bytes = shared + std::max(searching * bytes_of_tree, needs.replicate_threads * replicate);
 
   const double pair = options.model.model == Model::kSpectral ? kSpectralPair : kPair;
   const double distances = sites > 0 ? squared / 2 * (pair + kPairSite * sites) : 0;
-  const double descent = search.moves == Moves::kNone ? 0 : kDescent;
-  const double tree = std::pow(taxa, kGrowth) * (kJoining + descent);
-  const double starts = std::ceil(search.starts / threads);
-  Needs needs;
-  needs.seconds =
-      distances / threads + tree * starts + (distances + tree) * std::ceil(replicates / threads);
-  if (search.seconds > 0)
+  const double power = std::pow(taxa, kGrowth);
+  const double joining = power * kJoining;
+  const double descent = search.moves == Moves::kNone ? 0 : power * kDescent;
+  const double found = search.starts == 1
+                           ? joining + descent * (kAlone + (1 - kAlone) / threads)
+                           : (joining + descent) * std::ceil(search.starts / threads);
+  needs.seconds = distances / threads + found;
+  if (replicates > 0) {
+    needs.seconds += (distances + joining + descent) *
+                     std::ceil(replicates / std::max(1, needs.replicate_threads));
+  }
+  if (search.seconds > 0) {
     needs.seconds = std::min(needs.seconds, distances / threads + search.seconds);
-
-  // A thread holds a tree under the criterion; joining one takes less.
-  const double bytes_of_tree = squared * BytesOfTree(search.criterion);
-  const double searching =
-      std::min<double>(threads, search.iterations > 0 ? threads : search.starts);
-  const double resampling = std::min(threads, replicates);
-  needs.bytes = kProgram + taxa * sites + 8 * squared +
-                std::max(searching * bytes_of_tree, resampling * (8 * squared + bytes_of_tree));
+  }
   return needs;
 }
 
 std::string Forewarning(const Options& options, double taxa, double sites, double memory) {
-  const Needs needs = NeedsOf(options, taxa, sites);
+  const Needs needs = NeedsOf(options, taxa, sites, memory);
   const std::string size = Rounded(taxa, 0) + " taxa";
   if (memory > 0 && needs.bytes > memory) {
     const std::string fitting = WhatFits(options, taxa, sites, memory);
@@ -94,8 +115,16 @@ std::string Forewarning(const Options& options, double taxa, double sites, doubl
                 (fitting.empty() ? "; leave out taxa or take a larger machine"
                                  : "; with " + fitting + " they fit"));
   }
-  if (needs.seconds < 60 && needs.bytes < 0.75 * memory) return "";
-  return size + ": about " + Time(needs.seconds) + " and " + Size(needs.bytes) + " of memory";
+  const bool fewer =
+      needs.replicate_threads < std::min(options.search.threads, options.bootstrap.replicates);
+  if (needs.seconds < 60 && needs.bytes < 0.75 * memory && !fewer) return "";
+  std::string told =
+      size + ": about " + Time(needs.seconds) + " and " + Size(needs.bytes) + " of memory";
+  if (fewer) {
+    told += "; bootstrap replicates " + std::to_string(needs.replicate_threads) +
+            " at a time, as many as the memory allows";
+  }
+  return told;
 }
 
 }  // namespace zorvek::wide

@@ -12,10 +12,12 @@ struct Needs {
   double seconds =
       0;             // on one core of 2020 or later; iterations apart, which are the user's choice
   double bytes = 0;  // at the peak of the whole process
+  int replicate_threads = 0;  // bootstrap replicates at a time
 };
 
-// For `taxa` taxa with `sites` sites each; 0 sites for a matrix of distances.
-Needs NeedsOf(const Options& options, double taxa, double sites);
+// For `taxa` taxa with `sites` sites each; 0 sites for a matrix of distances. Where not as many replicates as
+// there are threads fit into `memory` bytes (0 if that is not known), fewer run at a time.
+Needs NeedsOf(const Options& options, double taxa, double sites, double memory = 0);
 
 // What should be told before such a run: its needs, when it takes more than a minute or three
 // quarters of the memory; else nothing. Throws Error when it cannot fit into `memory` bytes (0 if

@@ -34,7 +34,6 @@ namespace {
 constexpr int kBatch = 8;        // runs on the whole of a small tree
 constexpr long kTries = 300;     // of a run
 constexpr double kHeat = 0.4;    // at its beginning, in mean edge lengths
-constexpr int kSingle = 4000;    // taxa from which on trees are joined in single precision
 constexpr int kWhole = 96;       // taxa of a small tree
 constexpr int kSectorTaxa = 64;  // of a large one's sectors
 constexpr int kTaxaPerKick =
@@ -145,8 +144,7 @@ class Search {
     if (settings_.moves == Moves::kSpr) descent.BySpr(poll);
   }
 
-  // A starting tree. In a large one, whose distances are no surer than to three digits or four, single
-  // precision is enough for what is joined, and takes half of the memory.
+  // A starting tree.
   Topology Start(int number, bool reports) const {
     if (number == 0 && settings_.start != nullptr) return TopologyOf(*settings_.start);
     std::mt19937_64 generator = Generator(0, static_cast<std::uint64_t>(number));
@@ -161,8 +159,8 @@ class Search {
       }
       return Stopped();
     };
-    return n_ < kSingle ? JoinNeighbours<double>(n_, distances_, joining)
-                        : JoinNeighbours<float>(n_, distances_, joining);
+    return n_ < kSinglePrecision ? JoinNeighbours<double>(n_, distances_, joining)
+                                 : JoinNeighbours<float>(n_, distances_, joining);
   }
 
   int Starts() const { return std::max(1, settings_.starts); }
