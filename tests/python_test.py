@@ -158,8 +158,12 @@ class Python(unittest.TestCase):
 
     def test_the_example_of_the_readme_prints_what_it_says(self):
         with open(os.path.join(ROOT, "README.md"), encoding="utf-8") as file:
-            code, shown = re.search(r"```python\n(.*?)```\n\nprints\n\n```\n(.*?)```", file.read(), re.S).groups()
-        done = subprocess.run([sys.executable, "-c", code], cwd=ROOT, check=True, capture_output=True, text=True)
+            code, shown = re.search(
+                r"```python\n(.*?)```\n\nprints\n\n```\n(.*?)```", file.read(), re.S
+            ).groups()
+        done = subprocess.run(
+            [sys.executable, "-c", code], cwd=ROOT, check=True, capture_output=True, text=True
+        )
         self.assertEqual(done.stdout.rstrip(), shown.rstrip())
 
     def test_ctrl_c_and_callbacks_end_a_search(self):

@@ -145,8 +145,9 @@ def distances(
     format: str = "",
     threads: int = _DEFAULT["threads"],
 ) -> Distances:
-    """The distances of every two of n aligned sequences of DNA or RNA.
+    """The distances of every two of n aligned sequences of DNA or RNA, of shape (n, n), in float64.
 
+    sequences: a path, a mapping of names to sequences, or records with `id` and `seq`.
     model: p, jc69, k80, f81, f84, tn93, logdet or spectral.
     gamma: the shape of gamma-distributed rates among the sites; 0 for none. For jc69, k80, f81, tn93.
     format: of the file at a path; empty for what its content shows.
@@ -164,6 +165,8 @@ def distances(
 
 def neighbor_joining(D: Matrix, names: Sequence[str] | None = None) -> Tree:
     """The neighbour-joining tree (Saitou and Nei 1987) with its own edge lengths.
+
+    D, names: as for `search`.
 
     An array of float32 is worked on as such, which takes 4 n^2 bytes besides it, and 8 n^2 otherwise.
 
@@ -184,10 +187,13 @@ def search(
 ) -> Tree:
     """The shortest tree that is found: that of `zorvek-wide --matrix` with the same options.
 
+    D: distances of shape (n, n), or (n (n - 1) / 2,) condensed, in any unit, which is then that of the
+        lengths; or an object with such `data` and with `ids`. It is left as it is.
+    names: n of them; the ids of D, or else the numbers from 0 on.
     criterion: balanced, the sum of the balanced edge lengths, or ols, that of the positive lengths by
         ordinary least squares.
     search: what improves the neighbour-joining tree: none, nni or spr.
-    iterations: how often the tree is disturbed after the descent; without limit if a time is given.
+    iterations: how often the tree is disturbed after a descent by spr; without limit if a time is given.
     seed: of all random choices. The result does not depend on `threads`.
     time: seconds after which the search ends; 0 for none.
     starts: starting trees, of which all but the first are randomised joinings.
@@ -211,7 +217,8 @@ def evaluate(
 ) -> Tree:
     """A given tree with the edge lengths and the length that the criterion gives it.
 
-    The tree may be rooted anywhere and have nodes of many edges, which are resolved.
+    newick: the tree, which may be rooted anywhere and have nodes of many edges, which are resolved.
+    D, names, criterion: as for `search`.
 
     Raises ValueError if it cannot be read or its taxa are not those of the distances, and as `search`.
     """
