@@ -3,7 +3,7 @@
 # ones and those of the alignments given: the balanced length, then that of least squares, by how much it
 # is above the shortest of the row, and processor seconds. One evaluator, zorvek-wide --evaluate, measures
 # all trees. Times of the peers are those of the method alone, those of zorvek-wide of the whole program.
-# A peer that crashed three times has a dash.
+# A peer that crashed three times has a dash. Identical taxa, which zorvek-wide keeps together, stand for one.
 # Usage: bench/wide_table.sh [ALIGNMENT...]   (r-cran-ape and the build's packages installed)
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
@@ -40,6 +40,25 @@ score() {
   "$wide" --matrix "$1" --evaluate "$2" --criterion "$3" | awk '$1 == "length" { print $2; exit }'
 }
 
+# distinct MATRIX: without the taxa whose rows are those of an earlier one
+distinct() {
+  awk 'NR > 1 {
+         row = $0
+         sub(/^[^ ]+ +/, "", row)
+         if (!seen[row]++) { column[++kept] = NR; line[kept] = $0 }
+       }
+       END {
+         print kept
+         for (i = 1; i <= kept; ++i) {
+           split(line[i], field, / +/)
+           printf "%s", field[1]
+           for (j = 1; j <= kept; ++j) printf " %s", field[column[j]]
+           print ""
+         }
+       }' "$1" >distinct
+  mv distinct "$1"
+}
+
 # row NAME MATRIX CRITERION METHOD...: a method is one of ape's, or ours with options in one word
 row() {
   local name=$1 matrix=$2 criterion=$3 method seconds
@@ -74,6 +93,8 @@ for file in ${alignments[@]+"${alignments[@]}"}; do
     2>/dev/null || [ -s "$matrix" ]
   matrices+=("$matrix")
 done
+
+for matrix in "${matrices[@]}"; do distinct "$matrix"; done
 
 # table CRITERION METHOD...
 table() {

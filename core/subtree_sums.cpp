@@ -44,7 +44,10 @@ int ScaleExponent(int n, double largest) {
 }  // namespace
 
 SubtreeSums::SubtreeSums(int n, const double* const* distances)
-    : n_(n),
+    : SubtreeSums(std::vector<int>(Index(n), 1), distances) {}
+
+SubtreeSums::SubtreeSums(const std::vector<int>& leaves, const double* const* distances)
+    : n_(static_cast<int>(leaves.size())),
       nodes_(2 * Columns() - 1),
       rows_(MakeLargeTable<Fixed>((2 * Columns() - 2) * Columns())),
       add_rows_(ChooseAddRows()),
@@ -52,6 +55,7 @@ SubtreeSums::SubtreeSums(int n, const double* const* distances)
   for (std::vector<int>* scratch : {&pending_, &order_, &changed_edges_, &stack_}) {
     scratch->reserve(2 * nodes_.size());
   }
+  const int n = n_;
   double largest = 0;
   for (int i = 0; i < n; ++i) {
     for (int j = 0; j < n; ++j) {
@@ -68,6 +72,8 @@ SubtreeSums::SubtreeSums(int n, const double* const* distances)
       total += row[j];
     }
     At(i).total = total;
+    At(i).leaves = leaves[Index(i)];
+    all_ += leaves[Index(i)];
   }
   SetChildren(Root(), 2 * n - 4, 2 * n - 3);
 }
@@ -196,7 +202,7 @@ Quartet SubtreeSums::Around(int node) const {
   Quartet q;
   q.a = a.leaves;
   q.b = b.leaves;
-  q.c = n_ - upper.leaves;
+  q.c = all_ - upper.leaves;
   q.d = d.leaves;
   const Sum ad = lower.across;
   const Sum bd = upper.between - ad;
@@ -230,10 +236,11 @@ double SubtreeSums::ExternalLength(int leaf) const {
   const Node& i = At(leaf);
   const Node& upper = At(i.parent);
   const Node& b = At(Sibling(leaf));
-  const double beyond = n_ - upper.leaves;
+  const double own = i.leaves;
+  const double beyond = all_ - upper.leaves;
   const double sibling = b.leaves;
-  const double to_beyond = Average(i.total - upper.between, 1, beyond);
-  const double to_sibling = Average(upper.between, 1, sibling);
+  const double to_beyond = Average(i.total - upper.between, own, beyond);
+  const double to_sibling = Average(upper.between, own, sibling);
   const double between = Average(Outward(b) - upper.between, beyond, sibling);
   return (to_beyond + to_sibling - between) * 0.5;
 }

@@ -72,7 +72,11 @@ class SubtreeSums {
   // Requires: n >= 4; a symmetric matrix of finite numbers (its diagonal is not read).  Cost: n^2.
   SubtreeSums(int n, const double* const* distances);
 
+  // The same of a tree whose leaves stand for so many taxa each, from the sums of distances between them.
+  SubtreeSums(const std::vector<int>& leaves, const double* const* sums);
+
   int Taxa() const { return n_; }
+  int AllLeaves() const { return all_; }
   int Root() const { return 2 * n_ - 2; }
   bool IsLeaf(int node) const { return node < n_; }
   int Parent(int node) const { return At(node).parent; }
@@ -158,6 +162,7 @@ class SubtreeSums {
   Quartet AroundCentralEdge() const;
 
   int n_;
+  int all_ = 0;              // leaves of the whole tree
   double unit_;              // value of one fixed-point unit, a power of two
   std::vector<Node> nodes_;  // by id 0..2n-2
   LargeTable<Fixed> rows_;   // 2n-2 rows of n; the first n are the distances

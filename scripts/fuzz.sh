@@ -1,20 +1,30 @@
 #!/usr/bin/env bash
-# fuzz.sh RUNS: fuzzes the reading of both programs, for RUNS executions each, from the corpus, in a
-# scratch folder. What it finds is left in build/fuzz as NAME-crash-*, -leak-*, -oom-* or -timeout-*, to be
-# run alone by naming it: build/fuzz/fuzz/NAME FILE.
+# fuzz.sh RUNS: fuzzes the reading of both programs, from the corpus, and the search, for RUNS executions
+# each, in a scratch folder. What it finds is left in build/fuzz as NAME-crash-*, -leak-*, -oom-* or
+# -timeout-*, to be run alone by naming it: build/fuzz/fuzz/NAME FILE.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 runs=${1:?number of executions}
 
 cd "$root"
+readers=(reading_fuzz wide_reading_fuzz)
 cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz --target reading_fuzz wide_reading_fuzz --parallel "$(nproc)" >/dev/null
+cmake --build --preset fuzz --target "${readers[@]}" search_fuzz --parallel "$(nproc)" >/dev/null
 grown=$(mktemp -d)
 trap 'rm -rf "$grown"' EXIT
-for name in reading_fuzz wide_reading_fuzz; do
+
+# fuzz NAME OPTION...
+fuzz() {
+  local name=$1
+  shift
+  mkdir -p "$grown/$name"
+  "build/fuzz/fuzz/$name" "$grown/$name" -runs="$runs" -timeout=10 -rss_limit_mb=2048 \
+    -artifact_prefix="build/fuzz/$name-" -close_fd_mask=1 -verbosity=0 -print_final_stats=1 "$@"
+}
+
+for name in "${readers[@]}"; do
   mkdir "$grown/$name"
   cp fuzz/corpus/* "$grown/$name"
-  "build/fuzz/fuzz/$name" "$grown/$name" -runs="$runs" -dict=fuzz/nexus.dict -max_len=2000 -timeout=10 \
-    -rss_limit_mb=2048 -artifact_prefix="build/fuzz/$name-" -close_fd_mask=1 -verbosity=0 \
-    -print_final_stats=1
+  fuzz "$name" -dict=fuzz/nexus.dict -max_len=2000
 done
+fuzz search_fuzz -max_len=80 -len_control=0

@@ -12,6 +12,7 @@
 #include "tests/data.h"
 #include "tests/trees.h"
 #include "wide/criterion/balanced_neighbourhood.h"
+#include "wide/criterion/criterion.h"
 #include "wide/criterion/fitted_tree.h"
 #include "wide/search/neighbour_joining.h"
 #include "wide/search/sectors.h"
@@ -22,9 +23,9 @@ namespace zorvek::wide {
 namespace {
 
 // The sum over the pairs of taxa of 2^(1-p) d(i,j), p the edges between them.
-double DirectLength(const Topology& tree, const DistanceMatrix& distances) {
+double DirectLength(const Topology& tree, const DistanceMatrix& distances, int taxa = 0) {
   long double sum = 0;
-  for (int i = 0; i < tree.taxa; ++i) {
+  for (int i = 0; i < (taxa > 0 ? taxa : tree.taxa); ++i) {
     struct Visit {
       int node, behind;
       long double weight;
@@ -158,25 +159,44 @@ TEST(Balanced, FindsTheBestPlaceOfEverySubtree) {
   }
 }
 
-// What a sector gains, the whole gains; and sectors that meet can be put back together.
-TEST(Balanced, SectorsStandForTheWhole) {
-  std::mt19937_64 generator(1);
-  const DistanceMatrix distances = Noise(200, 3);
-  BalancedNeighbourhood tree(RandomTopology(distances, generator), distances.Rows());
-  const std::vector<Sector> sectors = CutIntoSectors(tree.Current(), 20, generator);
-  EXPECT_GT(sectors.size(), 6u);
-  Topology all = tree.Current();
-  for (const Sector& sector : sectors) {
-    const auto part = tree.Contracted(sector.topology, sector.roots);
-    const double before = part->Length();
-    for (int k = 0; k < 5; ++k) part->Apply(RandomMove(part->Current(), generator));
-    Topology after = tree.Current();
-    PutBack(sector, part->Current(), after);
-    PutBack(sector, part->Current(), all);
-    EXPECT_NEAR(DirectLength(after, distances) - tree.Length(), part->Length() - before, 1e-12);
+// What a sector gains, the whole gains, by moves that are random or promise something; and sectors that
+// meet can be put back together.
+TEST(Sectors, StandForTheWholeUnderEitherCriterion) {
+  for (const Criterion criterion : {Criterion::kBalanced, Criterion::kOls}) {
+    std::mt19937_64 generator(1);
+    const DistanceMatrix distances = Noise(200, 3);
+    const auto tree =
+        MakeNeighbourhood(criterion, RandomTopology(distances, generator), distances.Rows());
+    const Topology whole = tree->Current();
+    const double length = tree->Length();
+    const std::vector<Sector> sectors = CutIntoSectors(whole, 20, generator);
+    EXPECT_GT(sectors.size(), 6u);
+    Topology all = whole;
+    for (const Sector& sector : sectors) {
+      const auto part = tree->Contracted(sector.topology, sector.subtrees);
+      const double before = part->Length();
+      for (int k = 0; k < 5; ++k) part->Apply(RandomMove(part->Current(), generator));
+      for (const int subtree : part->Current().At(part->Current().taxa)) {
+        SprMove best;
+        const double now = part->Length();
+        if (!part->BestSpr(part->Current().taxa, subtree, best)) continue;
+        part->Apply(best);
+        EXPECT_NEAR(part->Length(), now - best.gain, 1e-12);
+        break;
+      }
+      Topology after = whole;
+      PutBack(sector, part->Current(), after);
+      PutBack(sector, part->Current(), all);
+      tree->Set(after);
+      EXPECT_NEAR(tree->Length() - length, part->Length() - before, 1e-10);
+      tree->Set(whole);
+      part->Set(sector.topology);
+      EXPECT_NEAR(part->Length(), before, 1e-12);
+    }
+    tree->Set(all);
+    EXPECT_NEAR(tree->Length(), MakeNeighbourhood(criterion, all, distances.Rows())->Length(),
+                1e-12);
   }
-  tree.Set(all);
-  EXPECT_NEAR(tree.Length(), DirectLength(all, distances), 1e-12);
 }
 
 TEST(Balanced, FindsTheOptimumOfSmallData) {
@@ -187,6 +207,33 @@ TEST(Balanced, FindsTheOptimumOfSmallData) {
                       : Noise(n, seed);
     const auto direct = [&](const Topology& tree) { return DirectLength(tree, distances); };
     EXPECT_NEAR(Find(distances, 20).length, test::LeastOfAll(n, direct), 1e-13) << n << " " << seed;
+  }
+}
+
+// Branch and bound over the trees of the first taxa. To add x costs (D(x,U) + D(x,V) - D(U,V)) / 2, a mean
+// over pairs i of U and j of V, and so at least half the least d(x,i) + d(x,j) - d(i,j).
+TEST(Balanced, FindsTheOptimumThatBranchAndBoundFinds) {
+  for (std::uint32_t seed = 1; seed <= 8; ++seed) {
+    const int n = 9 + static_cast<int>(seed % 2);
+    const DistanceMatrix distances =
+        zorvek::test::Matrix(n, zorvek::test::TreeLikeDistances(n, 0.3, seed));
+    std::vector<double> rest(Index(n + 1));  // what the taxa from x on cost at least
+    for (int x = n - 1; x > 2; --x) {
+      double least = HUGE_VAL;
+      for (int i = 0; i < n; ++i) {
+        for (int j = 0; j < i; ++j) {
+          if (i == x || j == x) continue;
+          least = std::min(least, (distances(x, i) + distances(x, j) - distances(i, j)) / 2);
+        }
+      }
+      rest[Index(x)] = rest[Index(x + 1)] + least;
+    }
+    const double found = Find(distances, 20).length;
+    const auto direct = [&](const Topology& tree) { return DirectLength(tree, distances); };
+    const auto hopeless = [&](const Topology& tree, int next) {
+      return DirectLength(tree, distances, next) + rest[Index(next)] > found + 1e-12;
+    };
+    EXPECT_NEAR(found, test::LeastOfAll(n, direct, hopeless), 1e-13) << n << " " << seed;
   }
 }
 

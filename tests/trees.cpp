@@ -25,7 +25,8 @@ Tree RandomTree(int n, std::mt19937& generator) {
   return Result(OlsNeighbourhood(JoinNeighbours(n, matrix.Rows()), matrix.Rows()));
 }
 
-double LeastOfAll(int n, const std::function<double(const Topology&)>& length) {
+double LeastOfAll(int n, const std::function<double(const Topology&)>& length,
+                  const std::function<bool(const Topology&, int)>& hopeless) {
   double least = std::numeric_limits<double>::infinity();
   Topology three(n);
   three.adjacent[0] = {0, 1, 2};
@@ -44,6 +45,7 @@ double LeastOfAll(int n, const std::function<double(const Topology&)>& length) {
         more.leaf_adjacent[Index(next)] = node;
         more.adjacent[Index(node - n)] = {u, v, next};
         if (next + 1 < n) {
+          if (hopeless && hopeless(more, next + 1)) continue;
           open.emplace_back(more, next + 1);
           continue;
         }

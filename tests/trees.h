@@ -23,8 +23,10 @@ Tree Result(const Neighbourhood& found);
 
 Tree RandomTree(int n, std::mt19937& generator);
 
-// The least length of all trees, made by adding the taxa one after the other in all places.
-double LeastOfAll(int n, const std::function<double(const Topology&)>& length);
+// The least length of all trees, made by adding the taxa one after the other in all places; a tree of
+// those before the second argument of `hopeless` gets no more where that is true.
+double LeastOfAll(int n, const std::function<double(const Topology&)>& length,
+                  const std::function<bool(const Topology&, int)>& hopeless = {});
 
 // The side of a split without taxon 0.
 std::set<int> WithoutFirst(const std::set<int>& side, int n);

@@ -15,6 +15,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <utility>
 
 #include "core/index.h"
 #include "core/parallel.h"
@@ -27,10 +29,11 @@ constexpr double kShorter = 1e-12;   // share of the largest distance
 constexpr int kMostExponent = 1000;  // of the unit, so that it and its inverse are ordinary numbers
 constexpr int kBlock = 256;          // columns of D that are filled together
 
-double Largest(int n, const double* const* distances) {
+double Largest(const std::vector<int>& taxa, const double* const* distances) {
   double largest = 0;
-  for (int i = 0; i < n; ++i) {
-    for (int j = 0; j < i; ++j) largest = std::max(largest, std::fabs(distances[i][j]));
+  for (const int i : taxa) {
+    const double* row = distances[i];
+    for (int j = 0; j < i; ++j) largest = std::max(largest, std::fabs(row[j]));
   }
   return largest;
 }
@@ -44,8 +47,10 @@ double UnitOf(double largest) {
 }  // namespace
 
 BalancedNeighbourhood::BalancedNeighbourhood(const Topology& topology,
-                                             const double* const* distances, int threads)
+                                             const double* const* distances, int threads,
+                                             std::vector<int> taxa)
     : distances_(distances),
+      taxa_(std::move(taxa)),
       row_(Index(topology.Nodes())),
       node_(row_.size()),
       near_(row_.size()),
@@ -54,7 +59,11 @@ BalancedNeighbourhood::BalancedNeighbourhood(const Topology& topology,
       averages_(MakeLargeTable<double>(row_.size() * row_.size())),
       place_(row_.size()),
       behind_(row_.size()) {
-  const double largest = Largest(topology.taxa, distances);
+  if (taxa_.empty()) {
+    taxa_.resize(Index(topology.taxa));
+    std::iota(taxa_.begin(), taxa_.end(), 0);
+  }
+  const double largest = Largest(taxa_, distances);
   unit_ = UnitOf(largest);
   margin_ = kShorter * (largest / unit_);
   UseThreads(threads);
@@ -112,11 +121,11 @@ void BalancedNeighbourhood::TakeNumbers() {
 // D between a leaf and the nodes before it, and between taxon 0 and all.
 void BalancedNeighbourhood::FillLeaf(int u) {
   const double scale = 1 / unit_;
-  const double* own = distances_[node_[Index(u)]];
+  const double* own = distances_[TaxonOf(u)];
   double* row = Row(u);
   for (int v = u == 0 ? 1 : 0; v < (u == 0 ? topology_.Nodes() : u); ++v) {
-    row[v] = IsLeaf(v) ? own[node_[Index(v)]] * scale
-                       : (row[v - 1] + row[first_[Index(v - 1)] - 1]) * 0.5;
+    row[v] =
+        IsLeaf(v) ? own[TaxonOf(v)] * scale : (row[v - 1] + row[first_[Index(v - 1)] - 1]) * 0.5;
   }
 }
 
@@ -214,10 +223,12 @@ void BalancedNeighbourhood::SumLength() {
 }
 
 std::unique_ptr<Neighbourhood> BalancedNeighbourhood::Contracted(
-    const Topology& topology, const std::vector<int>& roots) const {
+    const Topology& topology, const std::vector<HangingSubtree>& subtrees) const {
   DistanceMatrix between(topology.taxa);
   for (int i = 0; i < topology.taxa; ++i) {
-    for (int j = 0; j < i; ++j) between.Set(i, j, Average(roots[Index(i)], roots[Index(j)]));
+    for (int j = 0; j < i; ++j) {
+      between.Set(i, j, Average(subtrees[Index(i)].root, subtrees[Index(j)].root));
+    }
   }
   return std::unique_ptr<Neighbourhood>(new BalancedNeighbourhood(
       topology, std::make_shared<const DistanceMatrix>(std::move(between))));

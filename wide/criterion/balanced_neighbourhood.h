@@ -33,8 +33,10 @@ namespace zorvek::wide {
 // Memory: 32 n^2 bytes.
 class BalancedNeighbourhood : public Neighbourhood {
  public:
+  // The leaves are the taxa of the given numbers in the matrix, or all of them, in its order.
   // Requires: n >= 4, a symmetric matrix of finite numbers that outlives it.  Cost: n^2.
-  BalancedNeighbourhood(const Topology& topology, const double* const* distances, int threads = 1);
+  BalancedNeighbourhood(const Topology& topology, const double* const* distances, int threads = 1,
+                        std::vector<int> taxa = {});
 
   int Threads() const override { return static_cast<int>(reached_.size()); }
   void UseThreads(int threads) override;
@@ -69,8 +71,8 @@ class BalancedNeighbourhood : public Neighbourhood {
   double EdgeLength(int u, int v) const override;
 
   // The distances of the subtrees are their averages here.
-  std::unique_ptr<Neighbourhood> Contracted(const Topology& topology,
-                                            const std::vector<int>& roots) const override;
+  std::unique_ptr<Neighbourhood> Contracted(
+      const Topology& topology, const std::vector<HangingSubtree>& subtrees) const override;
 
   // D(u,v) of two different nodes.
   double Average(int u, int v) const { return At(RowOf(u), RowOf(v)) * unit_; }
@@ -126,6 +128,7 @@ class BalancedNeighbourhood : public Neighbourhood {
   std::pair<int, int> Others(int row, int skipped) const;
 
   void TakeNumbers();
+  int TaxonOf(int row) const { return taxa_[Index(node_[Index(row)])]; }
   void FillLeaf(int u);
   void FillUnrelated(int from, int to);
   void FillAncestors(int from, int to);
@@ -149,6 +152,7 @@ class BalancedNeighbourhood : public Neighbourhood {
 
   Topology topology_;
   const double* const* distances_;
+  std::vector<int> taxa_;                      // by leaf, their numbers in the matrix
   std::shared_ptr<const DistanceMatrix> own_;  // of a contracted tree
   double unit_;    // value of 1 here: a power of two, for which the distances are at most 1
   double margin_;  // in that unit, as are all averages

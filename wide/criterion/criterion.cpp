@@ -8,10 +8,11 @@
 namespace zorvek::wide {
 
 std::unique_ptr<Neighbourhood> MakeNeighbourhood(Criterion criterion, const Topology& topology,
-                                                 const double* const* distances, int threads) {
+                                                 const double* const* distances, int threads,
+                                                 const std::vector<int>& taxa) {
   switch (criterion) {
     case Criterion::kBalanced:
-      return std::make_unique<BalancedNeighbourhood>(topology, distances, threads);
+      return std::make_unique<BalancedNeighbourhood>(topology, distances, threads, taxa);
     case Criterion::kOls:
       return std::make_unique<OlsNeighbourhood>(topology, distances);
   }

@@ -11,6 +11,11 @@
 
 namespace zorvek::wide {
 
+// A subtree, by its root and the node outside it that it hangs from.
+struct HangingSubtree {
+  int root, holder;
+};
+
 // What it says depends on the distances and the topology alone, but for rounding. One instance serves one
 // thread; it may share its own work with others.
 class Neighbourhood {
@@ -55,11 +60,11 @@ class Neighbourhood {
   // The length of the edge between two neighbours, which may be negative.
   virtual double EdgeLength(int u, int v) const = 0;
 
-  // A tree of its own whose taxa are the subtrees at `roots`, which are disjoint and hang from one
-  // connected part of the current tree: its length differs from that of the whole by a constant,
-  // whatever its topology. Null where the criterion has no such tree. May be called from any thread.
-  virtual std::unique_ptr<Neighbourhood> Contracted(const Topology& topology,
-                                                    const std::vector<int>& roots) const = 0;
+  // A tree of its own whose taxa are the given subtrees, which are disjoint, hang from one connected part
+  // of the current tree and have all other taxa between them: its length differs from that of the whole
+  // by a constant, whatever its topology. May be called from any thread.
+  virtual std::unique_ptr<Neighbourhood> Contracted(
+      const Topology& topology, const std::vector<HangingSubtree>& subtrees) const = 0;
 };
 
 }  // namespace zorvek::wide

@@ -1,8 +1,10 @@
 #include "wide/criterion/ols_neighbourhood.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "core/index.h"
+#include "wide/criterion/ols_sector.h"
 #include "wide/criterion/ols_spr_length.h"
 
 namespace zorvek::wide {
@@ -45,9 +47,14 @@ Quartet AroundNode(const OlsTree& tree, const SprWalk& walk, const std::vector<d
 
 }  // namespace
 
-OlsNeighbourhood::OlsNeighbourhood(const Topology& topology, const double* const* distances)
-    : tree_(topology, distances), inverse_(Index(topology.taxa + 1)) {
+OlsNeighbourhood::OlsNeighbourhood(OlsTree tree, int closed)
+    : tree_(std::move(tree)), closed_(closed), inverse_(Index(tree_.Taxa() + 1)) {
   for (std::size_t k = 1; k < inverse_.size(); ++k) inverse_[k] = 1 / static_cast<double>(k);
+}
+
+std::unique_ptr<Neighbourhood> OlsNeighbourhood::Contracted(
+    const Topology& topology, const std::vector<HangingSubtree>& subtrees) const {
+  return std::make_unique<OlsSector>(topology, subtrees, tree_);
 }
 
 bool OlsNeighbourhood::BestSpr(int holder, int subtree, SprMove& best, int) {
@@ -98,7 +105,7 @@ void OlsNeighbourhood::SprMoves(int holder, int subtree, double margin,
   const double least = margin - tree_.NegativeLength();
   const auto [a, b] = Current().Others(holder, subtree);
   for (const int start : {a, b}) {
-    if (!Current().IsLeaf(start)) stack_.push_back({start, holder, 0});
+    if (!Ends(start)) stack_.push_back({start, holder, 0});
   }
   while (!stack_.empty()) {
     const Step step = stack_.back();
@@ -116,7 +123,7 @@ void OlsNeighbourhood::Advance(const Step& step, int ahead, const Quartet& aroun
                                std::vector<SprMove>& found) {
   const double gain = step.gain + InterchangeGain(around);
   if (gain > least) found.push_back({walk_.holder, walk_.subtree, step.node, ahead, gain});
-  if (!Current().IsLeaf(ahead)) stack_.push_back({ahead, step.node, gain});
+  if (!Ends(ahead)) stack_.push_back({ahead, step.node, gain});
 }
 
 }  // namespace zorvek::wide

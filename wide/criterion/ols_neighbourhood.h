@@ -30,7 +30,11 @@ namespace zorvek::wide {
 class OlsNeighbourhood : public Neighbourhood {
  public:
   // Requires: n >= 4.  Cost: n^2.
-  OlsNeighbourhood(const Topology& topology, const double* const* distances);
+  OlsNeighbourhood(const Topology& topology, const double* const* distances)
+      : OlsNeighbourhood(OlsTree(topology, distances), topology.Nodes()) {}
+
+  // The same of a tree in which moves are not to reach into the subtrees at the nodes `closed` and above.
+  OlsNeighbourhood(OlsTree tree, int closed);
 
   // Cost: n, and n for each node at or above a changed one.
   void Set(const Topology& topology) override { tree_.Set(topology); }
@@ -69,10 +73,10 @@ class OlsNeighbourhood : public Neighbourhood {
 
   double EdgeLength(int u, int v) const override { return tree_.EdgeLength(u, v); }
 
-  std::unique_ptr<Neighbourhood> Contracted(const Topology&,
-                                            const std::vector<int>&) const override {
-    return nullptr;
-  }
+  // The halves of the subtrees, of which each has two for good, are the leaves here.
+  // Cost: n for each of them.
+  std::unique_ptr<Neighbourhood> Contracted(
+      const Topology& topology, const std::vector<HangingSubtree>& subtrees) const override;
 
  private:
   static constexpr double kShorter = 1e-12;  // share of the length
@@ -83,11 +87,13 @@ class OlsNeighbourhood : public Neighbourhood {
     double gain;
   };
 
+  bool Ends(int node) const { return Current().IsLeaf(node) || node >= closed_; }
   bool Judge(std::size_t count, SprMove& best);
   void Advance(const Step& step, int ahead, const Quartet& around, double least,
                std::vector<SprMove>& found);
 
   OlsTree tree_;
+  int closed_;
   SprWalk walk_;
   std::vector<double> inverse_;  // 1 / k
   std::vector<Step> stack_;

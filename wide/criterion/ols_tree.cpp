@@ -7,9 +7,9 @@
 
 namespace zorvek::wide {
 
-OlsTree::OlsTree(const Topology& topology, const double* const* distances)
+OlsTree::OlsTree(const Topology& topology, SubtreeSums sums)
     : topology_(topology),
-      sums_(topology.taxa, distances),
+      sums_(std::move(sums)),
       place_(Index(2 * topology.taxa - 1)),
       leaves_(place_.size()),
       outward_(place_.size()),
@@ -19,7 +19,7 @@ OlsTree::OlsTree(const Topology& topology, const double* const* distances)
       positive_(2 * topology.taxa - 2),
       negative_(2 * topology.taxa - 2) {
   for (int leaf = 0; leaf < topology.taxa; ++leaf) {
-    leaves_[Index(leaf)] = 1;
+    leaves_[Index(leaf)] = sums_.Leaves(leaf);
     outward_[Index(leaf)] = sums_.Outward(leaf);
   }
   order_.reserve(place_.size());
@@ -101,6 +101,12 @@ double OlsTree::Between(Side x, Side y) const {
   return sums_.Between(x.node, y.node);
 }
 
+// The place behind those of all nodes below `node`: the last of them is a leaf, on the right everywhere.
+int OlsTree::End(int node) const {
+  while (!sums_.IsLeaf(node)) node = sums_.Right(node);
+  return place_[Index(node)] + 1;
+}
+
 // S(X, below y) is a number of a row at a leaf y, and a sum of two of them above.
 void OlsTree::Begin(int holder, int subtree, SprWalk& walk) const {
   const bool below = Up(holder) != subtree;     // X is below its holder, else beyond it
@@ -124,7 +130,7 @@ void OlsTree::Begin(int holder, int subtree, SprWalk& walk) const {
     }
   };
   const int first = place_[Index(inside)];
-  const int last = first + 2 * sums_.Leaves(inside) - 1;
+  const int last = End(inside);
   if (!below) return pass(first, last);
   walk.to_below[Index(subtree)] = 0;
   pass(last, static_cast<int>(order_.size()));

@@ -38,14 +38,20 @@ struct SprWalk {
 class OlsTree {
  public:
   // Requires: n >= 4, a symmetric matrix of finite numbers.  Cost: n^2.
-  OlsTree(const Topology& topology, const double* const* distances);
+  OlsTree(const Topology& topology, const double* const* distances)
+      : OlsTree(topology, SubtreeSums(topology.taxa, distances)) {}
+
+  // The same of sums in which no tree is set yet, leaves that stand for many taxa among them. The edge
+  // above such a leaf has a length of no meaning, which is the same in every tree that has the leaf
+  // beside the same other one.
+  OlsTree(const Topology& topology, SubtreeSums sums);
 
   // Cost: n, and n for each node at or above a changed one.
   void Set(const Topology& topology);
   void Apply(const SprMove& move);
 
   const Topology& Current() const { return topology_; }
-  int Taxa() const { return sums_.Taxa(); }
+  int Taxa() const { return sums_.AllLeaves(); }
 
   // Sums over the edges of their positive lengths, and of their negative ones without the sign.
   double PositiveLength() { return positive_.Total(); }
@@ -88,12 +94,16 @@ class OlsTree {
   // S between any two disjoint subtrees.  Cost: the leaves of the smaller one.
   double Between(Side x, Side y) const;
 
+  // S between a leaf and what is below a node.
+  double ToLeaf(int node, int leaf) const { return sums_.ToLeaf(node, leaf); }
+
   // Takes up the subtree at `subtree`, held by `holder`: all but what the walk itself fills in.
   // Cost: constant for each edge outside the subtree.
   void Begin(int holder, int subtree, SprWalk& walk) const;
 
  private:
   void Follow();
+  int End(int node) const;
   void RefreshLengths();
 
   Topology topology_;

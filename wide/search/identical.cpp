@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "core/index.h"
+#include "wide/search/sectors.h"
 
 namespace zorvek::wide {
 
@@ -88,6 +89,75 @@ Groups IdenticalTaxa(int n, const double* const* distances) {
     if (group.size() > 1) groups.push_back(std::move(group));
   }
   return groups;
+}
+
+std::vector<int> DistinctTaxa(int n, const Groups& groups) {
+  std::vector<bool> follows(Index(n));
+  for (const std::vector<int>& group : groups) {
+    for (std::size_t k = 1; k < group.size(); ++k) follows[Index(group[k])] = true;
+  }
+  std::vector<int> distinct;
+  for (int taxon = 0; taxon < n; ++taxon) {
+    if (!follows[Index(taxon)]) distinct.push_back(taxon);
+  }
+  return distinct;
+}
+
+Topology WithoutOthers(const std::vector<int>& kept, Topology tree) {
+  std::vector<int> number(Index(tree.Nodes()), -1);
+  for (std::size_t k = 0; k < kept.size(); ++k) number[Index(kept[k])] = static_cast<int>(k);
+  std::vector<bool> gone(number.size());
+  for (int taxon = 0; taxon < tree.taxa; ++taxon) {
+    if (number[Index(taxon)] >= 0) continue;
+    const int holder = tree.leaf_adjacent[Index(taxon)];
+    const auto [a, b] = tree.Others(holder, taxon);
+    tree.Replace(a, holder, b);
+    tree.Replace(b, holder, a);
+    gone[Index(holder)] = true;
+  }
+  Topology left(static_cast<int>(kept.size()));
+  int next = left.taxa;
+  for (int node = tree.taxa; node < tree.Nodes(); ++node) {
+    if (!gone[Index(node)]) number[Index(node)] = next++;
+  }
+  for (int node = tree.taxa; node < tree.Nodes(); ++node) {
+    if (gone[Index(node)]) continue;
+    for (std::size_t side = 0; side < 3; ++side) {
+      const int near = number[Index(tree.At(node)[side])];
+      left.adjacent[Index(number[Index(node)] - left.taxa)][side] = near;
+      if (left.IsLeaf(near)) left.leaf_adjacent[Index(near)] = number[Index(node)];
+    }
+  }
+  left.root = AnyInnerEdge(left);
+  return left;
+}
+
+Topology WithGroups(const Groups& groups, const std::vector<int>& kept, int n,
+                    const Topology& tree) {
+  const auto now = [&](int node) {
+    return tree.IsLeaf(node) ? kept[Index(node)] : node - tree.taxa + n;
+  };
+  Topology all(n);
+  for (int leaf = 0; leaf < tree.taxa; ++leaf) {
+    all.leaf_adjacent[Index(now(leaf))] = now(tree.leaf_adjacent[Index(leaf)]);
+  }
+  for (int node = tree.taxa; node < tree.Nodes(); ++node) {
+    for (std::size_t side = 0; side < 3; ++side) {
+      all.adjacent[Index(now(node) - n)][side] = now(tree.At(node)[side]);
+    }
+  }
+  int holder = n + tree.taxa - 2;
+  for (const std::vector<int>& group : groups) {
+    const int first = group.front();
+    for (std::size_t k = 1; k < group.size(); ++k, ++holder) {
+      const int beyond = all.leaf_adjacent[Index(first)];
+      all.adjacent[Index(holder - n)] = {first, group[k], beyond};
+      all.Replace(beyond, first, holder);
+      all.leaf_adjacent[Index(first)] = all.leaf_adjacent[Index(group[k])] = holder;
+    }
+  }
+  all.root = {now(tree.root.first), now(tree.root.second)};
+  return all;
 }
 
 void KeepTogether(const Groups& groups, Neighbourhood& tree) {

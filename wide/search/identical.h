@@ -19,6 +19,17 @@ using Groups = std::vector<std::vector<int>>;
 // Cost: n^2, and n for each pair at distance 0.
 Groups IdenticalTaxa(int n, const double* const* distances);
 
+// The first taxon of each group, and those that are in none, in their order.
+std::vector<int> DistinctTaxa(int n, const Groups& groups);
+
+// A tree of some of the taxa, which get the numbers of their places in `kept`.
+// Requires: at least 4 of them.  Cost: n.
+Topology WithoutOthers(const std::vector<int>& kept, Topology tree);
+
+// Of n taxa again, those of each group side by side.
+Topology WithGroups(const Groups& groups, const std::vector<int>& kept, int n,
+                    const Topology& tree);
+
 // Moves the taxa of each group that stand apart to one of them, to the one where the tree becomes
 // shortest.  Cost: a move for each taxon that such a group has.
 void KeepTogether(const Groups& groups, Neighbourhood& tree);

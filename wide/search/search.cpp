@@ -25,6 +25,7 @@
 #include "wide/search/identical.h"
 #include "wide/search/neighbour_joining.h"
 #include "wide/search/sectors.h"
+#include "zorvek/distances.h"
 #include "zorvek/error.h"
 
 namespace zorvek::wide {
@@ -34,10 +35,28 @@ namespace {
 constexpr int kBatch = 8;        // runs on the whole of a small tree
 constexpr long kTries = 300;     // of a run
 constexpr double kHeat = 0.4;    // at its beginning, in mean edge lengths
-constexpr int kWhole = 96;       // taxa of a small tree
-constexpr int kSectorTaxa = 64;  // of a large one's sectors
+constexpr int kWhole = 128;      // taxa of a small tree
+constexpr int kRestarted = 512;  // taxa of trees that are also given up for others, joined anew
 constexpr int kTaxaPerKick =
     50;  // of the tree, to each move that disturbs it when a batch found nothing
+
+// The sectors of a large tree, and a run in one of them. Under least squares a try costs more the more
+// taxa there are, and heat gains little but on noise.
+struct Schedule {
+  int taxa;
+  long tries;
+  double heat;
+};
+
+Schedule ScheduleOf(Criterion criterion) {
+  switch (criterion) {
+    case Criterion::kBalanced:
+      return {64, kTries, kHeat};
+    case Criterion::kOls:
+      return {32, kTries / 2, kHeat / 4};
+  }
+  return {};
+}
 
 using Clock = std::chrono::steady_clock;
 
@@ -55,11 +74,18 @@ void CheckFinite(int n, const double* const* distances) {
 class Search {
  public:
   Search(int n, const double* const* distances, const SearchSettings& settings)
-      : n_(n), distances_(distances), settings_(settings) {}
+      : n_(n), distances_(distances), settings_(settings), identical_(IdenticalTaxa(n, distances)) {
+    std::vector<int> distinct = DistinctTaxa(n, identical_);
+    if (settings.criterion != Criterion::kBalanced || distinct.size() < 4 || identical_.empty() ||
+        OnlyStarts())
+      return;
+    taxa_ = static_cast<int>(distinct.size());
+    distinct_ = std::move(distinct);
+  }
 
   SearchResult Run() {
     Report(Progress::kStart, 0, 0);
-    if (settings_.moves == Moves::kNone && settings_.iterations == 0) return ShortestStart();
+    if (OnlyStarts()) return ShortestStart();
     const int threads = std::max(1, settings_.threads);
     descents_.resize(Index(threads));
     DescendFromStarts();
@@ -75,6 +101,8 @@ class Search {
     double length = 0, margin = 0;
     std::optional<Topology> topology;
   };
+
+  bool OnlyStarts() const { return settings_.moves == Moves::kNone && settings_.iterations == 0; }
 
   std::mt19937_64 Generator(std::uint64_t stream, std::uint64_t number) const {
     std::seed_seq seed{settings_.seed, settings_.seed >> 32, stream, number, number >> 32};
@@ -127,8 +155,9 @@ class Search {
 
   void Place(std::unique_ptr<Descent>& descent, const Topology& topology) const {
     if (descent == nullptr) {
-      descent = std::make_unique<Descent>(MakeNeighbourhood(
-          settings_.criterion, topology, distances_, settings_.starts > 1 ? 1 : settings_.threads));
+      descent = std::make_unique<Descent>(
+          MakeNeighbourhood(settings_.criterion, topology, distances_,
+                            settings_.starts > 1 ? 1 : settings_.threads, distinct_));
     } else {
       descent->Around().Set(topology);
     }
@@ -144,14 +173,12 @@ class Search {
     if (settings_.moves == Moves::kSpr) descent.BySpr(poll);
   }
 
-  // A starting tree.
-  Topology Start(int number, bool reports) const {
-    if (number == 0 && settings_.start != nullptr) return TopologyOf(*settings_.start);
-    std::mt19937_64 generator = Generator(0, static_cast<std::uint64_t>(number));
+  // A joined tree of the taxa that are searched.
+  Topology Join(std::mt19937_64* generator, bool reports) const {
     Joining joining;
-    if (number > 0) {
+    if (generator != nullptr) {
       joining.greedy = settings_.greedy;
-      joining.generator = &generator;
+      joining.generator = generator;
     }
     joining.poll = [&](double fraction) {
       if (reports && settings_.on_progress) {
@@ -159,8 +186,29 @@ class Search {
       }
       return Stopped();
     };
+    if (!distinct_.empty()) return JoinDistinct(joining);
     return n_ < kSinglePrecision ? JoinNeighbours<double>(n_, distances_, joining)
                                  : JoinNeighbours<float>(n_, distances_, joining);
+  }
+
+  Topology JoinDistinct(const Joining& joining) const {
+    DistanceMatrix between(taxa_);
+    std::vector<double*> rows;
+    for (int i = 0; i < taxa_; ++i) {
+      rows.push_back(between.Row(i));
+      const double* row = distances_[distinct_[Index(i)]];
+      for (int j = 0; j < taxa_; ++j) rows.back()[j] = row[distinct_[Index(j)]];
+    }
+    return JoinNeighboursInPlace(taxa_, rows.data(), joining);
+  }
+
+  Topology Start(int number, bool reports) const {
+    if (number == 0 && settings_.start != nullptr) {
+      Topology given = TopologyOf(*settings_.start);
+      return distinct_.empty() ? given : WithoutOthers(distinct_, std::move(given));
+    }
+    std::mt19937_64 generator = Generator(0, static_cast<std::uint64_t>(number));
+    return Join(number > 0 ? &generator : nullptr, reports);
   }
 
   int Starts() const { return std::max(1, settings_.starts); }
@@ -182,13 +230,12 @@ class Search {
 
   // The shortest of the starting trees as they are, for which no neighbourhood is needed.
   SearchResult ShortestStart() {
-    const Groups identical = IdenticalTaxa(n_, distances_);
     std::vector<SearchResult> found(Index(Starts()));
     ForEach(Starts(), settings_.threads, [&](int number, int thread) {
       Topology start = Start(number, thread == 0);
-      KeepTogether(identical, start);
+      KeepTogether(identical_, start);
       FittedTree fitted = Fit(settings_.criterion, start, distances_);
-      ClearWithin(identical, fitted.tree);
+      ClearWithin(identical_, fitted.tree);
       found[Index(number)] = {std::move(fitted.tree), fitted.length};
     });
     SearchResult& best = *std::min_element(
@@ -201,7 +248,7 @@ class Search {
 
   void Improve() {
     Clock::time_point improved = Clock::now();
-    const bool whole = n_ <= kWhole || settings_.criterion == Criterion::kOls;
+    const bool whole = taxa_ <= kWhole;
     if (settings_.iterations > 0 && !whole) {
       descents_.resize(1);
       Place(descents_[0], *best_);
@@ -219,7 +266,13 @@ class Search {
     }
   }
 
-  int KickMoves() const { return std::max(2, n_ / kTaxaPerKick); }
+  int KickMoves() const { return std::max(2, taxa_ / kTaxaPerKick); }
+
+  // Sets out from another tree, for an optimum that no kick leads to.
+  void Restart(Descent& descent, std::mt19937_64& generator) const {
+    descent.Around().Set(Join(&generator, false));
+    Descend(descent, [this](double) { return Stopped(); });
+  }
 
   // A batch of runs on the whole tree, with so many tries at most; after one that found nothing from
   // disturbed trees. Returns the number of tries.
@@ -229,10 +282,10 @@ class Search {
       std::mt19937_64 generator = Generator(1, runs_ + static_cast<std::uint64_t>(number));
       Place(descent, *best_);
       const auto poll = [this](double) { return Stopped(); };
-      if (disturb) descent->Kick(KickMoves(), generator);
+      if (disturb && number % 2 == 1) Restart(*descent, generator);
+      if (disturb && number % 2 == 0) descent->Kick(KickMoves(), generator);
       descent->EmptyQueue(poll);
-      descent->Anneal(std::min(kTries, tries - number * kTries), n_ <= kWhole ? kHeat : 0,
-                      generator, poll);
+      descent->Anneal(std::min(kTries, tries - number * kTries), kHeat, generator, poll);
       return Found(descent->Around());
     };
     const int count = static_cast<int>((tries + kTries - 1) / kTries);
@@ -244,24 +297,31 @@ class Search {
   // The same on the sectors of the tree, a run in each, and a descent of the whole after them.
   long SearchSectors(long most, bool disturb) {
     std::mt19937_64 generator = Generator(2, runs_++);
+    const Schedule schedule = ScheduleOf(settings_.criterion);
     Descent& descent = *descents_[0];
     const auto poll = [this](double) { return Stopped(); };
     if (disturb) {
-      descent.Around().Set(*best_);
-      descent.Kick(KickMoves(), generator);
-      descent.EmptyQueue(poll);
+      if (restart_ && taxa_ <= kRestarted) {
+        Restart(descent, generator);
+      } else {
+        descent.Around().Set(*best_);
+        descent.Kick(KickMoves(), generator);
+        descent.EmptyQueue(poll);
+      }
+      restart_ = !restart_;
     }
     std::vector<Sector> sectors =
-        CutIntoSectors(descent.Around().Current(), kSectorTaxa, generator);
-    const long tries = std::min(most, kTries * static_cast<long>(sectors.size()));
-    sectors.resize(Index(static_cast<int>((tries + kTries - 1) / kTries)));
+        CutIntoSectors(descent.Around().Current(), schedule.taxa, generator);
+    const long tries = std::min(most, schedule.tries * static_cast<long>(sectors.size()));
+    sectors.resize(Index(static_cast<int>((tries + schedule.tries - 1) / schedule.tries)));
     std::vector<Gain> gains(sectors.size());
     ForEach(static_cast<int>(sectors.size()), settings_.threads, [&](int number, int) {
       std::mt19937_64 own = Generator(1, runs_ + static_cast<std::uint64_t>(number));
       const Sector& sector = sectors[Index(number)];
-      Descent part(descent.Around().Contracted(sector.topology, sector.roots));
+      Descent part(descent.Around().Contracted(sector.topology, sector.subtrees));
       const double before = part.Around().Length();
-      part.Anneal(std::min(kTries, tries - number * kTries), kHeat, own, poll);
+      part.Anneal(std::min(schedule.tries, tries - number * schedule.tries), schedule.heat, own,
+                  poll);
       gains[Index(number)] = {number, before - part.Around().Length(), part.Around().Current()};
     });
     runs_ += sectors.size();
@@ -283,7 +343,7 @@ class Search {
   static void PutTogether(const std::vector<Sector>& sectors, std::vector<Gain> gains,
                           Neighbourhood& tree) {
     gains.erase(std::remove_if(gains.begin(), gains.end(),
-                               [](const Gain& found) { return !(found.gain > 0); }),
+                               [&](const Gain& found) { return !(found.gain > tree.Margin()); }),
                 gains.end());
     std::stable_sort(gains.begin(), gains.end(),
                      [](const Gain& x, const Gain& y) { return x.gain > y.gain; });
@@ -301,22 +361,28 @@ class Search {
   }
 
   SearchResult Result(Neighbourhood& found) const {
-    const Groups identical = IdenticalTaxa(n_, distances_);
-    KeepTogether(identical, found);
-    FittedTree fitted = Fitted(found, distances_);
-    ClearWithin(identical, fitted.tree);
+    if (distinct_.empty()) KeepTogether(identical_, found);
+    FittedTree fitted =
+        distinct_.empty() ? Fitted(found, distances_)
+                          : Fit(settings_.criterion,
+                                WithGroups(identical_, distinct_, n_, found.Current()), distances_);
+    ClearWithin(identical_, fitted.tree);
     return {std::move(fitted.tree), fitted.length};
   }
 
   int n_;
   const double* const* distances_;
   const SearchSettings& settings_;
+  Groups identical_;
+  int taxa_ = n_;              // those that are searched
+  std::vector<int> distinct_;  // of a balanced search of one taxon of each group, else empty
   const Clock::time_point began_ = Clock::now();
   std::vector<std::unique_ptr<Descent>> descents_;  // one a thread, made where it is first used
   std::optional<Topology> best_;
   double best_length_ = std::numeric_limits<double>::infinity();
   double margin_ = 0;       // of the best tree
   std::uint64_t runs_ = 0;  // so far
+  bool restart_ = true;     // when a batch finds nothing the next time
 };
 
 }  // namespace

@@ -9,16 +9,6 @@ namespace zorvek::wide {
 
 namespace {
 
-// An internal edge, from which walks may set out.
-std::pair<int, int> AnyInnerEdge(const Topology& tree) {
-  for (int node = tree.taxa; node < tree.Nodes(); ++node) {
-    for (const int near : tree.At(node)) {
-      if (!tree.IsLeaf(near)) return {node, near};
-    }
-  }
-  return tree.root;
-}
-
 // Up to `most` nodes around the first one that belong to no sector yet, nearest first.
 std::vector<int> Region(const Topology& tree, int first, std::size_t most,
                         std::vector<int>& place) {
@@ -35,6 +25,15 @@ std::vector<int> Region(const Topology& tree, int first, std::size_t most,
 }
 
 }  // namespace
+
+std::pair<int, int> AnyInnerEdge(const Topology& tree) {
+  for (int node = tree.taxa; node < tree.Nodes(); ++node) {
+    for (const int near : tree.At(node)) {
+      if (!tree.IsLeaf(near)) return {node, near};
+    }
+  }
+  return tree.root;
+}
 
 std::vector<Sector> CutIntoSectors(const Topology& tree, int taxa, std::mt19937_64& generator) {
   std::vector<int> seeds(Index(tree.taxa - 2));
@@ -61,9 +60,9 @@ std::vector<Sector> CutIntoSectors(const Topology& tree, int taxa, std::mt19937_
         if (number[Index(near)] == number[Index(node)]) {
           link = leaves + place[Index(near)];
         } else {
-          link = static_cast<int>(sector.roots.size());
+          link = static_cast<int>(sector.subtrees.size());
           sector.topology.leaf_adjacent[Index(link)] = leaves + static_cast<int>(k);
-          sector.roots.push_back(near);
+          sector.subtrees.push_back({near, node});
         }
       }
     }
@@ -76,7 +75,7 @@ std::vector<Sector> CutIntoSectors(const Topology& tree, int taxa, std::mt19937_
 // Where two sectors meet, the one may have been put back before the other, and the root of a subtree of
 // the other be another node by now: it is looked up where it stands.
 void PutBack(const Sector& sector, const Topology& topology, Topology& tree) {
-  std::vector<int> roots(sector.roots.size());
+  std::vector<int> roots(sector.subtrees.size());
   for (std::size_t k = 0; k < sector.nodes.size(); ++k) {
     for (std::size_t side = 0; side < 3; ++side) {
       const int link = sector.topology.adjacent[k][side];

@@ -10,15 +10,17 @@
 #define ZORVEK_WIDE_SEARCH_SECTORS_H
 
 #include <random>
+#include <utility>
 #include <vector>
 
+#include "wide/criterion/neighbourhood.h"
 #include "wide/data/topology.h"
 
 namespace zorvek::wide {
 
 struct Sector {
   std::vector<int> nodes;  // the internal nodes; node k of the sector's tree is `taxa + k` there
-  std::vector<int> roots;  // of the subtrees, by their number there
+  std::vector<HangingSubtree> subtrees;  // by their number there
   Topology topology;
 };
 
@@ -26,6 +28,9 @@ struct Sector {
 // tree: a rest of fewer than kLeastTaxa subtrees is left out.  Cost: n.
 constexpr int kLeastTaxa = 8;
 std::vector<Sector> CutIntoSectors(const Topology& tree, int taxa, std::mt19937_64& generator);
+
+// An internal edge of a tree of at least 4 leaves.
+std::pair<int, int> AnyInnerEdge(const Topology& tree);
 
 // Puts another topology of a sector into the tree that it was cut from.
 void PutBack(const Sector& sector, const Topology& topology, Topology& tree);
