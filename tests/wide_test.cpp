@@ -129,6 +129,19 @@ TEST(WideFit, ClearsEdgesThatAreRoundingAlone) {
   }
 }
 
+// There the sum of the positive lengths is all rounding.
+TEST(WideSearch, EndsWhereLengthsAreNegative) {
+  const DistanceMatrix distances = zorvek::test::Matrix(10, [](int i, int j) {
+    if (i > 7 || i + j == 13) return -1e300;
+    if (j == 0) return i == 1 ? 13.0 : i == 2 ? 10.0 : 0.0;
+    return i == 7 && j < 3 ? 7.0 : 0.0;
+  });
+  SearchSettings settings;
+  settings.starts = 3;
+  settings.criterion = Criterion::kOls;
+  EXPECT_TRUE(std::isfinite(FindShortestTree(10, distances.Rows(), settings).length));
+}
+
 int SmallestCover(int n, const std::vector<std::pair<int, int>>& edges) {
   int best = n;
   for (unsigned chosen = 0; chosen < 1u << n; ++chosen) {
@@ -171,7 +184,8 @@ TEST(OlsNeighbourhood, FindsEveryPlaceWithItsGainAndLength) {
     std::mt19937_64 generator(static_cast<std::uint64_t>(taxa_count));
     const DistanceMatrix matrix =
         zorvek::test::Matrix(taxa_count, zorvek::test::RandomDistances(3));
-    OlsNeighbourhood tree(JoinNeighbours(taxa_count, matrix.Rows(), {0, &generator}), matrix.Rows());
+    OlsNeighbourhood tree(JoinNeighbours(taxa_count, matrix.Rows(), {0, &generator}),
+                          matrix.Rows());
     std::vector<SprMove> found;
     for (int change = 0; change < 8; ++change) {
       int places = 0;

@@ -1,6 +1,7 @@
 #include "wide/criterion/ols_neighbourhood.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "core/index.h"
@@ -45,16 +46,31 @@ Quartet AroundNode(const OlsTree& tree, const SprWalk& walk, const std::vector<d
   return q;
 }
 
+double Largest(int n, const double* const* distances) {
+  double largest = 0;
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < i; ++j) largest = std::max(largest, std::fabs(distances[i][j]));
+  }
+  return largest;
+}
+
 }  // namespace
 
-OlsNeighbourhood::OlsNeighbourhood(OlsTree tree, int closed)
-    : tree_(std::move(tree)), closed_(closed), inverse_(Index(tree_.Taxa() + 1)) {
+OlsNeighbourhood::OlsNeighbourhood(const Topology& topology, const double* const* distances)
+    : OlsNeighbourhood(OlsTree(topology, distances), topology.Nodes(),
+                       Largest(topology.taxa, distances)) {}
+
+OlsNeighbourhood::OlsNeighbourhood(OlsTree tree, int closed, double largest_distance)
+    : tree_(std::move(tree)),
+      closed_(closed),
+      largest_(largest_distance),
+      inverse_(Index(tree_.Taxa() + 1)) {
   for (std::size_t k = 1; k < inverse_.size(); ++k) inverse_[k] = 1 / static_cast<double>(k);
 }
 
 std::unique_ptr<Neighbourhood> OlsNeighbourhood::Contracted(
     const Topology& topology, const std::vector<HangingSubtree>& subtrees) const {
-  return std::make_unique<OlsSector>(topology, subtrees, tree_);
+  return std::make_unique<OlsSector>(topology, subtrees, tree_, largest_);
 }
 
 bool OlsNeighbourhood::BestSpr(int holder, int subtree, SprMove& best, int) {

@@ -19,6 +19,7 @@
 #ifndef ZORVEK_WIDE_CRITERION_OLS_NEIGHBOURHOOD_H
 #define ZORVEK_WIDE_CRITERION_OLS_NEIGHBOURHOOD_H
 
+#include <algorithm>
 #include <vector>
 
 #include "wide/criterion/neighbourhood.h"
@@ -30,11 +31,10 @@ namespace zorvek::wide {
 class OlsNeighbourhood : public Neighbourhood {
  public:
   // Requires: n >= 4.  Cost: n^2.
-  OlsNeighbourhood(const Topology& topology, const double* const* distances)
-      : OlsNeighbourhood(OlsTree(topology, distances), topology.Nodes()) {}
+  OlsNeighbourhood(const Topology& topology, const double* const* distances);
 
   // The same of a tree in which moves are not to reach into the subtrees at the nodes `closed` and above.
-  OlsNeighbourhood(OlsTree tree, int closed);
+  OlsNeighbourhood(OlsTree tree, int closed, double largest_distance);
 
   // Cost: n, and n for each node at or above a changed one.
   void Set(const Topology& topology) override { tree_.Set(topology); }
@@ -44,8 +44,8 @@ class OlsNeighbourhood : public Neighbourhood {
   // Sum of the positive edge lengths.
   double Length() override { return tree_.PositiveLength(); }
 
-  // 1e-12 of the length.
-  double Margin() override { return Length() * kShorter; }
+  // 1e-12 of the length or of the largest distance: where edges are negative, there may be no length left.
+  double Margin() override { return std::max(Length(), largest_) * kShorter; }
 
   void Scan() override {}
 
@@ -79,7 +79,7 @@ class OlsNeighbourhood : public Neighbourhood {
       const Topology& topology, const std::vector<HangingSubtree>& subtrees) const override;
 
  private:
-  static constexpr double kShorter = 1e-12;  // share of the length
+  static constexpr double kShorter = 1e-12;
 
   // A node that the walk comes to, and the gain of having got w to the edge behind it.
   struct Step {
@@ -94,6 +94,7 @@ class OlsNeighbourhood : public Neighbourhood {
 
   OlsTree tree_;
   int closed_;
+  double largest_;  // distance
   SprWalk walk_;
   std::vector<double> inverse_;  // 1 / k
   std::vector<Step> stack_;

@@ -64,7 +64,7 @@ SubtreeSums SumsBetween(const OlsTree& whole, const std::vector<HangingSubtree>&
 }  // namespace
 
 OlsSector::OlsSector(const Topology& topology, const std::vector<HangingSubtree>& subtrees,
-                     const OlsTree& whole)
+                     const OlsTree& whole, double largest_distance)
     : topology_(topology), in_(Index(topology.Nodes())) {
   std::vector<HangingSubtree> parts;
   for (const HangingSubtree& subtree : subtrees) {
@@ -85,8 +85,8 @@ OlsSector::OlsSector(const Topology& topology, const std::vector<HangingSubtree>
     const int first = first_half_[Index(leaf)];
     pair(leaf, first + 1 == first_half_[Index(leaf + 1)] ? first : inner++);
   }
-  within_ =
-      std::make_unique<OlsNeighbourhood>(OlsTree(Expanded(), SumsBetween(whole, parts)), closed);
+  within_ = std::make_unique<OlsNeighbourhood>(OlsTree(Expanded(), SumsBetween(whole, parts)),
+                                               closed, largest_distance);
 }
 
 // The tree within.

@@ -26,7 +26,7 @@ class OlsSector : public Neighbourhood {
  public:
   // Cost: n for each subtree.
   OlsSector(const Topology& topology, const std::vector<HangingSubtree>& subtrees,
-            const OlsTree& whole);
+            const OlsTree& whole, double largest_distance);
 
   void Set(const Topology& topology) override;
   const Topology& Current() const override { return topology_; }
