@@ -15,10 +15,12 @@ while IFS= read -r -d '' file; do
 done < <(git ls-files -z)
 cmake -S "$copy/source" -B "$copy/build" -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=ON >/dev/null
 
-build() { cmake --build "$copy/build" --parallel "$(nproc)" >"$copy/log" 2>&1; }
+build() {
+  cmake --build "$copy/build" --parallel "$(nproc)" --target zorvek_tests zorvek zorvek-wide >"$copy/log" 2>&1
+}
+# All tests in one process, which ends with the first that fails; one that hangs counts as failed.
 passes() {
-  (cd "$copy/build" && timeout 600 ctest --parallel "$(nproc)" -E '^(version|install)$' \
-    --stop-on-failure >"$copy/log" 2>&1)
+  timeout 400 "$copy/build/tests/zorvek_tests" --gtest_fail_fast --gtest_brief=1 >"$copy/log" 2>&1
 }
 
 # put FILE OLD NEW: replaces the text, which stands once in the file.
@@ -51,7 +53,7 @@ while IFS= read -r -u 3 line; do
     missed=$((missed + 1))
     echo "$name: NOT NOTICED"
   else
-    echo "$name: noticed ($(sed -nE 's/.*[0-9]+ - ([^ ]+) \(.*/\1/p' "$copy/log" | head -n 1))"
+    echo "$name: noticed ($(sed -nE 's/^\[  FAILED  \] ([^ ,]+).*/\1/p' "$copy/log" | head -n 1))"
   fi
   cp "$root/$file" "$copy/source/$file"
 done 3<"$root/scripts/faults.txt"
