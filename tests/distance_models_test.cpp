@@ -133,18 +133,22 @@ TEST(DistanceModels, AreThoseOfTheirFormulas) {
           const EstimatedDistances found =
               PairDistances(alignment, AllSites(alignment), settings, 2);
           long saturated = 0;
+          double largest = 0;
           for (int i = 0; i < 7; ++i) {
             for (int j = 0; j < i; ++j) {
               double expected = Defined(alignment, j, i, settings);
               if (!std::isfinite(expected)) {
                 ++saturated;
                 expected = found.kinds.stand_in;
+              } else {
+                largest = std::max(largest, expected);
               }
               EXPECT_EQ(found.matrix(i, j), found.matrix(j, i));
               EXPECT_NEAR(found.matrix(i, j), expected, 1e-12 * (1 + expected));
             }
           }
           EXPECT_EQ(found.kinds.saturated, saturated);
+          EXPECT_NEAR(found.kinds.largest, largest, 1e-12 * largest);
           EXPECT_EQ(found.kinds.finite, 21 - saturated);
         }
       }
@@ -159,6 +163,7 @@ TEST(DistanceModels, SpectralIsTheRuns) {
   for (const std::size_t sites : {25u, 90u, 400u, 5000u}) {
     for (int trial = 0; trial < 40; ++trial) {
       Alignment alignment = RandomAlignment(sites, trial % 8 == 7, random);
+      alignment.cells[6] = alignment.cells[5];
       alignment.rna = trial % 4 == 1;  // then U is any symbol but a nucleotide
       const auto found =
           PairDistances(alignment, AllSites(alignment), {Model::kSpectral, 0}, 1).matrix;
@@ -168,6 +173,7 @@ TEST(DistanceModels, SpectralIsTheRuns) {
         codes[set] = alignment.rna && first == kT ? 15 : first;
       }
       const NucleotidePlanes planes = TablePlanes(alignment, AllSites(alignment), codes, 1);
+      EXPECT_TRUE(alignment.rna || found(5, 6) == 0);
       for (int i = 0; i < 7; ++i) {
         for (int j = i + 1; j < 7; ++j) {
           PairTable table;

@@ -44,17 +44,18 @@ string Faults(const Read& read, const string& text) {
 }
 
 TEST(Formats, GiveTheSameSequences) {
-  const Strings labels{"Homo sap", "b", "seq3.1", "d_4"};
+  const Strings labels{"Homo sap 1", "b", "seq3.1", "d_4"};
   const Strings codes{"ACGTACGTACNA", "RYMKSWHBVDNN", "--GTACGTAC-A", "TTTTACGTACTT"};
   const Strings texts{
       "#NEXUS\nbegin data; dimensions ntax=4 nchar=12; format datatype=dna gap=- missing=?; "
       "matrix\n"
-      "'Homo sap' ACGTACGTACNA\nb RYMKSWHBVDNX\n'seq3.1' ??{G}TACGTAC-A\n'd_4' TTTTACGTACTT; end;",
-      "4 12\nHomo sap  ACGTAC GTACNA\nb         rymkswHBVDnx\nseq3.1    ??GT ACGTAC-A\n"
+      "'Homo sap 1' ACGTACGTACNA\nb RYMKSWHBVDNX\n'seq3.1' ??{G}TACGTAC-A\n'd_4' TTTTACGTACTT; "
+      "end;",
+      "4 12\nHomo sap 1ACGTAC GTACNA\nb         rymkswHBVDnx\nseq3.1    ??GT ACGTAC-A\n"
       "d_4       TUTTACGTACTT\n",
-      "4 12\nHomo sap  ACGTAC\nb         RYMKSW\nseq3.1    ??GTAC\nd_4       TuTTAC\n\n"
+      "4 12\nHomo sap 1ACGTAC\nb         RYMKSW\nseq3.1    ??GTAC\nd_4       TuTTAC\n\n"
       "GTACNA\nHBVDNX\nGTAC-A\nGTACTT\n",
-      "4 12 I\rHomo sap  \rACGTACGTAC\rNA\rb\rRYMKSWHBVDNX\rseq3.1    ??GTACGTAC-A\r"
+      "4 12 I\rHomo sap 1\rACGTACGTAC\rNA\rb\rRYMKSWHBVDNX\rseq3.1    ??GTACGTAC-A\r"
       "d_4       TUTTACGTACTT"};
   for (const string& text : texts) {
     const Alignment alignment = FromText(text);
@@ -120,6 +121,10 @@ TEST(Formats, SayWhatIsWrongWithAnAlignment) {
   const string nexus = "#NEXUS\nbegin data; dimensions ntax=2 nchar=4;\nformat datatype=";
   const std::vector<std::pair<string, string>> cases{
       {">a\nMKVL\n>b\nEFIL\n", "f:2:4: the sequences are protein; give those of the nucleotides"},
+      {">a\n" + string(40, 'A') + "EEE\n>b\nA\n",
+       "f:2:41: 'E' stands for no nucleotide; write a code, ? or -\n"
+       "f:2:42: 'E' stands for no nucleotide; write a code, ? or -\n"
+       "f:2:43: 'E' stands for no nucleotide; write a code, ? or -"},
       {"2 4\na MKVL\nb EFIL\n", "f:2:6: the sequences are protein; give those of the nucleotides"},
       {nexus + "protein;\nmatrix a MKVL b EFIL;\nend;",
        "f: the matrix holds protein; give the sequences of the nucleotides"},

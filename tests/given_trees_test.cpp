@@ -62,6 +62,8 @@ TEST_F(GivenTreesTest, StartsFromATreeOrOnlyFitsTrees) {
             "zorvek-wide: less:1:1: tree 1 has other taxa; not in it: e; only in it: f; "
             "give every tree the same 5 taxa\n");
   EXPECT_TRUE(Contains(Run("m --matrix --tree two").err, "two: 2 trees; give one"));
+  EXPECT_TRUE(
+      Contains(Run("m --matrix --evaluate two --draw x.svg").err, "two: 2 trees; give one"));
   EXPECT_TRUE(Contains(Run("m --matrix --evaluate two --tree other").err, "makes no search"));
   EXPECT_TRUE(Contains(Run("m --matrix --tree other --newick other").err, "named twice"));
 }
@@ -78,6 +80,10 @@ TEST_F(GivenTreesTest, RangesOfReplicatesMakeTheSameSupports) {
     EXPECT_EQ(FindAll(Read("all"), "(;)\n").size(), 12u);
     EXPECT_EQ(Tree(run + " --support-from one two --consensus again"), best);
     EXPECT_EQ(Read("again"), Read("consensus"));
+    EXPECT_TRUE(
+        Contains(Run(run + " --support-from one two").out, "\nsupport     12 given trees\n"));
+    Tree(run + " --support-from one two --midpoint --consensus again");
+    EXPECT_NE(Read("again"), Read("consensus"));
     Write("best", best);
     // A tree that was read is held another way, so its lengths may differ in their last digits.
     for (const string from : {"--support-from all", "-b 12"}) {

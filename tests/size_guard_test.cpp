@@ -42,6 +42,14 @@ TEST(SizeGuard, RefusesWhatCannotFitAndNamesWhatWould) {
 TEST(SizeGuard, WarnsOfLongRunsOnly) {
   Options options;
   EXPECT_EQ(Forewarning(options, 2000, 1000, 1e10), "");
+  const double seconds = NeedsOf(options, 5000, 1000).seconds;
+  options.model.model = Model::kSpectral;
+  EXPECT_GT(NeedsOf(options, 5000, 1000).seconds, 1.5 * seconds);
+  options = Options();
+  options.search.starts = 1000;
+  options.search.seconds = seconds;
+  EXPECT_LT(NeedsOf(options, 5000, 1000).seconds, 2 * seconds);
+  options = Options();
   EXPECT_EQ(Forewarning(options, 20000, 1000, 1e11), "20000 taxa: about 2 min and 16 GB of memory");
   options.bootstrap.replicates = 100;
   EXPECT_EQ(Forewarning(options, 2000, 1000, 1e10), "2000 taxa: about 2 min and 0.2 GB of memory");

@@ -89,7 +89,7 @@ TEST(WideTreeFile, ReadsWhatOthersWrite) {
 
 TEST(WideTreeFile, SaysWhereAndWhatIsWrong) {
   const std::vector<std::pair<std::string, std::string>> faults = {
-      {"((A,B_C),\n ('it''s',d),5", "f:2:15: no , or ) after"},
+      {"((A,B_C),\r\n ('it''s',d),5", "f:2:15: no , or ) after"},
       {"(A,B_C,'it''s',d,5)", "f:1:20: no ; at"},
       {"(A,,B_C);", "f:1:4: no label"},
       {"(A,B C,d,5,'it''s');", "f:1:6: no , or ) after"},

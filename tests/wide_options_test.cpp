@@ -8,6 +8,7 @@
 #include "tests/data.h"
 #include "tests/wide_program.h"
 #include "wide/distance/models.h"
+#include "wide/program/values.h"
 #include "zorvek/io.h"
 
 namespace {
@@ -87,6 +88,10 @@ TEST_F(WideOptionsTest, ChangeWhatTheySay) {
   const double once = Length("");
   EXPECT_LT(once, Length("--search nni"));
   EXPECT_LT(Length("--search nni"), Length("--search none"));
+  for (const string layout : {"phylogram", "unrooted"}) {
+    Run("--matrix noise --draw x.svg --layout " + layout);
+    EXPECT_EQ(Contains(Read("x.svg"), "<path class=\"leader\""), layout == "unrooted");
+  }
   const double several = Length("--starts 6");
   EXPECT_LT(several, once);
   EXPECT_NE(Length("--starts 6 --seed 2"), several);
@@ -106,6 +111,13 @@ TEST_F(WideOptionsTest, LimitTheTime) {
        {"--time .0001m", "--patience .02s", "--time .02 --patience 1000h --iterations 999999999999",
         "--patience .00001h --time 1000m --iterations 999999999999"}) {
     EXPECT_GT(Length(options), 0) << options;
+  }
+  EXPECT_TRUE(Contains(Run("--matrix noise --time 1000h --rounds 8").out, "1, iterations 8\n"));
+  for (const auto& [text, seconds] : std::vector<std::pair<string, double>>{
+           {"90", 90}, {"90s", 90}, {"10m", 600}, {"1.5h", 5400}}) {
+    double read = 0;
+    EXPECT_TRUE(zorvek::wide::ReadTime(text, read));
+    EXPECT_EQ(read, seconds);
   }
 }
 

@@ -54,8 +54,11 @@ TEST_F(WideOutputsTest, OfAPipeAreTheTreeAloneUnlessNamed) {
   }
   Shell("cat x.fa | " + kProgram + " /dev/stdin -o o");
   EXPECT_EQ(Files(), (Names{"o", "x.fa"}));
-  Shell("mkdir r; cat x.fa | " + kProgram + " /dev/stdin --prefix r/y; mv r/* .; rmdir r");
-  EXPECT_EQ(Files(), (Names{"o", "x.fa", "y.wide.log", "y.wide.nex"}));
+  Shell("mkdir r; cat x.fa | " + kProgram + " /dev/stdin --prefix r/; mv r/* .; rmdir r; rm o");
+  EXPECT_EQ(Files(), (Names{"tree.wide.log", "tree.wide.nex", "x.fa"}));
+  Shell("rm tree*; gzip x.fa; " + kProgram + " x.fa.gz --prefix y -o /dev/null --log /dev/null; " +
+        kProgram + " x.fa.gz");
+  EXPECT_EQ(Files(), (Names{"x.fa.gz", "x.fa.wide.log", "x.fa.wide.nex"}));
 }
 
 TEST_F(WideOutputsTest, ReplaceFilesWholeOrNotAtAll) {
@@ -84,11 +87,12 @@ TEST_F(WideOutputsTest, ReportOnTheRun) {
   Write("y.fa",
         ">a\nACGTNC-TACACGTACGTAC\n>b 1\nACGTACGTAGACGTACGTAC\n>c\nACGTTCGAACACGTACGTAC\n"
         ">d\nACCTTCGAACACGTACGTAC\n>e\nACCTTCGAACACGTACGTAC\n");
-  const Ended ended = Run("y.fa --log - -b 3 --leave-out b --rounds 7 --newick 'a n' -o /dev/null");
+  const Ended ended =
+      Run("y.fa --log - -b 3 --leave-out b --rounds 7 --newick \"a'n\" -o /dev/null");
   for (const char* part :
        {"program     zorvek-wide 2.",
         "\ncommand     zorvek-wide y.fa --log - -b 3 --leave-out b "
-        "--rounds 7 --newick 'a n' -o /dev/null\n",
+        "--rounds 7 --newick 'a'\\''n' -o /dev/null\n",
         "\nmachine     ", " UTC\n",
         "\nfile        y.fa\ntaxa        4\nleft out    b\nsites       20\n",
         "\nleft aside  1 gap or missing site, 1 ambiguity code\n",

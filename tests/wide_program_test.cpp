@@ -98,6 +98,7 @@ TEST_F(WideProgramTest, FindsTheShortestTreeOfTheExampleAndTellsAboutIt) {
   EXPECT_TRUE(Contains(ended.out, "taxa        12\nsites       898\n"));
   EXPECT_TRUE(Contains(ended.out, "\nnegative    0 (written as 0)\nsupport     20 replicates\n"));
   EXPECT_TRUE(Contains(Read("primates.nex.wide.log"), "\t" + length + "\n"));
+  EXPECT_LT(std::stod(FindAll(ended.out, "\nmemory +([0-9.]+) MiB").at(0)), 2000);
 
   const string nexus = Read("primates.nex.wide.nex");
   EXPECT_TRUE(Contains(nexus, "#NEXUS\n\nBEGIN TREES;\n  TRANSLATE\n    1 Tarsius_syrichta,\n"));
@@ -202,6 +203,10 @@ TEST_F(WideProgramTest, NamesPairsWithoutADistanceAndLeavesTaxaOut) {
   EXPECT_EQ(Tree("x.fa --drop-undefined"), tree);
   EXPECT_TRUE(Contains(tree, "'g,':"));
   EXPECT_TRUE(Contains(Run("x.fa --drop-undefined").out, "taxa        5\nleft out    b, c, h\n"));
+  EXPECT_TRUE(Contains(Run("--leave-out b,c --leave-out g, x.fa --leave-out h").out,
+                       "taxa        4\nleft out    b, c, g,, h\n"));
+  EXPECT_TRUE(
+      Contains(Run("x.fa --drop-undefined --outgroup b").err, "no taxon b for the outgroup"));
   EXPECT_EQ(Run("x.fa --leave-out b,i --leave-out c,j").err,
             "zorvek-wide: x.fa: no taxon i to leave out; fix the label\n"
             "zorvek-wide: x.fa: no taxon j to leave out; fix the label\n");
