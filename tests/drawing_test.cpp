@@ -239,6 +239,9 @@ TEST(Picture, ShowsLengthsAndSupportsWhereTheyBelong) {
     std::size_t read = 0;
     const double bar = std::stod(shown.labels[14].text, &read);
     EXPECT_EQ(shown.labels[14].text.substr(read), " changes");
+    const long digit = std::lround(bar / std::pow(10, std::floor(std::log10(bar))));
+    EXPECT_TRUE(digit == 1 || digit == 2 || digit == 5) << bar;
+    EXPECT_TRUE(shown.bar_pixels > 45 && shown.bar_pixels < 121);
     std::map<Shown::Key, std::set<std::string>> below;
     for (std::size_t k = 0; k < 14; ++k) {
       const Shown::Text& label = shown.labels[k];
@@ -308,6 +311,12 @@ TEST(Picture, APageHoldsTheTree) {
     EXPECT_NEAR(std::hypot(xs[k] - xs[above], ys[k] - ys[above]), tree.ShownLength(node), 1e-5);
     EXPECT_EQ(supports[k], DrawnSupports(tree)[Index(node)]);
   }
+  // Of the two halves of the root's edge the longer one has the support.
+  int longer = tree.At(tree.root).children[0], shorter = tree.At(tree.root).children[1];
+  if (tree.At(longer).length < tree.At(shorter).length) std::swap(longer, shorter);
+  EXPECT_EQ(DrawnSupports(tree)[Index(shorter)], Tree::kNoSupport);
+  EXPECT_EQ(DrawnSupports(tree)[Index(longer)],
+            tree.IsTaxon(longer) ? Tree::kNoSupport : tree.At(longer).support);
 }
 
 TEST(Picture, LetsSupportsCoverNothing) {
@@ -317,6 +326,7 @@ TEST(Picture, LetsSupportsCoverNothing) {
     const Shown shown(
         DrawPicture("x.svg", tree, std::vector<std::string>(80, "taxon"), {layout, ""}));
     EXPECT_GT(shown.supports.size(), 20u);
+    EXPECT_LT(shown.most.x - shown.least.x, 1500);
     const auto wanted = DrawnSupports(layout == Layout::kPhylogram ? RootedForDrawing(tree) : tree);
     EXPECT_EQ(shown.supports.size() + std::stoul(shown.labels.back().text),  // found no room
               static_cast<std::size_t>(std::count(wanted.begin(), wanted.end(), 0.99)));

@@ -54,6 +54,13 @@ TEST_F(GivenTreesTest, StartsFromATreeOrOnlyFitsTrees) {
   // Least squares on the same two trees: of the second the inner edge to {a, c} is negative.
   EXPECT_TRUE(Contains(Run("m --matrix --criterion ols --evaluate two").out,
                        "\n1\t28\t28\t28\t0\n2\t31\t29.5\t31\t1\n"));
+  EXPECT_TRUE(
+      Contains(Run("m --matrix --evaluate other").out,
+               "length      29.5 (balanced, sum of all edges)\n"
+               "positive    31 (sum of the positive edges)\nnegative    1 (written as 0)\n"));
+  EXPECT_TRUE(Contains(Run("m --matrix --criterion ols --evaluate other").out,
+                       "length      31 (least squares, sum of the positive edges)\n"
+                       "raw length  29.5 (sum of all edges)\nnegative    1 (written as 0)\n"));
 
   Write("less", "(a,b,(c,f),d);");
   const Ended refused = Run("m --matrix --tree less");
@@ -132,6 +139,10 @@ TEST_F(GivenTreesTest, TaxaThatAreLeftOutTakeNoSupportsAway) {
   EXPECT_EQ(tree.substr(0, 17), "(a:0,b:0,(c:0,d:0");
   ASSERT_EQ(FindAll(tree, kSupport).size(), 1u);
   EXPECT_GT(std::stod(FindAll(tree, kSupport)[0]), 50);  // 1 - (38/40)^40 is 0.87
+  // A sample without the one site of x has no distance of x.
+  Write("g", ">x\nA" + string(39, '-') + "\n>b\n" + even + "\n>c\n" + odd + "\n>d\n" + odd + "\n");
+  EXPECT_EQ(FindAll(Run("g -b 50").out, "\nsupport     50 replicates, ([0-9]+) samples").size(),
+            1u);
 }
 
 }  // namespace

@@ -116,9 +116,12 @@ TEST(WideFit, GivesTheLengthsOfAnAdditiveTree) {
 
 // Rounding makes no group, but a short edge is one.
 TEST(WideFit, ClearsEdgesThatAreRoundingAlone) {
-  for (const double inner : {0.0, 1e-9}) {
-    const DistanceMatrix star = zorvek::test::Matrix(4, [=](int i, int j) {
-      return 0.1 * (i + 1) + 0.1 * (j + 1) + (i / 2 == j / 2 ? 0 : inner);
+  for (int seed = 0; seed < 20; ++seed) {
+    const double inner = seed % 2 == 0 ? 0 : 1e-9;
+    auto edge = zorvek::test::RandomDistances(static_cast<std::uint32_t>(seed));
+    const std::vector<double> outer{edge(0, 0), edge(0, 0), edge(0, 0), edge(0, 0)};
+    const DistanceMatrix star = zorvek::test::Matrix(4, [&](int i, int j) {
+      return outer[Index(i)] + outer[Index(j)] + (i / 2 == j / 2 ? 0 : inner);
     });
     for (const Criterion criterion : {Criterion::kBalanced, Criterion::kOls}) {
       SearchSettings settings;
