@@ -58,7 +58,7 @@ TEST(SizeGuard, WarnsOfLongRunsOnly) {
   EXPECT_EQ(Forewarning(options, 2000, 1000, 4.5e8), "2000 taxa: about 56 s and 0.4 GB of memory");
   EXPECT_EQ(
       Forewarning(options, 2000, 1000, 3e8),
-      "2000 taxa: about 2 min and 0.2 GB of memory; 1 bootstrap replicates at a time, as many as "
+      "2000 taxa: about 2 min and 0.2 GB of memory; bootstrap replicates 1 at a time, as many as "
       "the memory allows");
 }
 

@@ -313,8 +313,8 @@ TEST(WideSearch, DependsOnItsSeedAndNotOnTheThreads) {
     double descended, iterated;
   };
   for (const Case& now :
-       {Case{Criterion::kBalanced, 44, 9600, 3, 4.522928383727097, 4.410606630144228},
-        {Criterion::kBalanced, 150, 5100, 5, 32.33094508922142, 32.32707777407301},
+       {Case{Criterion::kBalanced, 44, 7200, 6, 4.42827783422951, 4.357771968300597},
+        {Criterion::kBalanced, 150, 5100, 5, 32.33094508922142, 32.32389516777511},
         {Criterion::kOls, 40, 600, 5, 4.241488941479894, 4.121488118743256}}) {
     const DistanceMatrix matrix = zorvek::test::Matrix(
         now.taxa, now.taxa > 100 ? zorvek::test::TreeLikeDistances(now.taxa, 0.5, now.distances)
