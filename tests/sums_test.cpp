@@ -169,13 +169,19 @@ TEST_P(ManyChanges, FastIsAsDefinedAndAsRebuilt) {
 INSTANTIATE_TEST_SUITE_P(Taxa, ManyChanges, testing::Values(4, 5, 6, 7, 16, 33, 70));
 
 // Distances that are multiples of 2^-20 have exact plain sums, so the whole search must take the
-// same course as the plain loops in double arithmetic, draw by draw and bit by bit.
+// same course as the plain loops in double arithmetic, draw by draw and bit by bit. Small whole numbers
+// make many gains equal, or 0.
 class Trace : public testing::TestWithParam<int> {};
 
 TEST_P(Trace, IsThatOfThePlainLoops) {
   const int taxa_count = GetParam();
-  for (std::uint32_t seed = 1; seed <= 3; ++seed) {
-    const Workspace workspace(taxa_count, test::DyadicDistances(seed), seed);
+  for (std::uint32_t seed = 1; seed <= 6; ++seed) {
+    const auto whole = [generator = std::mt19937(seed)](int, int) mutable {
+      return static_cast<double>(generator() % 3 + 1);
+    };
+    const Workspace workspace(
+        taxa_count, seed > 3 ? std::function<double(int, int)>(whole) : test::DyadicDistances(seed),
+        seed);
     reference::Search slow(seed);
     ASSERT_EQ(opt_val, slow.best_length);
     Search fast;

@@ -181,6 +181,8 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
     EXPECT_EQ(ended.err, expected);
   }
   EXPECT_EQ(Files().size(), cases.size());  // nothing was written
+  Write("many.fa", ">a\n" + string(22, '!') + "\n");
+  EXPECT_TRUE(Contains(Run("many.fa").err, "\nzorvek-wide: and 2 more\n"));
   EXPECT_TRUE(Contains(Run("nowhere.fa").err, "nowhere.fa: cannot be read: No such file"));
   EXPECT_TRUE(Contains(Run(".").err, ".: cannot be read: Is a directory"));
 }
