@@ -2,6 +2,7 @@
 #ifndef ZORVEK_DISTANCES_H
 #define ZORVEK_DISTANCES_H
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -78,9 +79,11 @@ struct EstimatedDistances {
 
 // The distances of the taxa of an alignment, the frequencies of nucleotides being those of all of them. A
 // pair without a compared site has no distance, NaN, as under kSpectral one whose spectrum is unstable.
+// `on_progress` is told the share of the pairs that are done, 0..1, on the thread that called.
 // Cost: n x sites + n^2 / 2 x (sites / 64 + one formula), shared by the threads.
 EstimatedDistances EstimateDistances(const Alignment& alignment, const ModelSettings& settings = {},
-                                     int threads = 1);
+                                     int threads = 1,
+                                     const std::function<void(double)>& on_progress = {});
 
 }  // namespace zorvek::wide
 

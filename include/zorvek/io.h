@@ -3,6 +3,7 @@
 #define ZORVEK_IO_H
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,6 +29,10 @@ class Source {
   // As messages name it.
   const std::string& Name() const { return name_; }
 
+  // Tells from now on, at each reading, the share of the file that is read, 0..1. Where its size is not
+  // known nothing is told.
+  void TellProgress(std::function<void(double)> tell);
+
   // Puts the next bytes to `to`, `most` of them at most, and returns how many; 0 at the end. Throws
   // Error if it cannot be read, or if its compressed content is broken or ends too early.
   std::size_t Read(char* to, std::size_t most);
@@ -41,6 +46,8 @@ class Source {
   std::unique_ptr<gzFile_s, Close> file_;  // null when the text is in memory
   std::string text_;
   std::size_t at_ = 0;
+  std::function<void(double)> tell_;
+  double size_ = 0;  // bytes, compressed or not; 0 if not known
 };
 
 // --- alignments ---

@@ -30,8 +30,9 @@ double Compared(const PairTable& table) {
 
 // Calls take(i, j, counts) for every pair i < j, with their tables only, or with all but these.
 template <typename Take>
-void ForEachTable(const NucleotidePlanes& planes, int n, int threads, const Take& take) {
-  ForEachStretch(n, threads, [&](int i, int from, int to) {
+void ForEachTable(const NucleotidePlanes& planes, int n, int threads, const TellShare& tell,
+                  const Take& take) {
+  ForEachStretch(n, threads, tell, [&](int i, int from, int to) {
     PairCounts counts;
     for (int j = from; j < to; ++j) {
       CountPairs(planes.Planes(Index(i)), planes.Planes(Index(j)), planes.Words(), counts.table);
@@ -42,8 +43,8 @@ void ForEachTable(const NucleotidePlanes& planes, int n, int threads, const Take
 }
 
 template <typename Take>
-void ForEachCounts(const SitePlanes& planes, int threads, const Take& take) {
-  ForEachStretch(planes.Taxa(), threads, [&](int i, int from, int to) {
+void ForEachCounts(const SitePlanes& planes, int threads, const TellShare& tell, const Take& take) {
+  ForEachStretch(planes.Taxa(), threads, tell, [&](int i, int from, int to) {
     PairCounts counts[kTileColumns];
     planes.Count(i, from, to, counts);
     for (int j = from; j < to; ++j) take(i, j, counts[j - from]);
@@ -57,7 +58,8 @@ double Distance(const Formula& formula, const PairCounts& counts) {
 }
 
 DistanceMatrix SymmetricDistances(const Alignment& alignment, const SiteList& sites,
-                                  const ModelSettings& settings, int threads) {
+                                  const ModelSettings& settings, int threads,
+                                  const TellShare& tell) {
   const ModelRow& row = RowOf(settings.model);
   const SitePlanes planes(alignment, sites, threads);
   const Formula formula = row.formula(planes.NucleotideShares(), RateTerm(settings.gamma));
@@ -67,9 +69,9 @@ DistanceMatrix SymmetricDistances(const Alignment& alignment, const SiteList& si
   };
   if (row.needs_table) {
     ForEachTable(TablePlanes(alignment, sites, DefiniteTableCodes(), threads), planes.Taxa(),
-                 threads, take);
+                 threads, tell, take);
   } else {
-    ForEachCounts(planes, threads, take);
+    ForEachCounts(planes, threads, tell, take);
   }
   return distances;
 }
@@ -102,10 +104,11 @@ PairKinds Settle(DistanceMatrix& matrix) {
 }  // namespace
 
 EstimatedDistances PairDistances(const Alignment& alignment, const SiteList& sites,
-                                 const ModelSettings& settings, int threads) {
+                                 const ModelSettings& settings, int threads,
+                                 const TellShare& tell) {
   DistanceMatrix distances = settings.model == Model::kSpectral
-                                 ? SpectralDistances(alignment, sites, threads)
-                                 : SymmetricDistances(alignment, sites, settings, threads);
+                                 ? SpectralDistances(alignment, sites, threads, tell)
+                                 : SymmetricDistances(alignment, sites, settings, threads, tell);
   const PairKinds kinds = Settle(distances);
   return {std::move(distances), kinds};
 }
@@ -127,9 +130,9 @@ std::array<long, kModels> SaturatedPairs(const Alignment& alignment, int threads
       }
     };
   };
-  ForEachCounts(planes, threads, take_if(false));
+  ForEachCounts(planes, threads, {}, take_if(false));
   ForEachTable(TablePlanes(alignment, sites, DefiniteTableCodes(), threads), planes.Taxa(), threads,
-               take_if(true));
+               {}, take_if(true));
   std::array<long, kModels> counts{};
   std::copy(saturated.begin(), saturated.end(), counts.begin());
   return counts;
@@ -150,8 +153,8 @@ UncountedCells CountUncounted(const Alignment& alignment) {
 }
 
 EstimatedDistances EstimateDistances(const Alignment& alignment, const ModelSettings& settings,
-                                     int threads) {
-  return PairDistances(alignment, AllSites(alignment), settings, threads);
+                                     int threads, const std::function<void(double)>& on_progress) {
+  return PairDistances(alignment, AllSites(alignment), settings, threads, on_progress);
 }
 
 }  // namespace zorvek::wide

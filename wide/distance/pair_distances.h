@@ -6,6 +6,7 @@
 
 #include "wide/distance/models.h"
 #include "wide/distance/site_planes.h"
+#include "wide/distance/tiles.h"
 #include "zorvek/alignment.h"
 #include "zorvek/distances.h"
 
@@ -19,7 +20,8 @@ constexpr double kStandIn = 1;
 // a compared site has no distance, NaN, as under kSpectral one whose spectrum is unstable.
 // Cost: n x sites + n^2 / 2 x (sites / 64 + one formula), shared by the threads.
 EstimatedDistances PairDistances(const Alignment& alignment, const SiteList& sites,
-                                 const ModelSettings& settings, int threads);
+                                 const ModelSettings& settings, int threads,
+                                 const TellShare& tell = {});
 
 // How many pairs would be saturated under each model, over all sites; 0 for kSpectral.
 // Cost: as the distances under all models.

@@ -200,12 +200,14 @@ void FillStretch(const NucleotidePlanes& planes, const PlaneWord* nucleotides, i
 
 }  // namespace
 
-DistanceMatrix SpectralDistances(const Alignment& alignment, const SiteList& sites, int threads) {
+DistanceMatrix SpectralDistances(const Alignment& alignment, const SiteList& sites, int threads,
+                                 const TellShare& tell) {
   const NucleotidePlanes planes =
       TablePlanes(alignment, sites, FirstStateCodes(alignment.rna), threads);
   const int n = static_cast<int>(alignment.Taxa());
   DistanceMatrix distances(n);
-  ForEach((n + kTileRows - 1) / kTileRows, threads, [&](int band, int) {
+  ForEach((n + kTileRows - 1) / kTileRows, threads, [&](int band, int thread) {
+    TellBand(band, n, thread, tell);
     for (int i = band * kTileRows; i < std::min(n, (band + 1) * kTileRows); ++i) {
       const std::vector<PlaneWord> nucleotides = planes.NucleotidesOnly(Index(i));
       for (int from = i; from < n;

@@ -3,6 +3,7 @@
 #define ZORVEK_WIDE_DISTANCE_SPECTRAL_H
 
 #include "wide/distance/site_planes.h"
+#include "wide/distance/tiles.h"
 #include "zorvek/alignment.h"
 #include "zorvek/distances.h"
 
@@ -14,7 +15,8 @@ namespace zorvek::wide {
 // none, or whose spectrum is unstable. Identical sequences have the same distances to all others, those
 // of the first of them, since the estimate depends on which taxon of a pair comes first.
 // Cost: n x sites + n^2 / 2 x (sites / 64 + one eigenvalue), shared by the threads.
-DistanceMatrix SpectralDistances(const Alignment& alignment, const SiteList& sites, int threads);
+DistanceMatrix SpectralDistances(const Alignment& alignment, const SiteList& sites, int threads,
+                                 const TellShare& tell = {});
 
 }  // namespace zorvek::wide
 

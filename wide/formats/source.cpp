@@ -1,5 +1,6 @@
 // zlib's reader passes on what is not compressed as it is, without a copy.
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
 
@@ -30,6 +31,10 @@ void Source::Close::operator()(gzFile_s* file) const {
 Source::Source(const std::string& path) : name_(path == "-" ? "standard input" : path) {
   const int descriptor = path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor < 0) Refuse(name_, std::strerror(errno));
+  struct stat status;
+  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
+    size_ = static_cast<double>(status.st_size);
+  }
   file_.reset(gzdopen(descriptor, "rb"));
   if (!file_) {
     close(descriptor);
@@ -38,6 +43,10 @@ Source::Source(const std::string& path) : name_(path == "-" ? "standard input" :
 }
 
 Source::Source(const std::string& name, std::string text) : name_(name), text_(std::move(text)) {}
+
+void Source::TellProgress(std::function<void(double)> tell) {
+  if (size_ > 0) tell_ = std::move(tell);
+}
 
 std::size_t Source::Read(char* to, std::size_t most) {
   if (!file_) {
@@ -48,7 +57,10 @@ std::size_t Source::Read(char* to, std::size_t most) {
   errno = 0;
   const int count =
       gzread(file_.get(), to, static_cast<unsigned>(std::min<std::size_t>(most, kLargest)));
-  if (count > 0) return static_cast<std::size_t>(count);
+  if (count > 0) {
+    if (tell_) tell_(static_cast<double>(gzoffset(file_.get())) / size_);
+    return static_cast<std::size_t>(count);
+  }
   int error = Z_OK;
   const std::string message = gzerror(file_.get(), &error);
   if (error == Z_ERRNO) Refuse(name_, std::strerror(errno));

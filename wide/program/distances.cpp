@@ -26,9 +26,10 @@ bool SettleUndefined(const Options& options, Input& input) {
   return true;
 }
 
-PairKinds Estimate(const Options& options, Input& input) {
+PairKinds Estimate(const Options& options, Input& input, ProgressLine& line) {
   EstimatedDistances estimated =
-      EstimateDistances(*input.alignment, options.model, options.search.threads);
+      EstimateDistances(*input.alignment, options.model, options.search.threads,
+                        [&line](double share) { line.Show("distances", share, ""); });
   input.distances = std::move(estimated.matrix);
   return estimated.kinds;
 }
@@ -41,15 +42,15 @@ std::vector<int> Inverse(const std::vector<int>& order) {
   return inverse;
 }
 
-DistanceNotes EstimateDistances(const Options& options, Input& input) {
+DistanceNotes EstimateDistances(const Options& options, Input& input, ProgressLine& line) {
   DistanceNotes notes;
   if (options.matrix) {
     SettleUndefined(options, input);
     return notes;
   }
-  notes.kinds = Estimate(options, input);
+  notes.kinds = Estimate(options, input, line);
   // The nucleotide frequencies are those of the taxa that are kept.
-  if (SettleUndefined(options, input)) notes.kinds = Estimate(options, input);
+  if (SettleUndefined(options, input)) notes.kinds = Estimate(options, input, line);
   CheckEstimates(options.file, options.model.model, notes.kinds);
   notes.uncounted = CountUncounted(*input.alignment);
   if (notes.kinds.saturated > 0) {

@@ -8,6 +8,7 @@
 #include "wide/distance/pair_distances.h"
 #include "wide/program/input.h"
 #include "wide/program/options.h"
+#include "wide/program/progress_line.h"
 
 namespace zorvek::wide {
 
@@ -22,7 +23,7 @@ struct DistanceNotes {
 // Estimates the distances of `input`, unless they were given, and leaves out taxa where that is
 // wanted, so that every pair has one. Throws Error if a pair without a distance is left, or if all pairs
 // are too far apart for the model.
-DistanceNotes EstimateDistances(const Options& options, Input& input);
+DistanceNotes EstimateDistances(const Options& options, Input& input, ProgressLine& line);
 
 // The order in which the search is given the taxa, so that its tree does not depend on that of the file:
 // by sequence, then by label. That of the file where the distances depend on it, or were given.

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <iostream>
 #include <sstream>
+#include <utility>
 
 #include "core/index.h"
 #include "wide/data/labels.h"
+#include "wide/program/progress_line.h"
 #include "zorvek/check.h"
 #include "zorvek/error.h"
 #include "zorvek/io.h"
@@ -43,6 +45,19 @@ void WarnOfRna(const Options& options) {
                "it, or take another model\n";
 }
 
+void ReadFile(const Options& options, Input& input) {
+  ProgressLine line(!options.quiet);
+  Source source(options.file);
+  source.TellProgress([&line](double share) { line.Show("reading", share, ""); });
+  if (options.matrix) {
+    LabelledMatrix matrix = ReadMatrix(std::move(source));
+    input.matrix_labels = std::move(matrix.labels);
+    input.distances = std::move(matrix.distances);
+  } else {
+    input.alignment = ReadAlignment(std::move(source), options.format);
+  }
+}
+
 }  // namespace
 
 std::vector<int> NamedTaxa(const std::vector<std::string>& values, const std::string& purpose,
@@ -76,13 +91,9 @@ void CheckSize(const Options& options, const Input& input) {
 
 Input ReadInput(const Options& options) {
   Input input;
-  if (options.matrix) {
-    LabelledMatrix matrix = ReadMatrix(Source(options.file));
-    input.matrix_labels = std::move(matrix.labels);
-    input.distances = std::move(matrix.distances);
-  } else {
-    input.alignment = ReadAlignment(Source(options.file), options.format);
-    if (input.alignment->rna && options.model.model == Model::kSpectral) WarnOfRna(options);
+  ReadFile(options, input);
+  if (input.alignment && input.alignment->rna && options.model.model == Model::kSpectral) {
+    WarnOfRna(options);
   }
   CheckLabels(options.file, input.Labels());
   LeaveOutNamed(options, input);

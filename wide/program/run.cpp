@@ -130,8 +130,7 @@ void Run(const Options& options) {
   CheckOutgroup(options, results.input);
   {
     ProgressLine line(!options.quiet);
-    line.Show("distances", ProgressLine::kUnknown, "");
-    results.notes = EstimateDistances(options, results.input);
+    results.notes = EstimateDistances(options, results.input, line);
   }
   CheckOutgroup(options, results.input);  // of which a taxon may have been left out
   FindTrees(interruption, results);
