@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <random>
 #include <set>
@@ -360,6 +361,12 @@ TEST(WideSearch, DescendsAsItDid) {
     SearchSettings settings;
     settings.criterion = criterion;
     settings.moves = moves;
+    double last = std::numeric_limits<double>::infinity();
+    settings.on_progress = [&](const Progress& progress) {
+      if (progress.phase != Progress::kDescent) return;
+      EXPECT_LT(progress.length, last + 1e-9);  // every move shortens the tree
+      last = progress.length;
+    };
     return FindShortestTree(taxa_count, matrix.Rows(), settings).length;
   };
   EXPECT_NEAR(length(Criterion::kBalanced, Moves::kNni), 5.7205427971511185, 1e-9);

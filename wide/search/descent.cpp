@@ -137,10 +137,7 @@ bool Descent::SprRound(const Poll& poll) {
   if (moves.empty()) return false;
   const std::vector<SprMove> apart = Apart(moves, Current());
   if (apart.size() > Index(Current().taxa) / kTaxaPerMove && MakeTogether(apart)) return true;
-  for (const SprMove& move : moves) {
-    SprMove best;
-    if (neighbourhood_->BestSpr(move.holder, move.subtree, best)) Make(best);
-  }
+  for (const SprMove& move : moves) Enqueue(move.holder);
   EmptyQueue(poll);
   return true;
 }
