@@ -124,7 +124,8 @@ TEST_F(WideOutputsTest, ShowTheirProgressOnATerminal) {
   Run("x.fa -b 3 -t 1 --iterations 10 2>" + terminal.Name());
   const string shown = terminal.Shown();
   const std::regex lines(
-      "\rdistances\r {9}\r\rstarting trees, 0 %\rdescent, [0-9]+ %, best length 0\\.[0-9]+[^\r]*"
+      "\rreading, 100 %\r {14}\r\rdistances, 0 %\r {14}\r\rstarting trees, 0 %\rdescent, [0-9]+ %, "
+      "best length 0\\.[0-9]+[^\r]*"
       "\riterations, 100 %, best length 0\\.[0-9]+[^\r]*\rbootstrap, 33 %[^\r]*\r {30,}\r");
   EXPECT_TRUE(std::regex_match(shown, lines)) << shown;
 }
