@@ -38,7 +38,7 @@ struct Joining {
 // Number is double, or float for half the memory.
 // Requires: n >= 4, a symmetric matrix of finite numbers (its diagonal is not read).
 // Cost: n for each row that is searched; a join searches about 10 on distances of sequences (3 where half
-// of them are the same), 50 on noise.
+// of them are the same), 50 on noise, and up to all of them where all pairs are equal.
 // Memory: n^2 Numbers besides the distances.
 template <typename Number = double>
 Topology JoinNeighbours(int n, const double* const* distances, const Joining& joining = {});
