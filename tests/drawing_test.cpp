@@ -311,6 +311,9 @@ TEST(Picture, APageHoldsTheTree) {
     EXPECT_NEAR(std::hypot(xs[k] - xs[above], ys[k] - ys[above]), tree.ShownLength(node), 1e-5);
     EXPECT_EQ(supports[k], DrawnSupports(tree)[Index(node)]);
   }
+  const Tree rooted = RootedAbove(given, 0, 0.5);
+  EXPECT_NE(rooted.preorder, tree.preorder);
+  EXPECT_EQ(RootedForDrawing(rooted).preorder, rooted.preorder);  // it has its root
   // Of the two halves of the root's edge the longer one has the support.
   int longer = tree.At(tree.root).children[0], shorter = tree.At(tree.root).children[1];
   if (tree.At(longer).length < tree.At(shorter).length) std::swap(longer, shorter);
