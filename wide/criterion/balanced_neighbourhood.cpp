@@ -234,6 +234,7 @@ std::unique_ptr<Neighbourhood> BalancedNeighbourhood::Contracted(
       topology, std::make_shared<const DistanceMatrix>(std::move(between))));
 }
 
+// Equation 3 or 4.
 double BalancedNeighbourhood::EdgeLength(int u, int v) const {
   if (topology_.IsLeaf(u)) std::swap(u, v);
   const int at = RowOf(u), end = RowOf(v);
@@ -243,8 +244,7 @@ double BalancedNeighbourhood::EdgeLength(int u, int v) const {
   return ((At(a, c) + At(a, e) + At(b, c) + At(b, e)) * 0.25 - (At(a, b) + At(c, e)) * 0.5) * unit_;
 }
 
-// Trading the places of B and C around (A,B | C,E) changes the length by
-// (D(A,C) + D(B,E) - D(A,B) - D(C,E)) / 4  [Desper2002, equation 9].
+// Equation 5, of both NNIs.
 bool BalancedNeighbourhood::BestNni(int u, int v, SprMove& best) {
   const int at = RowOf(u), end = RowOf(v);
   const auto [a, b] = Others(at, end);
@@ -288,7 +288,7 @@ bool BalancedNeighbourhood::BestSpr(int holder, int subtree, SprMove& best, int 
 }
 
 // Where a scan has come to a node, finds what it costs to put X into the edge to the next one, twice,
-// and gives what is reached there.
+// by equation 6, and gives what is reached there.
 // Formula: 2 f(cur,next) = D(X, all behind) + D(X,next) - D(cur,next) - w (D(B,next) - D(X,next)), where
 // D(X, all behind) without X is halved with D(X,side) at each node, and D(cur,next), in which X has the
 // weight w, is corrected for what B, the subtree beside X, has instead.

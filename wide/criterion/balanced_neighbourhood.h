@@ -5,15 +5,21 @@
 // between i and j [Pauplin2000]. For two nodes u and v let D(u,v) be the balanced average between the
 // subtree at u away from v and the subtree at v away from u. With a and b the neighbours of u away from v
 //
-//        a            D(u,v) = (D(a,v) + D(b,v)) / 2        [Desper2002, equation 6]
+//        a            D(u,v) = (D(a,v) + D(b,v)) / 2                                  (1)
 //         \                                                         .
 //          u -- ... -- v
 //         /
 //        b
 //
-// and between taxa D is the distance. All that is asked for follows from D: the length is half the sum
-// over the leaves of D(leaf, its neighbour), and putting a subtree X into the edge (u,v) of the tree
-// without X costs (D(X,u) + D(X,v) - D(u,v)) / 2.
+// and between taxa D is the distance [Desper2002]. All that is asked for follows from D:
+//
+//   length of the tree                      half the sum over the leaves of D(leaf, its neighbour)   (2)
+//   edge of leaf i, at a node with a, b     (D(i,a) + D(i,b) - D(a,b)) / 2                           (3)
+//   edge of (A,B | C,E)                     (D(A,C) + D(A,E) + D(B,C) + D(B,E)) / 4
+//                                             - (D(A,B) + D(C,E)) / 2                                (4)
+//   NNI of B and C there                    adds (D(A,C) + D(B,E) - D(A,B) - D(C,E)) / 4             (5)
+//   subtree X, put into the edge (u,v) of   (D(X,u) + D(X,v) - D(u,v)) / 2                           (6)
+//   the tree without X
 #ifndef ZORVEK_WIDE_CRITERION_BALANCED_NEIGHBOURHOOD_H
 #define ZORVEK_WIDE_CRITERION_BALANCED_NEIGHBOURHOOD_H
 
