@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# fuzz.sh RUNS: fuzzes the reading of both programs, from the corpus, and the search, for RUNS executions
-# each, in a scratch folder. What it finds is left in build/fuzz as NAME-crash-*, -leak-*, -oom-* or
+# fuzz.sh RUNS: fuzzes the reading of both programs, from the corpus, for RUNS executions each, and the
+# search, which takes longer, for a tenth of them, in a scratch folder. What it finds is left in build/fuzz as NAME-crash-*, -leak-*, -oom-* or
 # -timeout-*, to be run alone by naming it: build/fuzz/fuzz/NAME FILE.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -13,10 +13,10 @@ cmake --build --preset fuzz --target "${readers[@]}" search_fuzz --parallel "$(n
 grown=$(mktemp -d)
 trap 'rm -rf "$grown"' EXIT
 
-# fuzz NAME OPTION...
+# fuzz NAME RUNS OPTION...
 fuzz() {
-  local name=$1
-  shift
+  local name=$1 runs=$2
+  shift 2
   mkdir -p "$grown/$name"
   "build/fuzz/fuzz/$name" "$grown/$name" -runs="$runs" -timeout=10 -rss_limit_mb=2048 \
     -artifact_prefix="build/fuzz/$name-" -close_fd_mask=1 -verbosity=0 -print_final_stats=1 "$@"
@@ -25,6 +25,6 @@ fuzz() {
 for name in "${readers[@]}"; do
   mkdir "$grown/$name"
   cp fuzz/corpus/* "$grown/$name"
-  fuzz "$name" -dict=fuzz/nexus.dict -max_len=2000
+  fuzz "$name" "$runs" -dict=fuzz/nexus.dict -max_len=2000
 done
-fuzz search_fuzz -max_len=80 -len_control=0
+fuzz search_fuzz $((runs / 10)) -max_len=80 -len_control=0
