@@ -3,15 +3,9 @@
 # SETS simulated alignments, beside neighbour joining on the same Jukes-Cantor distances.
 # Usage: bench/criteria_table.sh [SETS]   (r-cran-ape and the build's packages installed)
 set -euo pipefail
+source "$(dirname "$0")/scratch.sh"
 sets=${1:-20}
-here=$(cd "$(dirname "$0")" && pwd)
-cd "$here/.."
-cmake --preset release >&2
-cmake --build --preset release --target zorvek-wide >&2
-wide=$PWD/build/release/zorvek-wide
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
-cd "$scratch"
+enter_scratch
 
 echo "| taxa | sites | neighbour joining | ols | balanced | balanced, --iterations 3000 |"
 echo "|---|---|---|---|---|---|"

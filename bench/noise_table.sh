@@ -3,14 +3,8 @@
 # another local optimum: the mean over the seeds 1 to 20, and the processor seconds of one thread.
 # Usage: bench/noise_table.sh [ITERATIONS...]   (r-base-core and the build's packages installed)
 set -euo pipefail
-here=$(cd "$(dirname "$0")" && pwd)
-cd "$here/.."
-cmake --preset release >&2
-cmake --build --preset release --target zorvek-wide >&2
-wide=$PWD/build/release/zorvek-wide
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
-cd "$scratch"
+source "$(dirname "$0")/scratch.sh"
+enter_scratch
 
 # run MATRIX ITERATIONS: "seconds length"
 run() {

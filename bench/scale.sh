@@ -5,17 +5,12 @@
 # Usage: bench/scale.sh [SECONDS [TAXA...]]   SECONDS is what a program may take, 600 if not given
 # (r-cran-ape, fasttree, quicktree, time, libbenchmark-dev and the build's packages)
 set -euo pipefail
-cd "$(dirname "$0")/.."
+source "$(dirname "$0")/scratch.sh"
 limit=${1:-600}
 shift $(($# > 0 ? 1 : 0))
 sizes=("${@}")
 [ $# -gt 0 ] || sizes=(1000 2000 5000 10000 20000)
-cmake --preset release -DZORVEK_BENCH=ON >&2
-cmake --build --preset release --target zorvek-wide accuracy_simulate >&2
-build=$PWD/build/release
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
-cd "$scratch"
+enter_scratch accuracy_simulate
 export OMP_NUM_THREADS=1
 
 # run PROGRAM COMMAND...: a line of $scratch/figures, without seconds where there was no tree in time.
@@ -33,7 +28,7 @@ run() {
 wide() {
   local program=$1
   shift
-  run "$program" "$build/zorvek-wide" x.fa --model tn93 --drop-undefined --threads 1 --quiet --newick n \
+  run "$program" "$wide" x.fa --model tn93 --drop-undefined --threads 1 --quiet --newick n \
     --output o --log l "$@"
 }
 
@@ -53,7 +48,7 @@ for taxa in "${sizes[@]}"; do
   wide "joined (\`--search none\`)" --search none
   wide "default" --search spr
   wide "ordinary least squares, joined" --criterion ols --search none
-  "$build/zorvek-wide" x.fa --model tn93 --drop-undefined --search none --quiet --newick n --output o \
+  "$wide" x.fa --model tn93 --drop-undefined --search none --quiet --newick n --output o \
     --log l --distances d
   run "quicktree" quicktree -in m d
   run "ape's nj" Rscript nj.R

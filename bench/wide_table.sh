@@ -6,16 +6,10 @@
 # A peer that crashed three times has a dash. Identical taxa, which zorvek-wide keeps together, stand for one.
 # Usage: bench/wide_table.sh [ALIGNMENT...]   (r-cran-ape and the build's packages installed)
 set -euo pipefail
-here=$(cd "$(dirname "$0")" && pwd)
+source "$(dirname "$0")/scratch.sh"
 alignments=()
 for file in "$@"; do alignments+=("$(realpath "$file")"); done
-cd "$here/.."
-cmake --preset release >&2
-cmake --build --preset release --target zorvek-wide >&2
-wide=$PWD/build/release/zorvek-wide
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
-cd "$scratch"
+enter_scratch
 
 # ours MATRIX TREE OPTION...: makes the tree and prints the seconds of one thread
 ours() {
