@@ -389,7 +389,7 @@ py::tuple BootstrapOf(const Input& input, const ModelSettings& model, const Sear
   Watch watch(progress);
   watch.Connect(settings.search);
   settings.on_done = [&](int done) {
-    watch.Tell({"bootstrap", double(done) / settings.replicates,
+    watch.Tell({"bootstrap", static_cast<double>(done) / settings.replicates,
                 std::numeric_limits<double>::quiet_NaN(), false});
   };
   Supported result = watch.Run([&] { return FindSupported(input, model, settings); });

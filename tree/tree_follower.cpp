@@ -50,6 +50,7 @@ TreeFollower::TreeFollower(int taxa_count, const double* const* distances)
 void TreeFollower::Follow(TreeTable tree) {
   changed_.clear();
   for (std::size_t row = 0; row < children_.size(); ++row) {
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): equal bits are what is asked for.
     if (std::memcmp(&tree[row][kLeft], &children_[row], sizeof children_[row]) != 0) {
       changed_.push_back(static_cast<int>(row));
     }

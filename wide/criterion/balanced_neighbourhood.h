@@ -37,7 +37,7 @@
 namespace zorvek::wide {
 
 // Memory: 32 n^2 bytes.
-class BalancedNeighbourhood : public Neighbourhood {
+class BalancedNeighbourhood final : public Neighbourhood {
  public:
   // The leaves are the taxa of the given numbers in the matrix, or all of them, in its order.
   // Requires: n >= 4, a symmetric matrix of finite numbers that outlives it.  Cost: n^2.

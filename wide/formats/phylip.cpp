@@ -119,6 +119,7 @@ class PhylipText {
         Begin(line, form, builder);
         continue;
       }
+      // NOLINTNEXTLINE(clang-analyzer-core.DivideZero): the header has at least one taxon.
       const std::size_t taxon = k % taxa_;
       const LabelledLine parts = TakeLabel(line.text, form);
       if (CleanLabel(parts.label) == builder.Label(taxon)) {

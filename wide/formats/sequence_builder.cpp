@@ -6,7 +6,6 @@
 #include <array>
 #include <utility>
 
-#include "core/index.h"
 #include "wide/data/ascii.h"
 #include "wide/data/labels.h"
 
@@ -25,8 +24,8 @@ std::array<std::uint8_t, 256> MakeKinds() {
     const StateSet states = StatesOf(static_cast<char>(c));
     kinds[c] = states == kNotASite ? std::uint8_t{kIsOther} : states;
   }
-  for (const int c : {'U', 'u'}) kinds[Index(c)] |= kIsU;
-  for (const int c : {'T', 't'}) kinds[Index(c)] |= kIsT;
+  for (const unsigned char c : {'U', 'u'}) kinds[c] |= kIsU;
+  for (const unsigned char c : {'T', 't'}) kinds[c] |= kIsT;
   return kinds;
 }
 

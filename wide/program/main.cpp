@@ -21,7 +21,7 @@ void Tell(const std::string& faults) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  using namespace zorvek::wide;
+  using namespace zorvek::wide;  // NOLINT(google-build-using-namespace)
   // Whoever reads the standard output may leave; the files are written all the same. A file that
   // grows beyond the limit is a fault to be told.
   std::signal(SIGPIPE, SIG_IGN);
