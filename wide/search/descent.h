@@ -1,5 +1,6 @@
-// Descent to a local optimum by NNI and SPR moves, the latter from a queue of the nodes around which
-// something changed.
+// Descent to a local optimum by NNI and SPR moves. Where moves are dear, the whole tree is looked at in
+// rounds, and many moves are made together; else, and in what a try disturbs, moves come from a queue of the
+// nodes around which something changed.
 #ifndef ZORVEK_WIDE_SEARCH_DESCENT_H
 #define ZORVEK_WIDE_SEARCH_DESCENT_H
 

@@ -4,7 +4,8 @@
 // Tries come in runs, each with a generator seeded by its own number, and runs in batches that all begin
 // at the same tree. A small tree is searched as a whole in each run of a batch, and the best result, the
 // earliest of equal ones, is the next tree. A large one is cut into sectors, one to a run, and those that
-// became shorter are put back together. So the outcome does not depend on how many threads share the work.
+// became shorter are put back together. After a batch that found nothing the tree is disturbed, or, unless it
+// is too large for that, joined anew. So the outcome does not depend on how many threads share the work.
 #include "zorvek/search.h"
 
 #include <algorithm>
