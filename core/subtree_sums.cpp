@@ -1,81 +1,31 @@
 #include "core/subtree_sums.h"
 
-#include <algorithm>
-#include <cmath>
+#include <utility>
 
 namespace zorvek {
 
-namespace {
+SubtreeSums::SubtreeSums(int n, const double* const* distances, Precision precision)
+    : SubtreeSums(std::vector<int>(Index(n), 1), distances, precision) {}
 
-// sum[i] = a[i] + b[i]
-__attribute__((always_inline)) inline void AddRowsLoop(const std::int64_t* a, const std::int64_t* b,
-                                                       std::int64_t* __restrict sum,
-                                                       std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) sum[i] = a[i] + b[i];
-}
-
-void AddRowsPlain(const std::int64_t* a, const std::int64_t* b, std::int64_t* sum,
-                  std::size_t count) {
-  AddRowsLoop(a, b, sum, count);
-}
-
-#if defined(__x86_64__)
-__attribute__((target("avx2"))) void AddRowsAvx2(const std::int64_t* a, const std::int64_t* b,
-                                                 std::int64_t* sum, std::size_t count) {
-  AddRowsLoop(a, b, sum, count);
-}
-#endif
-
-// The widest row addition this processor has.
-auto ChooseAddRows() {
-#if defined(__x86_64__)
-  if (__builtin_cpu_supports("avx2")) return AddRowsAvx2;
-#endif
-  return AddRowsPlain;
-}
-
-// The exponent k for which n distances of up to `largest`, scaled by 2^k, stay below 2^62 in sum.
-int ScaleExponent(int n, double largest) {
-  int exponent;
-  std::frexp(n * largest, &exponent);
-  return 62 - exponent;
-}
-
-}  // namespace
-
-SubtreeSums::SubtreeSums(int n, const double* const* distances)
-    : SubtreeSums(std::vector<int>(Index(n), 1), distances) {}
-
-SubtreeSums::SubtreeSums(const std::vector<int>& leaves, const double* const* distances)
+SubtreeSums::SubtreeSums(const std::vector<int>& leaves, const double* const* distances,
+                         Precision precision)
     : n_(static_cast<int>(leaves.size())),
-      nodes_(2 * Columns() - 1),
-      rows_(MakeLargeTable<Fixed>((2 * Columns() - 2) * Columns())),
-      add_rows_(ChooseAddRows()),
+      nodes_(2 * leaves.size() - 1),
+      rows_(n_, distances, precision),
       dirty_(nodes_.size()) {
-  for (std::vector<int>* scratch : {&pending_, &order_, &changed_edges_, &stack_}) {
+  for (std::vector<int>* scratch : {&pending_, &order_, &changed_edges_}) {
     scratch->reserve(2 * nodes_.size());
   }
-  const int n = n_;
-  double largest = 0;
-  for (int i = 0; i < n; ++i) {
-    for (int j = 0; j < n; ++j) {
-      if (i != j) largest = std::max(largest, std::fabs(distances[i][j]));
-    }
-  }
-  const int scale = ScaleExponent(n, largest);
-  unit_ = std::ldexp(1.0, -scale);
-  for (int i = 0; i < n; ++i) {
-    Fixed* row = Row(i);
-    Sum total = 0;
-    for (int j = 0; j < n; ++j) {
-      row[j] = i == j ? 0 : std::llrint(std::ldexp(distances[i][j], scale));
-      total += row[j];
-    }
-    At(i).total = total;
+  for (int i = 0; i < n_; ++i) {
+    At(i).total = rows_.With(i, [this](const auto& row) {
+      Sum total = 0;
+      for (int j = 0; j < n_; ++j) total += row(j);
+      return total;
+    });
     At(i).leaves = leaves[Index(i)];
     all_ += leaves[Index(i)];
   }
-  SetChildren(Root(), 2 * n - 4, 2 * n - 3);
+  SetChildren(Root(), 2 * n_ - 4, 2 * n_ - 3);
 }
 
 void SubtreeSums::SetChildren(int node, int left, int right) {
@@ -147,7 +97,7 @@ void SubtreeSums::RemakeLeafSet(int node) {
   u.leaves = left.leaves + right.leaves;
   u.total = left.total + right.total;
   u.within = left.within + right.within + u.between;
-  add_rows_(Row(u.left), Row(u.right), Row(node), Columns());
+  rows_.Add(u.left, u.right, node);
 }
 
 void SubtreeSums::RemakeAcross(int node) {
@@ -158,17 +108,14 @@ void SubtreeSums::RemakeCentral() {
   central_ = Gather(Left(Left(Root())), Left(Right(Root())));
 }
 
-SubtreeSums::Sum SubtreeSums::Gather(int x, int y) const {
+SubtreeSums::Sum SubtreeSums::Gather(int x, int y) {
   if (Leaves(x) > Leaves(y)) std::swap(x, y);
-  return SumOfRow(Row(y), x);
+  return rows_.With(y, [&](auto row) { return SumBelow(x, row); });
 }
 
-double SubtreeSums::Beyond(int x, int y) const {
-  return ToDouble(At(x).total - SumOfRow(Row(y), x)) * unit_;
-}
-
-// Sum of a row's entries at the leaves below x.
-SubtreeSums::Sum SubtreeSums::SumOfRow(const Fixed* row, int x) const {
+// Sum of the entries of a row at the leaves below x.
+template <typename Row>
+SubtreeSums::Sum SubtreeSums::SumBelow(int x, Row row) {
   Sum sum = 0;
   stack_.clear();
   for (;;) {
@@ -176,11 +123,19 @@ SubtreeSums::Sum SubtreeSums::SumOfRow(const Fixed* row, int x) const {
       stack_.push_back(Right(x));
       x = Left(x);
     }
-    sum += row[x];
+    sum += row(x);
     if (stack_.empty()) return sum;
     x = stack_.back();
     stack_.pop_back();
   }
+}
+
+SubtreeSums::Sum SubtreeSums::SumOfRow(int node, LeafRange leaves) const {
+  return rows_.With(node, [leaves](auto row) {
+    Sum sum = 0;
+    for (const int leaf : leaves) sum += row(leaf);
+    return sum;
+  });
 }
 
 // Exact where the sum has at most 53 significant bits; otherwise off by the rounding of its low

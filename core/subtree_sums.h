@@ -1,8 +1,8 @@
 // Exact sums of leaf distances between the subtrees of one tree, kept through its changes.
 //
 // Every edge length and every gain is made of averages D(X,Y) = S(X,Y) / (|X||Y|), where S(X,Y)
-// sums the distances between the leaves of two disjoint subtrees. Here the distances are 64-bit
-// fixed-point numbers, scaled by a power of two such that a row of n of them cannot overflow.
+// sums the distances between the leaves of two disjoint subtrees. Here the distances are fixed-point
+// numbers, scaled by a power of two such that a row of n of them cannot overflow (SumRows).
 // Integer sums are exact: they do not depend on the order of addition, so a sum kept through a
 // thousand changes is the same as one made anew, and every S(X,Y) may be had by subtraction where
 // that is cheaper.
@@ -36,7 +36,7 @@
 #include <vector>
 
 #include "core/index.h"
-#include "core/large_table.h"
+#include "core/sum_rows.h"
 
 namespace zorvek {
 
@@ -65,15 +65,24 @@ inline double InterchangeGain(const Quartet& q) {
   return (((w - 1) * (q.ac + q.bd) - (w2 - 1) * (q.ab + q.cd)) - (w - w2) * (q.ad + q.bc)) * 0.5;
 }
 
-// One instance serves one thread. Memory: 16 n^2 bytes and O(n).
+// Leaves that stand one after the other somewhere.
+struct LeafRange {
+  const int* first;
+  const int* last;
+  const int* begin() const { return first; }
+  const int* end() const { return last; }
+};
+
+// While nothing changes it, any number of threads may ask. Memory: SumRows and O(n).
 class SubtreeSums {
  public:
-  // Takes the distances of n taxa in fixed point; no tree is set yet.
-  // Requires: n >= 4; a symmetric matrix of finite numbers (its diagonal is not read).  Cost: n^2.
-  SubtreeSums(int n, const double* const* distances);
+  // Takes the distances of n taxa; no tree is set yet.
+  // Requires: what SumRows does.  Cost: n^2.
+  SubtreeSums(int count, const double* const* distances, Precision precision = Precision::kDouble);
 
   // The same of a tree whose leaves stand for so many taxa each, from the sums of distances between them.
-  SubtreeSums(const std::vector<int>& leaves, const double* const* sums);
+  SubtreeSums(const std::vector<int>& leaves, const double* const* sums,
+              Precision precision = Precision::kDouble);
 
   int Taxa() const { return n_; }
   int AllLeaves() const { return all_; }
@@ -113,21 +122,27 @@ class SubtreeSums {
 
   // Sums as plain numbers, for searches that rank: S(below node, all else), S(left(node), right(node))
   // and S(left(node), sibling(node)); the latter for internal nodes only.
-  double Outward(int node) const { return ToDouble(Outward(At(node))) * unit_; }
-  double Between(int node) const { return ToDouble(At(node).between) * unit_; }
-  double Across(int node) const { return ToDouble(At(node).across) * unit_; }
+  double Outward(int node) const { return ToDouble(Outward(At(node))) * rows_.Unit(); }
+  double Between(int node) const { return ToDouble(At(node).between) * rows_.Unit(); }
+  double Across(int node) const { return ToDouble(At(node).across) * rows_.Unit(); }
 
   // S(left(u), left(v)) of the root's children u and v.
-  double Central() const { return ToDouble(central_) * unit_; }
+  double Central() const { return ToDouble(central_) * rows_.Unit(); }
 
-  // S(below x, below y) of disjoint subtrees.  Cost: the leaves of the smaller one.
-  double Between(int x, int y) const { return ToDouble(Gather(x, y)) * unit_; }
+  // Sum of the distances from some leaves to all below `node`.  Cost: their number.
+  double ToLeaves(int node, LeafRange leaves) const {
+    return ToDouble(SumOfRow(node, leaves)) * rows_.Unit();
+  }
 
-  // S(below x, all that is not below y), with x below y.  Cost: the leaves below x.
-  double Beyond(int x, int y) const;
+  // S(below x, all that is not below y), with x below y.  Cost: the leaves below x, which are named.
+  double Beyond(int x, LeafRange below_x, int y) const {
+    return ToDouble(At(x).total - SumOfRow(y, below_x)) * rows_.Unit();
+  }
 
   // Sum of the distances from a leaf to all leaves below `node`.
-  double ToLeaf(int node, int leaf) const { return static_cast<double>(Row(node)[leaf]) * unit_; }
+  double ToLeaf(int node, int leaf) const {
+    return static_cast<double>(rows_.At(node, leaf)) * rows_.Unit();
+  }
 
   // Least-squares length of the edge above a leaf, with A all that is not below its parent and B
   // its sibling: (D(i,A) + D(i,B) - D(A,B)) / 2.  Cost: constant.
@@ -135,7 +150,6 @@ class SubtreeSums {
 
  private:
   __extension__ using Sum = __int128;
-  using Fixed = std::int64_t;
 
   struct Node {
     int parent = -1, left = -1, right = -1, leaves = 1;
@@ -144,17 +158,19 @@ class SubtreeSums {
 
   Node& At(int node) { return nodes_[Index(node)]; }
   const Node& At(int node) const { return nodes_[Index(node)]; }
-  Fixed* Row(int node) const { return rows_.get() + Index(node) * Columns(); }
-  std::size_t Columns() const { return Index(n_); }
 
   // The mean distance of a sum over x times y pairs.
-  double Average(Sum sum, double x, double y) const { return ToDouble(sum) * unit_ / (x * y); }
+  double Average(Sum sum, double x, double y) const {
+    return ToDouble(sum) * rows_.Unit() / (x * y);
+  }
   static double ToDouble(Sum sum);
 
   // S(x, everything that is not below x).
   Sum Outward(const Node& x) const { return x.total - 2 * x.within; }
-  Sum Gather(int x, int y) const;  // S(x, y) from the rows
-  Sum SumOfRow(const Fixed* row, int x) const;
+  Sum Gather(int x, int y);  // S(x, y) from the rows
+  template <typename Row>
+  Sum SumBelow(int x, Row row);
+  Sum SumOfRow(int node, LeafRange leaves) const;
   void RemakeLeafSet(int node);  // row, leaves, total and within, from the children and `between`
   void RemakeAcross(int node);
   void RemakeCentral();
@@ -162,17 +178,15 @@ class SubtreeSums {
   Quartet AroundCentralEdge() const;
 
   int n_;
-  int all_ = 0;              // leaves of the whole tree
-  double unit_;              // value of one fixed-point unit, a power of two
-  std::vector<Node> nodes_;  // by id 0..2n-2
-  LargeTable<Fixed> rows_;   // 2n-2 rows of n; the first n are the distances
-  Sum central_ = 0;          // S(left(left(root)), left(right(root)))
-  void (*add_rows_)(const Fixed*, const Fixed*, Fixed*, std::size_t);
+  int all_ = 0;               // leaves of the whole tree
+  std::vector<Node> nodes_;   // by id 0..2n-2
+  SumRows rows_;              // by id 0..2n-3
+  Sum central_ = 0;           // S(left(left(root)), left(right(root)))
   std::vector<int> pending_;  // nodes given children since the last Update
   std::vector<char> dirty_;   // by id: on the way from a pending node to the root
   std::vector<int> order_;    // dirty nodes, parents first
   std::vector<int> changed_edges_;
-  mutable std::vector<int> stack_;  // of the leaf walk
+  std::vector<int> stack_;  // of the leaf walk
 };
 
 }  // namespace zorvek

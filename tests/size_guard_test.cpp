@@ -25,16 +25,18 @@ TEST(SizeGuard, RefusesWhatCannotFitAndNamesWhatWould) {
             "x: 20000 taxa need 16 GB of memory, and the machine has 10 GB; with --criterion ols "
             "they fit");
   options.search.criterion = Criterion::kOls;
-  EXPECT_EQ(Refusal(options, 20000, 9e9),
-            "x: 20000 taxa need 9.6 GB of memory, and the machine has 9.0 GB; with --search none "
-            "they fit");
+  EXPECT_EQ(Refusal(options, 20000, 8e9), "");
   EXPECT_EQ(
       Refusal(options, 20000, 4e9),
-      "x: 20000 taxa need 9.6 GB of memory, and the machine has 4.0 GB; leave out taxa or take "
+      "x: 20000 taxa need 4.8 GB of memory, and the machine has 4.0 GB; leave out taxa or take "
       "a larger machine");
+  EXPECT_EQ(Refusal(options, 3900, 3.6e8),
+            "x: 3900 taxa need 0.4 GB of memory, and the machine has 0.4 GB; with --search none "
+            "they fit");
+  options.search.criterion = Criterion::kBalanced;
   options.search.starts = options.search.threads = 8;
   EXPECT_EQ(Refusal(options, 10000, 8e9),
-            "x: 10000 taxa need 14 GB of memory, and the machine has 8.0 GB; with --threads 1 they "
+            "x: 10000 taxa need 30 GB of memory, and the machine has 8.0 GB; with --threads 1 they "
             "fit");
   EXPECT_EQ(Refusal(options, 10000, 0), "");  // nobody knows
 }

@@ -76,12 +76,16 @@ TEST_F(WideProgramTest, ReadsTheSameAlignmentFromEveryFormat) {
     EXPECT_EQ(Tree(name), tree) << name;
   }
   EXPECT_EQ(Tree("--format=phylip turn.phy --distances m --output o"), tree);
-  EXPECT_EQ(Tree("--matrix m"), tree);
+  // The taxa of a matrix stand in another order in the search, which rounding knows.
+  const auto rounded = [](const string& text) {
+    return std::regex_replace(text, std::regex("(\\.[0-9]{12})[0-9]+"), "$1");
+  };
+  EXPECT_EQ(rounded(Tree("--matrix m")), rounded(tree));
   Shell("gzip -c plain.fa > plain.fa.gz; gzip -c data.nex > data.nex.gz; mkfifo pipe");
   Shell("(gzip -c plain.fa > pipe &)");
   for (const char* arguments :
        {"plain.fa.gz", "data.nex.gz", "- < plain.fa.gz", "- < m --matrix", "pipe"}) {
-    EXPECT_EQ(Tree(arguments), tree) << arguments;
+    EXPECT_EQ(rounded(Tree(arguments)), rounded(tree)) << arguments;
   }
   Shell("head -c 90 plain.fa.gz > cut.gz");
   EXPECT_TRUE(

@@ -16,8 +16,10 @@
 #include "core/index.h"
 #include "tests/data.h"
 #include "tests/trees.h"
+#include "wide/criterion/fitted_tree.h"
 #include "wide/criterion/ols_neighbourhood.h"
 #include "wide/distance/vertex_cover.h"
+#include "wide/search/descent.h"
 #include "wide/search/identical.h"
 #include "wide/search/neighbour_joining.h"
 #include "zorvek/search.h"
@@ -196,6 +198,7 @@ TEST(OlsNeighbourhood, FindsEveryPlaceWithItsGainAndLength) {
       for (int node = taxa_count; node < 2 * taxa_count - 2; ++node) {
         for (const int subtree : tree.Current().At(node)) {
           found.clear();
+          tree.Scan();
           tree.SprMoves(node, subtree, -1e9, found);
           places += static_cast<int>(found.size());
           std::vector<double> promised;
@@ -216,6 +219,31 @@ TEST(OlsNeighbourhood, FindsEveryPlaceWithItsGainAndLength) {
       ASSERT_EQ(places, 4 * (taxa_count - 2) * (taxa_count - 3));
       if (!found.empty()) tree.Apply(found[generator() % found.size()]);
     }
+  }
+}
+
+// Distances in units as coarse as single precision has them for 20,000 taxa lead to trees as good, and
+// sums that fit into 32 bits are the same as in 64.
+TEST(OlsNeighbourhood, IsAsGoodInSinglePrecision) {
+  constexpr int kTaxa = 150;
+  for (const double noise : {0.05, 0.5}) {
+    const DistanceMatrix fine =
+        zorvek::test::Matrix(kTaxa, zorvek::test::TreeLikeDistances(kTaxa, noise, 1));
+    const DistanceMatrix coarse = zorvek::test::Matrix(kTaxa, [&](int i, int j) {
+      return std::ldexp(std::round(std::ldexp(fine(i, j), 16)), -16);
+    });
+    const auto found = [&](const DistanceMatrix& distances, Precision precision) {
+      Descent descent(std::make_unique<OlsNeighbourhood>(JoinNeighbours(kTaxa, fine.Rows()),
+                                                         distances.Rows(), precision));
+      descent.BySpr([](double) { return false; });
+      const double length = descent.Around().Length();
+      return std::pair(length,
+                       Fit(Criterion::kOls, descent.Around().Current(), fine.Rows()).length);
+    };
+    const auto [length, single] = found(coarse, Precision::kSingle);
+    EXPECT_EQ(found(coarse, Precision::kDouble).first, length);
+    EXPECT_NEAR(single, length, 1e-4 * length);
+    EXPECT_LT(single, found(fine, Precision::kDouble).second * (1 + 1e-6));
   }
 }
 

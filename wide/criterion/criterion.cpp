@@ -14,7 +14,9 @@ std::unique_ptr<Neighbourhood> MakeNeighbourhood(Criterion criterion, const Topo
     case Criterion::kBalanced:
       return std::make_unique<BalancedNeighbourhood>(topology, distances, threads, taxa);
     case Criterion::kOls:
-      return std::make_unique<OlsNeighbourhood>(topology, distances);
+      return std::make_unique<OlsNeighbourhood>(
+          topology, distances,
+          topology.taxa < kSinglePrecision ? Precision::kDouble : Precision::kSingle, threads);
   }
   throw std::logic_error("no such criterion");
 }

@@ -1,12 +1,13 @@
 #include "wide/criterion/fitted_tree.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <vector>
 
 #include "core/index.h"
 #include "wide/criterion/balanced_lengths.h"
-#include "wide/criterion/criterion.h"
 #include "wide/criterion/numbering.h"
+#include "wide/criterion/ols_lengths.h"
 #include "wide/data/topology.h"
 
 namespace zorvek::wide {
@@ -23,33 +24,33 @@ void ClearRounding(const double* const* distances, Tree& tree) {
   ClearRounding(kRounding * largest, tree);
 }
 
-FittedTree FitBalanced(const Topology& topology, const double* const* distances) {
-  const std::vector<double> lengths = BalancedLengths(topology, distances);
+// By node, the length of the edge on the way to taxon 0.
+std::vector<double> Lengths(Criterion criterion, const Topology& topology,
+                            const double* const* distances) {
+  switch (criterion) {
+    case Criterion::kBalanced:
+      return BalancedLengths(topology, distances);
+    case Criterion::kOls:
+      return OlsLengths(topology, distances);
+  }
+  throw std::logic_error("no such criterion");
+}
+
+}  // namespace
+
+FittedTree Fit(Criterion criterion, const Topology& topology, const double* const* distances) {
+  const std::vector<double> lengths = Lengths(criterion, topology, distances);
   const Numbering numbering = NumberNodes(topology);
   FittedTree fitted;
   fitted.tree = MakeTree(topology, [&](int u, int v) {
     const bool above = u == 0 || (v != 0 && numbering.row[Index(u)] > numbering.row[Index(v)]);
     return lengths[Index(above ? v : u)];
   });
-  for (const double length : lengths) fitted.length += length;
+  for (const double length : lengths) {
+    fitted.length += criterion == Criterion::kOls ? std::max(length, 0.0) : length;
+  }
   ClearRounding(distances, fitted.tree);
   return fitted;
-}
-
-}  // namespace
-
-FittedTree Fitted(Neighbourhood& neighbourhood, const double* const* distances) {
-  FittedTree fitted;
-  fitted.tree = MakeTree(neighbourhood.Current(),
-                         [&](int u, int v) { return neighbourhood.EdgeLength(u, v); });
-  fitted.length = neighbourhood.Length();
-  ClearRounding(distances, fitted.tree);
-  return fitted;
-}
-
-FittedTree Fit(Criterion criterion, const Topology& topology, const double* const* distances) {
-  if (criterion == Criterion::kBalanced) return FitBalanced(topology, distances);
-  return Fitted(*MakeNeighbourhood(criterion, topology, distances), distances);
 }
 
 }  // namespace zorvek::wide

@@ -56,15 +56,19 @@ double Largest(int n, const double* const* distances) {
 
 }  // namespace
 
-OlsNeighbourhood::OlsNeighbourhood(const Topology& topology, const double* const* distances)
-    : OlsNeighbourhood(OlsTree(topology, distances), topology.Nodes(),
-                       Largest(topology.taxa, distances)) {}
+OlsNeighbourhood::OlsNeighbourhood(const Topology& topology, const double* const* distances,
+                                   Precision precision, int threads)
+    : OlsNeighbourhood(OlsTree(topology, distances, precision), topology.Nodes(),
+                       Largest(topology.taxa, distances)) {
+  UseThreads(threads);
+}
 
 OlsNeighbourhood::OlsNeighbourhood(OlsTree tree, int closed, double largest_distance)
     : tree_(std::move(tree)),
       closed_(closed),
       largest_(largest_distance),
-      inverse_(Index(tree_.Taxa() + 1)) {
+      inverse_(Index(tree_.Taxa() + 1)),
+      walkers_(1) {
   for (std::size_t k = 1; k < inverse_.size(); ++k) inverse_[k] = 1 / static_cast<double>(k);
 }
 
@@ -73,73 +77,89 @@ std::unique_ptr<Neighbourhood> OlsNeighbourhood::Contracted(
   return std::make_unique<OlsSector>(topology, subtrees, tree_, largest_);
 }
 
-bool OlsNeighbourhood::BestSpr(int holder, int subtree, SprMove& best, int) {
-  found_.clear();
-  SprMoves(holder, subtree, Margin(), found_);
-  const std::size_t judged = std::min(kJudged, found_.size());
-  std::partial_sort(found_.begin(), found_.begin() + static_cast<std::ptrdiff_t>(judged),
-                    found_.end(),
+void OlsNeighbourhood::Scan() {
+  length_ = Length();
+  margin_ = Margin();
+  negative_ = tree_.NegativeLength();
+}
+
+bool OlsNeighbourhood::BestSpr(int holder, int subtree, SprMove& best, int thread) {
+  Walker& walker = walkers_[Index(thread)];
+  FindMoves(holder, subtree, margin_, walker);
+  std::vector<SprMove>& found = walker.found;
+  const std::size_t judged = std::min(kJudged, found.size());
+  std::partial_sort(found.begin(), found.begin() + static_cast<std::ptrdiff_t>(judged), found.end(),
                     [](const SprMove& x, const SprMove& y) { return x.gain > y.gain; });
-  return Judge(judged, best);
+  return Judge(judged, walker, best);
 }
 
 // The subtree at u goes to the other side of v, beside the one subtree there or the other.
 bool OlsNeighbourhood::BestNni(int u, int v, SprMove& best) {
+  Scan();
   const int subtree = Current().Others(u, v).second;
-  tree_.Begin(u, subtree, walk_);
-  walk_.behind[Index(v)] = u;
+  Walker& walker = walkers_[0];
+  tree_.Begin(u, subtree, walker.walk);
+  walker.walk.behind[Index(v)] = u;
   const auto [f, g] = Current().Others(v, u);
-  found_ = {{u, subtree, v, f}, {u, subtree, v, g}};
-  return Judge(2, best);
+  walker.found = {{u, subtree, v, f}, {u, subtree, v, g}};
+  return Judge(2, walker, best);
 }
 
-// The best of the first moves in found_ by the length they give, if that is shorter.
-bool OlsNeighbourhood::Judge(std::size_t count, SprMove& best) {
-  const double before = Length();
-  double shortest = before - Margin();
+// The best of the first moves that were found by the length they give, if that is shorter.
+bool OlsNeighbourhood::Judge(std::size_t count, const Walker& walker, SprMove& best) const {
+  double shortest = length_ - margin_;
   bool any = false;
   for (std::size_t i = 0; i < count; ++i) {
-    const double length = LengthAfter(found_[i]);
+    const SprMove& move = walker.found[i];
+    const double length = length_ + OlsSprLength(tree_, walker.walk, move).Change();
     if (length >= shortest) continue;
     shortest = length;
-    best = found_[i];
-    best.gain = before - length;
+    best = move;
+    best.gain = length_ - length;
     any = true;
   }
   return any;
 }
 
 double OlsNeighbourhood::LengthAfter(const SprMove& move) {
-  return Length() + OlsSprLength(tree_, walk_, move).Change();
+  return Length() + OlsSprLength(tree_, walkers_[0].walk, move).Change();
+}
+
+void OlsNeighbourhood::SprMoves(int holder, int subtree, double margin,
+                                std::vector<SprMove>& found) {
+  FindMoves(holder, subtree, margin, walkers_[0]);
+  found.insert(found.end(), walkers_[0].found.begin(), walkers_[0].found.end());
 }
 
 // A move whose raw gain is a loss of more than all negative lengths together cannot shorten the sum of
 // the positive ones.
-void OlsNeighbourhood::SprMoves(int holder, int subtree, double margin,
-                                std::vector<SprMove>& found) {
-  tree_.Begin(holder, subtree, walk_);
-  const double least = margin - tree_.NegativeLength();
+void OlsNeighbourhood::FindMoves(int holder, int subtree, double margin, Walker& walker) const {
+  tree_.Begin(holder, subtree, walker.walk);
+  walker.found.clear();
+  const double least = margin - negative_;
   const auto [a, b] = Current().Others(holder, subtree);
   for (const int start : {a, b}) {
-    if (!Ends(start)) stack_.push_back({start, holder, 0});
+    if (!Ends(start)) walker.open.push_back({start, holder, 0});
   }
-  while (!stack_.empty()) {
-    const Step step = stack_.back();
-    stack_.pop_back();
-    walk_.behind[Index(step.node)] = step.behind;
+  while (!walker.open.empty()) {
+    const Step step = walker.open.back();
+    walker.open.pop_back();
+    walker.walk.behind[Index(step.node)] = step.behind;
     const auto [f, g] = Current().Others(step.node, step.behind);
-    const Quartet around = AroundNode(tree_, walk_, inverse_, step.node, f, g);
-    Advance(step, f, around, least, found);
-    Advance(step, g, Turned(around), least, found);
+    const Quartet around = AroundNode(tree_, walker.walk, inverse_, step.node, f, g);
+    Advance(step, f, around, least, walker);
+    Advance(step, g, Turned(around), least, walker);
   }
 }
 
 // The NNI that takes w on into the edge from step.node to `ahead`, the subtree there being C.
 void OlsNeighbourhood::Advance(const Step& step, int ahead, const Quartet& around, double least,
-                               std::vector<SprMove>& found) {
+                               Walker& walker) const {
   const double gain = step.gain + InterchangeGain(around);
-  if (gain > least) found.push_back({walk_.holder, walk_.subtree, step.node, ahead, gain});
-  if (!Ends(ahead)) stack_.push_back({ahead, step.node, gain});
+  if (gain > least) {
+    walker.found.push_back({walker.walk.holder, walker.walk.subtree, step.node, ahead, gain});
+  }
+  if (!Ends(ahead)) walker.open.push_back({ahead, step.node, gain});
 }
 
 }  // namespace zorvek::wide

@@ -27,14 +27,18 @@
 
 namespace zorvek::wide {
 
-// Memory: 16 n^2 bytes.
+// Memory: 16 n^2 bytes, 4 n^2 in single precision.
 class OlsNeighbourhood : public Neighbourhood {
  public:
-  // Requires: n >= 4.  Cost: n^2.
-  OlsNeighbourhood(const Topology& topology, const double* const* distances);
+  // Requires: what OlsTree does.  Cost: n^2.
+  OlsNeighbourhood(const Topology& topology, const double* const* distances,
+                   Precision precision = Precision::kDouble, int threads = 1);
 
   // The same of a tree in which moves are not to reach into the subtrees at the nodes `closed` and above.
   OlsNeighbourhood(OlsTree tree, int closed, double largest_distance);
+
+  int Threads() const override { return static_cast<int>(walkers_.size()); }
+  void UseThreads(int threads) override { walkers_.resize(Index(threads)); }
 
   // Cost: n, and n for each node at or above a changed one.
   void Set(const Topology& topology) override { tree_.Set(topology); }
@@ -47,7 +51,7 @@ class OlsNeighbourhood : public Neighbourhood {
   // 1e-12 of the length or of the largest distance: where edges are negative, there may be no length left.
   double Margin() override { return std::max(Length(), largest_) * kShorter; }
 
-  void Scan() override {}
+  void Scan() override;
 
   // Judges the most promising moves by the length they give.
   // Cost: constant for each edge outside the subtree, and LengthAfter of a few.
@@ -57,7 +61,7 @@ class OlsNeighbourhood : public Neighbourhood {
   // Cost: LengthAfter of two moves.
   bool BestNni(int u, int v, SprMove& best) override;
 
-  // Appends the SPR moves of the subtree `subtree` held by `holder` that may shorten the tree by more
+  // After Scan(), appends the SPR moves of the subtree `subtree` held by `holder` that may shorten the tree by more
   // than `margin`, with the gains by which they are ranked, in the order of the walk.
   // Cost: constant for each edge outside the subtree.
   void SprMoves(int holder, int subtree, double margin, std::vector<SprMove>& found);
@@ -87,18 +91,25 @@ class OlsNeighbourhood : public Neighbourhood {
     double gain;
   };
 
+  // What a thread works on.
+  struct Walker {
+    SprWalk walk;
+    std::vector<Step> open;
+    std::vector<SprMove> found;
+  };
+
   bool Ends(int node) const { return Current().IsLeaf(node) || node >= closed_; }
-  bool Judge(std::size_t count, SprMove& best);
+  void FindMoves(int holder, int subtree, double margin, Walker& walker) const;
   void Advance(const Step& step, int ahead, const Quartet& around, double least,
-               std::vector<SprMove>& found);
+               Walker& walker) const;
+  bool Judge(std::size_t count, const Walker& walker, SprMove& best) const;
 
   OlsTree tree_;
   int closed_;
-  double largest_;  // distance
-  SprWalk walk_;
-  std::vector<double> inverse_;  // 1 / k
-  std::vector<Step> stack_;
-  std::vector<SprMove> found_;
+  double largest_;                                 // distance
+  double length_ = 0, margin_ = 0, negative_ = 0;  // of the tree when Scan() was called
+  std::vector<double> inverse_;                    // 1 / k
+  std::vector<Walker> walkers_;                    // by thread
 };
 
 }  // namespace zorvek::wide

@@ -11,6 +11,8 @@ OlsTree::OlsTree(const Topology& topology, SubtreeSums sums)
     : topology_(topology),
       sums_(std::move(sums)),
       place_(Index(2 * topology.taxa - 1)),
+      first_leaf_(place_.size()),
+      last_leaf_(place_.size()),
       leaves_(place_.size()),
       outward_(place_.size()),
       between_(place_.size()),
@@ -46,17 +48,27 @@ void OlsTree::Follow() {
   const auto [first, second] = topology_.root;
   adopt(sums_.Root(), first, second);
   order_.clear();
+  leaf_order_.clear();
   stack_.assign({{second, first}, {first, second}});
   while (!stack_.empty()) {
     const auto [node, behind] = stack_.back();
     stack_.pop_back();
     place_[Index(node)] = static_cast<int>(order_.size());
     order_.push_back(node);
-    if (topology_.IsLeaf(node)) continue;
+    first_leaf_[Index(node)] = static_cast<int>(leaf_order_.size());
+    if (topology_.IsLeaf(node)) {
+      leaf_order_.push_back(node);
+      continue;
+    }
     const auto [left, right] = topology_.Others(node, behind);
     adopt(node, left, right);
     stack_.emplace_back(right, node);
     stack_.emplace_back(left, node);
+  }
+  for (auto node = order_.rbegin(); node != order_.rend(); ++node) {
+    int& last = last_leaf_[Index(*node)];
+    last = topology_.IsLeaf(*node) ? first_leaf_[Index(*node)] + 1
+                                   : last_leaf_[Index(sums_.Right(*node))];
   }
   sums_.Update();
   RefreshLengths();
@@ -96,15 +108,10 @@ double OlsTree::AcrossEdge(int u, int v, int a, int b) const {
 }
 
 double OlsTree::Between(Side x, Side y) const {
-  if (x.beyond) return sums_.Beyond(y.node, x.node);
-  if (y.beyond) return sums_.Beyond(x.node, y.node);
-  return sums_.Between(x.node, y.node);
-}
-
-// The place behind those of all nodes below `node`: the last of them is a leaf, on the right everywhere.
-int OlsTree::End(int node) const {
-  while (!sums_.IsLeaf(node)) node = sums_.Right(node);
-  return place_[Index(node)] + 1;
+  if (x.beyond) return sums_.Beyond(y.node, Below(y.node), x.node);
+  if (y.beyond) return sums_.Beyond(x.node, Below(x.node), y.node);
+  const bool fewer = Leaves(x) <= Leaves(y);
+  return sums_.ToLeaves((fewer ? y : x).node, Below((fewer ? x : y).node));
 }
 
 // S(X, below y) is a number of a row at a leaf y, and a sum of two of them above.
@@ -130,7 +137,8 @@ void OlsTree::Begin(int holder, int subtree, SprWalk& walk) const {
     }
   };
   const int first = place_[Index(inside)];
-  const int last = End(inside);
+  const LeafRange leaves = Below(inside);
+  const int last = place_[Index(leaves.last[-1])] + 1;  // the last node below it is a leaf
   if (!below) return pass(first, last);
   walk.to_below[Index(subtree)] = 0;
   pass(last, static_cast<int>(order_.size()));

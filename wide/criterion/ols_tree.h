@@ -37,9 +37,10 @@ struct SprWalk {
 // root on the edge between two internal nodes; `below` is away from it.
 class OlsTree {
  public:
-  // Requires: n >= 4, a symmetric matrix of finite numbers.  Cost: n^2.
-  OlsTree(const Topology& topology, const double* const* distances)
-      : OlsTree(topology, SubtreeSums(topology.taxa, distances)) {}
+  // Requires: n >= 4, a symmetric matrix of finite numbers; in single precision it outlives this, and its
+  // diagonal is 0.  Cost: n^2.
+  OlsTree(const Topology& topology, const double* const* distances, Precision precision)
+      : OlsTree(topology, SubtreeSums(topology.taxa, distances, precision)) {}
 
   // The same of sums in which no tree is set yet, leaves that stand for many taxa among them. The edge
   // above such a leaf has a length of no meaning, which is the same in every tree that has the leaf
@@ -103,12 +104,17 @@ class OlsTree {
 
  private:
   void Follow();
-  int End(int node) const;
+  LeafRange Below(int node) const {
+    return {leaf_order_.data() + first_leaf_[Index(node)],
+            leaf_order_.data() + last_leaf_[Index(node)]};
+  }
   void RefreshLengths();
 
   Topology topology_;
   SubtreeSums sums_;
-  std::vector<int> order_, place_;  // nodes in preorder, and where each stands there
+  std::vector<int> order_, place_;           // nodes in preorder, and where each stands there
+  std::vector<int> leaf_order_;              // the leaves among them
+  std::vector<int> first_leaf_, last_leaf_;  // per node, where those below it begin and end
   std::vector<double> leaves_, outward_, between_, across_;  // per node, as SubtreeSums has them
   std::vector<double> lengths_;                              // of the edge above each node
   OrderedSum positive_, negative_;

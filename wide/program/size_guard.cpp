@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "wide/criterion/criterion.h"
 #include "wide/formats/numbers.h"
-#include "wide/search/neighbour_joining.h"
 #include "zorvek/error.h"
 
 namespace zorvek::wide {
@@ -22,16 +22,28 @@ constexpr double kAlone = 0.3;          // share of it that threads cannot take 
 
 constexpr double kProgram = 16e6;  // bytes, whatever is read
 
-// For each pair of taxa: the averages or sums of the tree, or the copy of the distances that is joined.
-double BytesOfTree(const SearchSettings& search, double taxa) {
-  switch (search.criterion) {
+// For each pair of taxa: the copy of the distances that is joined.
+double BytesOfJoining(double taxa) {
+  return taxa < kSinglePrecision ? 8 : 4;
+}
+
+// And the averages or sums of the tree that is searched.
+double BytesOfTree(Criterion criterion, double taxa) {
+  switch (criterion) {
     case Criterion::kBalanced:
-      if (search.moves == Moves::kNone) return taxa < kSinglePrecision ? 8 : 4;
       return 32;
     case Criterion::kOls:
-      return 16;
+      return taxa < kSinglePrecision ? 16 : 4;
   }
   return 0;
+}
+
+// What a thread holds of these: of the first start the tree after the joining, later both.
+double BytesOfThread(const SearchSettings& search, double taxa) {
+  const double joining = BytesOfJoining(taxa);
+  if (search.moves == Moves::kNone && search.iterations == 0) return joining;
+  const double tree = BytesOfTree(search.criterion, taxa);
+  return search.starts > 1 ? tree + joining : std::max(tree, joining);
 }
 
 std::string Size(double bytes) {
@@ -73,18 +85,17 @@ Needs NeedsOf(const Options& options, double taxa, double sites, double memory) 
   const double replicates = options.bootstrap.replicates;
   Needs needs;
 
-  // A thread holds a tree under the criterion.
-  const double bytes_of_tree = squared * BytesOfTree(search, taxa);
+  const double bytes_of_thread = squared * BytesOfThread(search, taxa);
   const double searching =
       std::min<double>(threads, search.iterations > 0 ? threads : search.starts);
   const double shared = kProgram + taxa * sites + 8 * squared;
-  const double replicate = 8 * squared + bytes_of_tree;
+  const double replicate = 8 * squared + bytes_of_thread;
   needs.replicate_threads = static_cast<int>(std::min(threads, replicates));
   while (memory > 0 && needs.replicate_threads > 1 &&
          shared + needs.replicate_threads * replicate > memory) {
     --needs.replicate_threads;
   }
-  needs.bytes = shared + std::max(searching * bytes_of_tree, needs.replicate_threads * replicate);
+  needs.bytes = shared + std::max(searching * bytes_of_thread, needs.replicate_threads * replicate);
 
   const double pair = options.model.model == Model::kSpectral ? kSpectralPair : kPair;
   const double distances = sites > 0 ? squared / 2 * (pair + kPairSite * sites) : 0;

@@ -10,10 +10,6 @@
 
 namespace zorvek::wide {
 
-// Taxa from which on a search joins its starting trees in single precision: their distances are no surer
-// than to three digits or four.
-constexpr int kSinglePrecision = 4000;
-
 struct Joining {
   Joining() = default;
   Joining(double greedy_share, std::mt19937_64* random) : greedy(greedy_share), generator(random) {}

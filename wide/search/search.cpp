@@ -91,10 +91,7 @@ class Search {
     descents_.resize(Index(threads));
     DescendFromStarts();
     Improve();
-    // Perhaps other threads have done all the work, and what follows from the averages of a tree
-    // depends in the last bits on how it was reached.
-    if (settings_.starts > 1 || settings_.iterations > 0) Place(descents_[0], *best_);
-    return Result(descents_[0]->Around());
+    return Result();
   }
 
  private:
@@ -361,12 +358,16 @@ class Search {
     if (!gains.empty()) tree.Set(before);
   }
 
-  SearchResult Result(Neighbourhood& found) const {
-    if (distinct_.empty()) KeepTogether(identical_, found);
-    FittedTree fitted =
-        distinct_.empty() ? Fitted(found, distances_)
-                          : Fit(settings_.criterion,
-                                WithGroups(identical_, distinct_, n_, found.Current()), distances_);
+  SearchResult Result() {
+    Topology found = *best_;
+    if (!distinct_.empty()) {
+      found = WithGroups(identical_, distinct_, n_, found);
+    } else if (!identical_.empty()) {
+      Place(descents_[0], found);
+      KeepTogether(identical_, descents_[0]->Around());
+      found = descents_[0]->Around().Current();
+    }
+    FittedTree fitted = Fit(settings_.criterion, found, distances_);
     ClearWithin(identical_, fitted.tree);
     return {std::move(fitted.tree), fitted.length};
   }
