@@ -1,10 +1,5 @@
 // NEXUS files that lead the library astray, through both programs: each names the cause with its place,
 // and neither ends by a signal or takes the memory that the file announces.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
 
 #include "tests/files.h"
 #include "tests/reference_input.h"

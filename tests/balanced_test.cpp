@@ -1,12 +1,7 @@
 // The balanced criterion against its definition, and the search under it against all trees.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
 #include <numeric>
-#include <random>
-#include <vector>
 
 #include "core/index.h"
 #include "tests/data.h"

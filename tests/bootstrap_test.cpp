@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cmath>
-#include <string>
 
 #include "core/index.h"
 #include "tests/trees.h"

@@ -1,7 +1,5 @@
 #include "tests/data.h"
 
-#include <algorithm>
-#include <cmath>
 #include <numeric>
 
 #include "driver/run_state.h"

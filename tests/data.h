@@ -2,12 +2,7 @@
 #ifndef ZORVEK_TESTS_DATA_H
 #define ZORVEK_TESTS_DATA_H
 
-#include <cstdint>
-#include <functional>
-#include <random>
-#include <string>
-#include <vector>
-
+#include "tests/prelude.h"
 #include "tree/tree_table.h"
 #include "zorvek/distances.h"
 

@@ -1,13 +1,8 @@
 // The distances of zorvek-wide against their definitions in plain loops, against the run's, and through
 // the program.
-#include <gtest/gtest.h>
 
 #include <array>
-#include <cmath>
-#include <random>
 #include <regex>
-#include <string>
-#include <vector>
 
 #include "core/index.h"
 #include "tests/files.h"

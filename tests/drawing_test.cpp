@@ -1,15 +1,6 @@
 // Pictures of trees: what stands where, told by value.
-#include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <map>
-#include <random>
 #include <regex>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "core/index.h"
 #include "tests/data.h"

@@ -1,20 +1,11 @@
 // The random source, the stop rule, the tree writer, and the promise that run_state.h lists every global.
-#include <gtest/gtest.h>
 #include <ncl/ncl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cmath>
 #include <csignal>
-#include <cstdint>
-#include <random>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "driver/run.h"
 #include "driver/run_state.h"

@@ -4,8 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
+#include "tests/prelude.h"
 
 namespace zorvek::test {
 

@@ -1,11 +1,7 @@
 // Reading alignments and distance matrices from text.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <regex>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "tests/data.h"
 #include "wide/data/labels.h"

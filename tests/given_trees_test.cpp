@@ -1,5 +1,4 @@
 // Whole runs of zorvek-wide with trees given, roots chosen, and supports from several places.
-#include <gtest/gtest.h>
 
 #include "tests/wide_program.h"
 

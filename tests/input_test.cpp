@@ -1,15 +1,8 @@
 // The way from a NEXUS file to distances and candidate lists.
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include <algorithm>
-#include <cmath>
 #include <numeric>
-#include <random>
 #include <regex>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "core/pair_table.h"
 #include "driver/run_state.h"

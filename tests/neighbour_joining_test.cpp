@@ -3,12 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <functional>
 #include <memory>
-#include <random>
-#include <utility>
-#include <vector>
 
 #include "core/index.h"
 #include "tests/data.h"

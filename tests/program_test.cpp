@@ -1,16 +1,11 @@
 // Whole runs of the real program, seen as a user sees them: what it prints, the files it leaves and
 // its exit status. Searches are interrupted as soon as they have begun, so nothing here waits for
 // one.
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <regex>
 #include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "tests/files.h"
 #include "tests/reference_input.h"

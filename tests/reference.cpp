@@ -1,9 +1,5 @@
 #include "tests/reference.h"
 
-#include <algorithm>
-#include <utility>
-#include <vector>
-
 #include "driver/run_state.h"
 
 namespace zorvek::reference {

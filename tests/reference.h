@@ -4,8 +4,6 @@
 #ifndef ZORVEK_TESTS_REFERENCE_H
 #define ZORVEK_TESTS_REFERENCE_H
 
-#include <cstdint>
-
 #include "driver/mt_rand.h"
 #include "tests/data.h"
 #include "tree/tree_table.h"

@@ -2,12 +2,9 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <utility>
 
 #include "core/eigen_rg.h"
 

@@ -1,20 +1,10 @@
 // The moves that trade leaves, against the list of trials each is to make (a trial is a relabelled
 // copy of the tree, evaluated by itself, so that undoing plays no part here), and trees by neighbour
 // joining and by random pairs.
-#include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <functional>
 #include <limits>
-#include <map>
-#include <random>
 #include <regex>
 #include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "driver/run_state.h"
 #include "search/iterated_local_search.h"

@@ -2,12 +2,6 @@
 // whole against the slow reference.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <functional>
-#include <random>
-#include <vector>
-
 #include "core/ordered_sum.h"
 #include "driver/run.h"
 #include "driver/run_state.h"

@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <set>
-
 #include "core/index.h"
 #include "tests/trees.h"
 #include "wide/data/topology.h"

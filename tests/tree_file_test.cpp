@@ -3,10 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <set>
-#include <string>
-
 #include "core/index.h"
 #include "tests/trees.h"
 #include "zorvek/error.h"

@@ -1,6 +1,5 @@
 #include "tests/trees.h"
 
-#include <algorithm>
 #include <limits>
 
 #include "core/index.h"

@@ -2,13 +2,7 @@
 #ifndef ZORVEK_TESTS_TREES_H
 #define ZORVEK_TESTS_TREES_H
 
-#include <functional>
-#include <map>
-#include <random>
-#include <set>
-#include <utility>
-#include <vector>
-
+#include "tests/prelude.h"
 #include "wide/criterion/neighbourhood.h"
 #include "wide/data/topology.h"
 #include "zorvek/distances.h"

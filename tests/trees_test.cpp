@@ -1,11 +1,6 @@
 // Trees of zorvek-wide: how they hang, their roots, and how they are written.
 #include "tests/trees.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-
 #include "core/index.h"
 #include "tests/data.h"
 #include "tests/files.h"

@@ -1,11 +1,6 @@
 // The walls of the house: a room includes only what stands below it.
-#include <gtest/gtest.h>
 
 #include <filesystem>
-#include <map>
-#include <set>
-#include <string>
-#include <vector>
 
 #include "tests/files.h"
 

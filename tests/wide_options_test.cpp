@@ -1,9 +1,4 @@
 // The options of zorvek-wide: each changes what it says, and what cannot be meant is refused.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
 
 #include "tests/data.h"
 #include "tests/wide_program.h"

@@ -1,10 +1,7 @@
 // What zorvek-wide writes, where, and what stays when it is stopped.
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <regex>
-#include <string>
-#include <vector>
 
 #include "tests/wide_program.h"
 

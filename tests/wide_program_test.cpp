@@ -1,13 +1,8 @@
 // Whole runs of zorvek-wide, seen as a user sees them.
 #include "tests/wide_program.h"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <regex>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 

@@ -2,16 +2,7 @@
 // graphs and the optimum of small data by dynamic programming.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
 #include <limits>
-#include <map>
-#include <random>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "core/index.h"
 #include "tests/data.h"
