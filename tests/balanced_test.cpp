@@ -67,29 +67,22 @@ SprMove RandomMove(const Topology& tree, std::mt19937_64& generator) {
   }
 }
 
-Topology RandomTopology(const DistanceMatrix& distances, std::mt19937_64& generator) {
-  return JoinNeighbours(distances.Size(), distances.Rows(), {0, &generator});
-}
-
 // Distances of which some are 0 and some negative.
 DistanceMatrix Noise(int n, std::uint32_t seed) {
-  return zorvek::test::Matrix(n,
-                              [random = zorvek::test::RandomDistances(seed)](int i, int j) mutable {
-                                return std::max(random(i, j), 0.1) - 0.1 - (i == 1 ? 0.2 : 0);
-                              });
+  const DistanceMatrix random = test::RandomMatrix(n, seed);
+  return test::Matrix(
+      n, [&](int i, int j) { return std::max(random(i, j), 0.1) - 0.1 - (i == 1 ? 0.2 : 0); });
 }
 
 SearchResult Find(const DistanceMatrix& distances, long iterations = 0) {
-  SearchSettings settings;
-  settings.iterations = iterations;
-  return FindShortestTree(distances.Size(), distances.Rows(), settings);
+  return test::Find(distances, test::Settings(Criterion::kBalanced, iterations));
 }
 
 TEST(Balanced, KeepsItsAveragesThroughLongWalks) {
   for (const int n : {4, 5, 9, 40, 150}) {
     std::mt19937_64 generator(static_cast<std::uint64_t>(n));
     const DistanceMatrix distances = Noise(n, 1);
-    BalancedNeighbourhood tree(RandomTopology(distances, generator), distances.Rows());
+    BalancedNeighbourhood tree(test::RandomTopology(distances, generator), distances.Rows());
     for (int step = 0; step < 2000; ++step) {
       SprMove move = RandomMove(tree.Current(), generator);
       if (step % 2 == 0) {  // an NNI
@@ -121,7 +114,7 @@ TEST(Balanced, FindsTheBestPlaceOfEverySubtree) {
   for (const int n : {4, 5, 6, 9, 16}) {
     std::mt19937_64 generator(static_cast<std::uint64_t>(n));
     const DistanceMatrix distances = Noise(n, 2);
-    BalancedNeighbourhood tree(RandomTopology(distances, generator), distances.Rows());
+    BalancedNeighbourhood tree(test::RandomTopology(distances, generator), distances.Rows());
     const auto expect_best = [&](const std::vector<SprMove>& places, bool found, SprMove best) {
       double least = tree.Length() - tree.Margin();
       for (const SprMove& place : places) {
@@ -161,7 +154,7 @@ TEST(Sectors, StandForTheWholeUnderEitherCriterion) {
     std::mt19937_64 generator(1);
     const DistanceMatrix distances = Noise(200, 3);
     const auto tree =
-        MakeNeighbourhood(criterion, RandomTopology(distances, generator), distances.Rows());
+        MakeNeighbourhood(criterion, test::RandomTopology(distances, generator), distances.Rows());
     const Topology whole = tree->Current();
     const double length = tree->Length();
     const std::vector<Sector> sectors = CutIntoSectors(whole, 20, generator);
@@ -194,24 +187,16 @@ TEST(Sectors, StandForTheWholeUnderEitherCriterion) {
   }
 }
 
+// All trees of up to 8 taxa; of more those that branch and bound leaves. To add x to a tree costs
+// (D(x,U) + D(x,V) - D(U,V)) / 2, a mean over pairs i of U and j of V, and so at least half the least
+// d(x,i) + d(x,j) - d(i,j).
 TEST(Balanced, FindsTheOptimumOfSmallData) {
-  for (std::uint32_t seed = 1; seed <= 1000; ++seed) {
-    const int n = seed % 40 == 0 ? 8 : 4 + static_cast<int>(seed % 4);
-    const DistanceMatrix distances =
-        seed % 3 == 0 ? zorvek::test::Matrix(n, zorvek::test::TreeLikeDistances(n, 0.5, seed))
-                      : Noise(n, seed);
-    const auto direct = [&](const Topology& tree) { return DirectLength(tree, distances); };
-    EXPECT_NEAR(Find(distances, 20).length, test::LeastOfAll(n, direct), 1e-13) << n << " " << seed;
-  }
-}
-
-// Branch and bound over the trees of the first taxa. To add x costs (D(x,U) + D(x,V) - D(U,V)) / 2, a mean
-// over pairs i of U and j of V, and so at least half the least d(x,i) + d(x,j) - d(i,j).
-TEST(Balanced, FindsTheOptimumThatBranchAndBoundFinds) {
-  for (std::uint32_t seed = 1; seed <= 8; ++seed) {
-    const int n = 9 + static_cast<int>(seed % 2);
-    const DistanceMatrix distances =
-        zorvek::test::Matrix(n, zorvek::test::TreeLikeDistances(n, 0.3, seed));
+  for (std::uint32_t seed = 1; seed <= 1008; ++seed) {
+    const bool bounded = seed > 1000;
+    const int n = static_cast<int>(bounded ? 9 + seed % 2 : seed % 40 == 0 ? 8 : 4 + seed % 4);
+    const DistanceMatrix distances = bounded         ? test::TreeLikeMatrix(n, 0.3, seed - 1000)
+                                     : seed % 3 == 0 ? test::TreeLikeMatrix(n, 0.5, seed)
+                                                     : Noise(n, seed);
     std::vector<double> rest(Index(n + 1));  // what the taxa from x on cost at least
     for (int x = n - 1; x > 2; --x) {
       double least = HUGE_VAL;
@@ -226,6 +211,7 @@ TEST(Balanced, FindsTheOptimumThatBranchAndBoundFinds) {
     const double found = Find(distances, 20).length;
     const auto direct = [&](const Topology& tree) { return DirectLength(tree, distances); };
     const auto hopeless = [&](const Topology& tree, int next) {
+      if (!bounded) return false;
       return DirectLength(tree, distances, next) + rest[Index(next)] > found + 1e-12;
     };
     EXPECT_NEAR(found, test::LeastOfAll(n, direct, hopeless), 1e-13) << n << " " << seed;
@@ -234,37 +220,35 @@ TEST(Balanced, FindsTheOptimumThatBranchAndBoundFinds) {
 
 TEST(Balanced, OrderAndUnitOfTheDistancesDoNotMatter) {
   const int n = 60;
-  const DistanceMatrix distances =
-      zorvek::test::Matrix(n, zorvek::test::TreeLikeDistances(n, 0.3, 1));
+  const DistanceMatrix distances = test::TreeLikeMatrix(n, 0.3, 1);
   const double length = Find(distances).length;
   for (const double factor : {1e-200, 0.37, 1e200}) {
     const DistanceMatrix scaled =
-        zorvek::test::Matrix(n, [&](int i, int j) { return distances(i, j) * factor; });
+        test::Matrix(n, [&](int i, int j) { return distances(i, j) * factor; });
     EXPECT_NEAR(Find(scaled).length / factor, length, 1e-12);
   }
   std::vector<int> order(n);
   std::iota(order.begin(), order.end(), 0);
   std::mt19937 generator(1);
   std::shuffle(order.begin(), order.end(), generator);
-  const DistanceMatrix permuted = zorvek::test::Matrix(
-      n, [&](int i, int j) { return distances(order[Index(i)], order[Index(j)]); });
+  const DistanceMatrix permuted =
+      test::Matrix(n, [&](int i, int j) { return distances(order[Index(i)], order[Index(j)]); });
   EXPECT_NEAR(Find(permuted, 300).length, Find(distances, 300).length, 1e-12);
 }
 
 TEST(Balanced, TiesEndAndWhatIsNoNumberIsRefused) {
   for (const double all : {0.0, 0.1, -1.0}) {
-    const DistanceMatrix equal = zorvek::test::Matrix(30, [&](int, int) { return all; });
+    const DistanceMatrix equal = test::Matrix(30, [&](int, int) { return all; });
     EXPECT_NEAR(Find(equal, 5).length, 15 * all, 1e-14);
   }
   std::mt19937 generator(1);
   const DistanceMatrix tied =
-      zorvek::test::Matrix(50, [&](int, int) { return static_cast<double>(generator() % 3); });
+      test::Matrix(50, [&](int, int) { return static_cast<double>(generator() % 3); });
   const SearchResult found = Find(tied, 20);
   EXPECT_NEAR(found.length, TotalLength(found.tree), 1e-12);
   for (const double bad : {std::nan(""), HUGE_VAL}) {
-    const DistanceMatrix distances =
-        zorvek::test::Matrix(5, [&](int i, int j) { return i + j == 5 ? bad : 1.0; });
-    EXPECT_THROW(Find(distances), Error);
+    EXPECT_THROW(Find(test::Matrix(5, [&](int i, int j) { return i + j == 5 ? bad : 1.0; })),
+                 Error);
   }
 }
 

@@ -29,12 +29,10 @@ Tree Variant(const Tree& common, int moves, std::mt19937& generator) {
     std::swap(topology.leaf_adjacent[Index(a)], topology.leaf_adjacent[Index(b)]);
   }
   Tree tree = MakeTree(topology, [](int u, int v) { return 1 + (u + v) % 3; });
-  std::vector<bool> gone(tree.nodes.size());
   for (int node = tree.taxa; node < static_cast<int>(tree.nodes.size()); ++node) {
-    gone[Index(node)] = generator() % 8 == 0;
     if (generator() % 8 == 0) tree.nodes[Index(node)].length = generator() % 2 == 0 ? 0 : -1;
   }
-  return test::Contracted(tree, gone);
+  return test::Contracted(tree, [&](int) { return generator() % 8 == 0; });
 }
 
 // The groups of a tree, with single taxa if wanted.

@@ -28,11 +28,9 @@ TEST(WideTreeFile, WhatIsWrittenComesBack) {
   for (int trial = 0; trial < 60; ++trial) {
     const int n = 4 + trial % 12;
     Tree tree = test::RandomTree(n, generator);
-    std::vector<bool> gone(tree.nodes.size());
     Labels labels(Index(n));
     for (int node = 0; node < static_cast<int>(tree.nodes.size()); ++node) {
       tree.nodes[Index(node)].length = tree.ShownLength(node);
-      gone[Index(node)] = generator() % 4 == 0;
       if (node < n) {
         for (int k = 0; k < 12; ++k)
           labels[Index(node)] += "ab 1_'(),:;[]=-{}\"|/."[generator() % 21];
@@ -41,7 +39,7 @@ TEST(WideTreeFile, WhatIsWrittenComesBack) {
         tree.nodes[Index(node)].support = static_cast<double>(generator() % 11) / 10;
       }
     }
-    tree = Unrooted(test::Contracted(tree, gone));
+    tree = Unrooted(test::Contracted(tree, [&](int) { return generator() % 4 == 0; }));
     const Tree rooted = RootedAbove(tree, trial % n, 0.25);
     for (const std::string& text : {Newick(tree, labels) + "\n" + Newick(rooted, labels),
                                     NexusTrees({tree, rooted}, labels)}) {

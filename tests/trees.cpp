@@ -3,25 +3,45 @@
 #include <limits>
 
 #include "core/index.h"
-#include "tests/data.h"
 #include "wide/criterion/ols_neighbourhood.h"
-#include "wide/data/topology.h"
 #include "wide/search/neighbour_joining.h"
 
-namespace zorvek::wide::test {
+namespace zorvek::test {
 
-DistanceMatrix RandomMatrix(int n, std::mt19937& generator) {
-  return zorvek::test::Matrix(
-      n, zorvek::test::RandomDistances(static_cast<std::uint32_t>(generator())));
+using wide::DistanceMatrix;
+using wide::Topology;
+using WideTree = wide::Tree;
+
+DistanceMatrix RandomMatrix(int n, std::uint32_t seed) {
+  return Matrix(n, RandomDistances(seed));
 }
 
-Tree Result(const Neighbourhood& found) {
+DistanceMatrix TreeLikeMatrix(int n, double noise, std::uint32_t seed) {
+  return Matrix(n, TreeLikeDistances(n, noise, seed));
+}
+
+wide::SearchSettings Settings(wide::Criterion criterion, long iterations) {
+  wide::SearchSettings settings;
+  settings.criterion = criterion;
+  settings.iterations = iterations;
+  return settings;
+}
+
+wide::SearchResult Find(const DistanceMatrix& distances, const wide::SearchSettings& settings) {
+  return FindShortestTree(distances.Size(), distances.Rows(), settings);
+}
+
+WideTree Result(const wide::Neighbourhood& found) {
   return MakeTree(found.Current(), [&](int u, int v) { return found.EdgeLength(u, v); });
 }
 
-Tree RandomTree(int n, std::mt19937& generator) {
-  const DistanceMatrix matrix = RandomMatrix(n, generator);
-  return Result(OlsNeighbourhood(JoinNeighbours(n, matrix.Rows()), matrix.Rows()));
+WideTree RandomTree(int n, std::mt19937& generator) {
+  const DistanceMatrix matrix = RandomMatrix(n, static_cast<std::uint32_t>(generator()));
+  return Result(wide::OlsNeighbourhood(wide::JoinNeighbours(n, matrix.Rows()), matrix.Rows()));
+}
+
+Topology RandomTopology(const DistanceMatrix& distances, std::mt19937_64& generator) {
+  return wide::JoinNeighbours(distances.Size(), distances.Rows(), {0, &generator});
 }
 
 double LeastOfAll(int n, const std::function<double(const Topology&)>& length,
@@ -44,7 +64,7 @@ double LeastOfAll(int n, const std::function<double(const Topology&)>& length,
         more.leaf_adjacent[Index(next)] = node;
         more.adjacent[Index(node - n)] = {u, v, next};
         if (next + 1 < n) {
-          if (hopeless && hopeless(more, next + 1)) continue;
+          if (hopeless(more, next + 1)) continue;
           open.emplace_back(more, next + 1);
           continue;
         }
@@ -65,40 +85,16 @@ std::set<int> WithoutFirst(const std::set<int>& side, int n) {
   return others;
 }
 
-namespace {
-
-std::vector<std::set<int>> Below(const Tree& tree) {
-  std::vector<std::set<int>> below(tree.nodes.size());
-  for (auto node = tree.preorder.rbegin(); node != tree.preorder.rend(); ++node) {
-    std::set<int>& taxa = below[Index(*node)];
-    if (tree.IsTaxon(*node)) taxa.insert(*node);
-    for (const int child : tree.At(*node).children) {
-      taxa.insert(below[Index(child)].begin(), below[Index(child)].end());
-    }
-  }
-  return below;
-}
-
-}  // namespace
-
-std::vector<std::set<int>> Splits(const Tree& view) {
-  std::vector<std::set<int>> splits = Below(view);
-  for (int node = 0; node < static_cast<int>(splits.size()); ++node) {
-    std::set<int>& taxa = splits[Index(node)];
-    taxa =
-        view.IsTaxon(node) || node == view.root ? std::set<int>() : WithoutFirst(taxa, view.taxa);
-  }
-  return splits;
-}
-
-std::map<std::set<int>, std::pair<double, double>> Edges(const Tree& tree) {
+std::map<std::set<int>, std::pair<double, double>> Edges(const WideTree& tree) {
   std::map<std::set<int>, std::pair<double, double>> edges;
-  const std::vector<std::set<int>> below = Below(tree);
-  for (const int node : tree.preorder) {
-    if (node == tree.root) continue;
-    const Tree::Node& here = tree.At(node);
+  std::vector<std::set<int>> below(tree.nodes.size());
+  for (auto at = tree.preorder.rbegin(); *at != tree.root; ++at) {
+    const WideTree::Node& here = tree.At(*at);
+    std::set<int>& taxa = below[Index(*at)];
+    if (tree.IsTaxon(*at)) taxa.insert(*at);
+    below[Index(here.parent)].insert(taxa.begin(), taxa.end());
     const auto [edge, added] =
-        edges.insert({WithoutFirst(below[Index(node)], tree.taxa), {here.length, here.support}});
+        edges.insert({WithoutFirst(taxa, tree.taxa), {here.length, here.support}});
     if (added) continue;
     edge->second.first += here.length;
     if (edge->second.second != here.support) edge->second.second = -9;
@@ -106,7 +102,7 @@ std::map<std::set<int>, std::pair<double, double>> Edges(const Tree& tree) {
   return edges;
 }
 
-double PathLength(const Tree& tree, int a, int b) {
+double PathLength(const WideTree& tree, int a, int b) {
   double sum = 0;
   for (const auto& [split, edge] : Edges(tree)) {
     if (split.count(a) != split.count(b)) sum += std::max(edge.first, 0.0);
@@ -114,26 +110,25 @@ double PathLength(const Tree& tree, int a, int b) {
   return sum;
 }
 
-Tree Contracted(const Tree& tree, const std::vector<bool>& gone) {
-  Tree result;
+WideTree Contracted(const WideTree& tree, const std::function<bool(int)>& gone) {
+  WideTree result;
   result.taxa = tree.taxa;
   result.nodes.resize(Index(tree.taxa));
   std::vector<int> place(tree.nodes.size());  // the node in the result
   for (const int node : tree.preorder) {
     const int parent = node == tree.root ? -1 : place[Index(tree.At(node).parent)];
-    if (node != tree.root && !tree.IsTaxon(node) && gone[Index(node)]) {
-      place[Index(node)] = parent;
-      continue;
+    int& now = place[Index(node)] = node;
+    if (!tree.IsTaxon(node)) {
+      now = node != tree.root && gone(node) ? parent : static_cast<int>(result.nodes.size());
+      if (now == parent) continue;
+      result.nodes.emplace_back();
     }
-    place[Index(node)] = tree.IsTaxon(node) ? node : static_cast<int>(result.nodes.size());
-    if (!tree.IsTaxon(node)) result.nodes.emplace_back();
-    result.nodes[Index(place[Index(node)])] = {
-        parent, {}, tree.At(node).length, tree.At(node).support};
-    if (parent >= 0) result.nodes[Index(parent)].children.push_back(place[Index(node)]);
+    result.nodes[Index(now)] = {parent, {}, tree.At(node).length, tree.At(node).support};
+    if (parent >= 0) result.nodes[Index(parent)].children.push_back(now);
   }
   result.root = place[Index(tree.root)];
   Ladderise(result);
   return result;
 }
 
-}  // namespace zorvek::wide::test
+}  // namespace zorvek::test

@@ -12,23 +12,19 @@
 namespace zorvek::wide {
 namespace {
 
+using test::Contains;
 using test::Edges;
-using test::RandomMatrix;
 using test::RandomTree;
-using test::Splits;
-using zorvek::test::Contains;
 
 // A tree of n taxa with supports, polytomies and a few edges of length 0.
 Tree TreeWithSupports(int n, std::mt19937& generator) {
   Tree tree = RandomTree(n, generator);
-  std::vector<bool> gone(tree.nodes.size());
   for (int node = n; node < static_cast<int>(tree.nodes.size()); ++node) {
-    gone[Index(node)] = generator() % 4 == 0;
     if (node == tree.root) continue;
     tree.nodes[Index(node)].support = static_cast<double>(generator() % 65) / 64;
     if (generator() % 5 == 0) tree.nodes[Index(node)].length = 0;
   }
-  return test::Contracted(tree, gone);
+  return test::Contracted(tree, [&](int) { return generator() % 4 == 0; });
 }
 
 TEST(WideTree, RootsCarryLengthsAndSupportsToTheRightEdges) {

@@ -19,10 +19,7 @@
 namespace zorvek::wide {
 namespace {
 
-using test::RandomMatrix;
-using test::Result;
-using test::Splits;
-using test::WithoutFirst;
+constexpr Criterion kBoth[] = {Criterion::kBalanced, Criterion::kOls};
 
 // Distances far from a tree's, on which the search itself sets equal taxa apart now and then.
 TEST(WideIdentical, TaxaThatAreTheSameStayTogether) {
@@ -34,38 +31,31 @@ TEST(WideIdentical, TaxaThatAreTheSameStayTogether) {
     while (kind.size() < 4) kind.push_back(0);
     std::shuffle(kind.begin(), kind.end(), generator);
     const int n = static_cast<int>(kind.size());
-    const DistanceMatrix between = RandomMatrix(distinct, generator);
-    const DistanceMatrix distances = zorvek::test::Matrix(n, [&](int i, int j) {
-      return between(kind[static_cast<std::size_t>(i)], kind[static_cast<std::size_t>(j)]);
-    });
-    SearchSettings settings;
-    settings.criterion = trial % 2 == 0 ? Criterion::kOls : Criterion::kBalanced;
-    settings.iterations = 50;
-    const auto [view, length] = FindShortestTree(n, distances.Rows(), settings);
-    EXPECT_NEAR(length, FitTree(view, distances.Rows(), settings.criterion).length, 1e-13 * n);
-    const Groups groups = IdenticalTaxa(n, distances.Rows());
-    const std::vector<std::set<int>> splits = Splits(view);
-    for (const std::vector<int>& group : groups) {
-      const std::set<int> members = WithoutFirst({group.begin(), group.end()}, n);
-      const bool trivial = members.size() < 2 || members.size() + 1 >= kind.size();
-      EXPECT_TRUE(trivial || std::count(splits.begin(), splits.end(), members) == 1);
+    const DistanceMatrix between = test::RandomMatrix(distinct, generator());
+    const DistanceMatrix distances =
+        test::Matrix(n, [&](int i, int j) { return between(kind[Index(i)], kind[Index(j)]); });
+    const Criterion criterion = kBoth[trial % 2];
+    const auto [view, length] = test::Find(distances, test::Settings(criterion, 50));
+    EXPECT_NEAR(length, FitTree(view, distances.Rows(), criterion).length, 1e-13 * n);
+    for (const std::vector<int>& group : IdenticalTaxa(n, distances.Rows())) {
+      const auto members = test::WithoutFirst({group.begin(), group.end()}, n);
+      EXPECT_EQ(test::Edges(view).count(members), 1u);
       for (const int taxon : group) EXPECT_EQ(view.At(taxon).length, 0);
     }
   }
   // At distance 0, and yet not the same.
-  const DistanceMatrix near = zorvek::test::Matrix(4, [](int i, int j) { return i + j - 1.0; });
+  const DistanceMatrix near = test::Matrix(4, [](int i, int j) { return i + j - 1.0; });
   EXPECT_TRUE(IdenticalTaxa(4, near.Rows()).empty());
 }
 
 TEST(WideIdentical, TaxaComeTogetherWhereTheTreeIsShortest) {
   std::mt19937_64 generator(1);
-  for (int trial = 0; trial < 30; ++trial) {
-    auto random = zorvek::test::RandomDistances(static_cast<std::uint32_t>(trial));
-    const DistanceMatrix one = zorvek::test::Matrix(10, random);
+  for (std::uint32_t trial = 0; trial < 30; ++trial) {
+    const DistanceMatrix one = test::RandomMatrix(10, trial);
     const std::vector<int> group{0, 1, 2};
     const DistanceMatrix distances =
-        zorvek::test::Matrix(10, [&](int i, int j) { return j < 3 ? 0 : one(i < 3 ? 0 : i, j); });
-    OlsNeighbourhood tree(JoinNeighbours(10, distances.Rows(), {0, &generator}), distances.Rows());
+        test::Matrix(10, [&](int i, int j) { return j < 3 ? 0 : one(i < 3 ? 0 : i, j); });
+    OlsNeighbourhood tree(test::RandomTopology(distances, generator), distances.Rows());
     double least = HUGE_VAL;
     for (const int anchor : group) {
       Topology there = tree.Current();
@@ -85,22 +75,21 @@ TEST(WideIdentical, TaxaComeTogetherWhereTheTreeIsShortest) {
 TEST(WideFit, GivesTheLengthsOfAnAdditiveTree) {
   for (const double unit : {1.0, 1e200}) {
     for (const int n : {4, 5, 30}) {
-      const auto along = zorvek::test::TreeLikeDistances(n, 0, 1);
-      const auto scaled = [&](int i, int j) { return unit * std::function(along)(i, j); };
-      const DistanceMatrix given = zorvek::test::Matrix(n, scaled);
-      DistanceMatrix used = zorvek::test::Matrix(n, scaled);
+      const DistanceMatrix along = test::TreeLikeMatrix(n, 0, 1);
+      const auto scaled = [&](int i, int j) { return unit * along(i, j); };
+      const DistanceMatrix given = test::Matrix(n, scaled);
+      DistanceMatrix used = test::Matrix(n, scaled);
       std::vector<double*> rows;
       for (int i = 0; i < n; ++i) rows.push_back(used.Row(i));
-      std::vector<SearchResult> found;
-      found.push_back(JoinedTree(n, rows.data()));
-      for (const Criterion criterion : {Criterion::kBalanced, Criterion::kOls}) {
+      std::vector<SearchResult> found{JoinedTree(n, rows.data())};
+      for (const Criterion criterion : kBoth) {
         found.push_back(FitTree(found[0].tree, given.Rows(), criterion));
       }
       for (const auto& [tree, length] : found) {
         EXPECT_NEAR(length / unit, TotalLength(tree) / unit, 1e-12);
         for (int i = 0; i < n; ++i) {
           for (int j = 0; j < i; ++j) {
-            EXPECT_NEAR(test::PathLength(tree, i, j) / unit, given(i, j) / unit, 1e-12);
+            EXPECT_NEAR(test::PathLength(tree, i, j) / unit, along(i, j), 1e-12);
           }
         }
       }
@@ -110,17 +99,15 @@ TEST(WideFit, GivesTheLengthsOfAnAdditiveTree) {
 
 // Rounding makes no group, but a short edge is one.
 TEST(WideFit, ClearsEdgesThatAreRoundingAlone) {
-  for (int seed = 0; seed < 20; ++seed) {
+  for (std::uint32_t seed = 0; seed < 20; ++seed) {
     const double inner = seed % 2 == 0 ? 0 : 1e-9;
-    auto edge = zorvek::test::RandomDistances(static_cast<std::uint32_t>(seed));
+    auto edge = test::RandomDistances(seed);
     const std::vector<double> outer{edge(0, 0), edge(0, 0), edge(0, 0), edge(0, 0)};
-    const DistanceMatrix star = zorvek::test::Matrix(4, [&](int i, int j) {
+    const DistanceMatrix star = test::Matrix(4, [&](int i, int j) {
       return outer[Index(i)] + outer[Index(j)] + (i / 2 == j / 2 ? 0 : inner);
     });
-    for (const Criterion criterion : {Criterion::kBalanced, Criterion::kOls}) {
-      SearchSettings settings;
-      settings.criterion = criterion;
-      const Tree tree = FindShortestTree(4, star.Rows(), settings).tree;
+    for (const Criterion criterion : kBoth) {
+      const Tree tree = test::Find(star, test::Settings(criterion)).tree;
       EXPECT_EQ(tree.IsGroup(tree.root == 4 ? 5 : 4), inner > 0);
     }
   }
@@ -128,15 +115,14 @@ TEST(WideFit, ClearsEdgesThatAreRoundingAlone) {
 
 // There the sum of the positive lengths is all rounding.
 TEST(WideSearch, EndsWhereLengthsAreNegative) {
-  const DistanceMatrix distances = zorvek::test::Matrix(10, [](int i, int j) {
+  const DistanceMatrix distances = test::Matrix(10, [](int i, int j) {
     if (i > 7 || i + j == 13) return -1e300;
     if (j == 0) return i == 1 ? 13.0 : i == 2 ? 10.0 : 0.0;
     return i == 7 && j < 3 ? 7.0 : 0.0;
   });
-  SearchSettings settings;
+  SearchSettings settings = test::Settings(Criterion::kOls);
   settings.starts = 3;
-  settings.criterion = Criterion::kOls;
-  EXPECT_TRUE(std::isfinite(FindShortestTree(10, distances.Rows(), settings).length));
+  EXPECT_TRUE(std::isfinite(test::Find(distances, settings).length));
 }
 
 int SmallestCover(int n, const std::vector<std::pair<int, int>>& edges) {
@@ -177,29 +163,26 @@ TEST(WideVertexCover, IsSmallestOnSmallGraphsAndCoversLargeOnes) {
 }
 
 TEST(OlsNeighbourhood, FindsEveryPlaceWithItsGainAndLength) {
-  for (const int taxa_count : {4, 5, 6, 9, 16}) {
-    std::mt19937_64 generator(static_cast<std::uint64_t>(taxa_count));
-    const DistanceMatrix matrix =
-        zorvek::test::Matrix(taxa_count, zorvek::test::RandomDistances(3));
-    OlsNeighbourhood tree(JoinNeighbours(taxa_count, matrix.Rows(), {0, &generator}),
-                          matrix.Rows());
+  for (const int n : {4, 5, 6, 9, 16}) {
+    std::mt19937_64 generator(static_cast<std::uint64_t>(n));
+    const DistanceMatrix matrix = test::RandomMatrix(n, 3);
+    OlsNeighbourhood tree(test::RandomTopology(matrix, generator), matrix.Rows());
     std::vector<SprMove> found;
     for (int change = 0; change < 8; ++change) {
       int places = 0;
-      for (int node = taxa_count; node < 2 * taxa_count - 2; ++node) {
+      for (int node = n; node < 2 * n - 2; ++node) {
         for (const int subtree : tree.Current().At(node)) {
           found.clear();
           tree.Scan();
           tree.SprMoves(node, subtree, -1e9, found);
           places += static_cast<int>(found.size());
-          std::vector<double> promised;
-          for (const SprMove& move : found) promised.push_back(tree.LengthAfter(move));
           const Topology kept = tree.Current();
-          const double raw = TotalLength(Result(tree));
-          for (std::size_t i = 0; i < found.size(); ++i) {
-            tree.Apply(found[i]);
-            ASSERT_NEAR(raw - TotalLength(Result(tree)), found[i].gain, 1e-12);
-            ASSERT_NEAR(tree.Length(), promised[i], 1e-12);
+          const double raw = TotalLength(test::Result(tree));
+          for (const SprMove& move : found) {
+            const double promised = tree.LengthAfter(move);
+            tree.Apply(move);
+            ASSERT_NEAR(raw - TotalLength(test::Result(tree)), move.gain, 1e-12);
+            ASSERT_NEAR(tree.Length(), promised, 1e-12);
             ASSERT_EQ(OlsNeighbourhood(tree.Current(), matrix.Rows()).Length(), tree.Length());
             tree.Set(kept);
           }
@@ -207,7 +190,7 @@ TEST(OlsNeighbourhood, FindsEveryPlaceWithItsGainAndLength) {
       }
       // Every subtree can go into every edge but those at its node: 2 (n-2) - |its own nodes| of
       // them, which over both ends of all edges comes to 4 (n-2) (n-3).
-      ASSERT_EQ(places, 4 * (taxa_count - 2) * (taxa_count - 3));
+      ASSERT_EQ(places, 4 * (n - 2) * (n - 3));
       if (!found.empty()) tree.Apply(found[generator() % found.size()]);
     }
   }
@@ -307,17 +290,13 @@ class Optimum {
 };
 
 TEST(WideSearch, FindsTheOptimumOfSmallData) {
-  for (int taxa_count = 4; taxa_count <= 10; ++taxa_count) {
+  for (int n = 4; n <= 10; ++n) {
     for (std::uint32_t seed = 1; seed <= 6; ++seed) {
-      const DistanceMatrix matrix = zorvek::test::Matrix(
-          taxa_count, seed % 2 == 0 ? zorvek::test::RandomDistances(seed)
-                                    : zorvek::test::TreeLikeDistances(taxa_count, 0.5, seed));
-      SearchSettings settings;
-      settings.criterion = Criterion::kOls;
+      const DistanceMatrix matrix =
+          seed % 2 == 0 ? test::RandomMatrix(n, seed) : test::TreeLikeMatrix(n, 0.5, seed);
+      SearchSettings settings = test::Settings(Criterion::kOls, 1000);
       settings.seed = seed;
-      settings.iterations = 1000;
-      const double found = FindShortestTree(taxa_count, matrix.Rows(), settings).length;
-      EXPECT_NEAR(found, Optimum(matrix).Length(), 1e-12);
+      EXPECT_NEAR(test::Find(matrix, settings).length, Optimum(matrix).Length(), 1e-12);
     }
   }
 }
@@ -336,11 +315,10 @@ TEST(WideSearch, DependsOnItsSeedAndNotOnTheThreads) {
        {Case{Criterion::kBalanced, 44, 7200, 6, 4.42827783422951, 4.357771968300597},
         {Criterion::kBalanced, 150, 5100, 5, 32.33094508922142, 32.32389516777511},
         {Criterion::kOls, 40, 600, 5, 4.241488941479894, 4.121488118743256}}) {
-    const DistanceMatrix matrix = zorvek::test::Matrix(
-        now.taxa, now.taxa > 100 ? zorvek::test::TreeLikeDistances(now.taxa, 0.5, now.distances)
-                                 : zorvek::test::RandomDistances(now.distances));
-    SearchSettings settings;
-    settings.criterion = now.criterion;
+    const DistanceMatrix matrix = now.taxa > 100
+                                      ? test::TreeLikeMatrix(now.taxa, 0.5, now.distances)
+                                      : test::RandomMatrix(now.taxa, now.distances);
+    SearchSettings settings = test::Settings(now.criterion);
     settings.starts = 3;
     double least = HUGE_VAL;
     std::map<Progress::Phase, double> reached;
@@ -352,46 +330,43 @@ TEST(WideSearch, DependsOnItsSeedAndNotOnTheThreads) {
       EXPECT_LT(progress.length, least);
       least = progress.length;
     };
-    const auto find = [&] { return FindShortestTree(now.taxa, matrix.Rows(), settings); };
-    EXPECT_NEAR(find().length, now.descended, 1e-9);
+    EXPECT_NEAR(test::Find(matrix, settings).length, now.descended, 1e-9);
     EXPECT_NEAR(least, now.descended, 1e-9);
     least = HUGE_VAL;
     settings.iterations = now.iterations;
-    const SearchResult alone = find();
+    const SearchResult alone = test::Find(matrix, settings);
     EXPECT_NEAR(alone.length, now.iterated, 1e-9);
     EXPECT_NEAR(least, now.iterated, 1e-9);
     EXPECT_EQ(reached[Progress::kDescent] + reached[Progress::kIterations], 2);
     settings.on_progress = nullptr;
     settings.threads = 3;
-    const SearchResult shared = find();
+    const SearchResult shared = test::Find(matrix, settings);
     EXPECT_EQ(alone.length, shared.length);
     EXPECT_EQ(alone.tree.preorder, shared.tree.preorder);
     if (now.taxa != 44) continue;  // elsewhere another seed may find the same tree
     settings.seed += 1L << 32;
-    EXPECT_NE(find().length, alone.length);
+    EXPECT_NE(test::Find(matrix, settings).length, alone.length);
   }
 }
 
 // The descent as it is: where it is to become another one, so do these lengths.
 TEST(WideSearch, DescendsAsItDid) {
-  const int taxa_count = 60;
-  const DistanceMatrix matrix = zorvek::test::Matrix(taxa_count, zorvek::test::RandomDistances(3));
-  const auto length = [&](Criterion criterion, Moves moves) {
-    SearchSettings settings;
-    settings.criterion = criterion;
+  const DistanceMatrix matrix = test::RandomMatrix(60, 3);
+  const auto expect = [&](Criterion criterion, Moves moves, double length) {
+    SearchSettings settings = test::Settings(criterion);
     settings.moves = moves;
-    double last = std::numeric_limits<double>::infinity();
+    double last = HUGE_VAL;
     settings.on_progress = [&](const Progress& progress) {
       if (progress.phase != Progress::kDescent) return;
       EXPECT_LT(progress.length, last + 1e-9);  // every move shortens the tree
       last = progress.length;
     };
-    return FindShortestTree(taxa_count, matrix.Rows(), settings).length;
+    EXPECT_NEAR(test::Find(matrix, settings).length, length, 1e-9);
   };
-  EXPECT_NEAR(length(Criterion::kBalanced, Moves::kNni), 5.7205427971511185, 1e-9);
-  EXPECT_NEAR(length(Criterion::kBalanced, Moves::kSpr), 5.6114547471131013, 1e-9);
-  EXPECT_NEAR(length(Criterion::kOls, Moves::kNni), 6.0821337832296303, 1e-9);
-  EXPECT_NEAR(length(Criterion::kOls, Moves::kSpr), 5.8835941609730069, 1e-9);
+  expect(Criterion::kBalanced, Moves::kNni, 5.7205427971511185);
+  expect(Criterion::kBalanced, Moves::kSpr, 5.6114547471131013);
+  expect(Criterion::kOls, Moves::kNni, 6.0821337832296303);
+  expect(Criterion::kOls, Moves::kSpr, 5.8835941609730069);
 }
 
 }  // namespace
