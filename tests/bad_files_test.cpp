@@ -4,11 +4,11 @@
 #include "tests/files.h"
 #include "tests/reference_input.h"
 
+namespace zorvek::test {
 namespace {
 
+using reference::NexusFile;
 using std::string;
-using zorvek::reference::NexusFile;
-using zorvek::test::Ended;
 
 struct BadFile {
   string text;
@@ -47,7 +47,7 @@ const std::vector<BadFile> kBadFiles{
      "Unexpected end-of-file (end-of-file inside ' quoted token that started on line 2, column 2)"},
 };
 
-using BadFilesTest = zorvek::test::FolderTest;
+using BadFilesTest = FolderTest;
 
 TEST_F(BadFilesTest, EndWithTheirCauseInBothPrograms) {
 #ifdef __SANITIZE_ADDRESS__
@@ -77,3 +77,4 @@ TEST_F(BadFilesTest, EndWithTheirCauseInBothPrograms) {
 }
 
 }  // namespace
+}  // namespace zorvek::test

@@ -6,6 +6,7 @@
 #include "core/index.h"
 #include "tests/trees.h"
 #include "wide/data/topology.h"
+#include "zorvek/io.h"
 #include "zorvek/support.h"
 
 namespace zorvek::wide {
@@ -15,16 +16,11 @@ constexpr int kSites = 60;
 
 // Taxa 0..4, all the same but for one site, which has the group {3, 4}.
 Alignment OneGroup(int site) {
-  Alignment alignment;
-  alignment.labels = {"a", "b", "c", "d", "e"};
-  for (int taxon = 0; taxon < 5; ++taxon) {
-    std::string row;
-    while (row.size() < kSites) row += "ACGT";
-    if (taxon > 2) row[Index(site)] = row[Index(site)] == 'A' ? 'C' : 'G';
-    alignment.cells.emplace_back();
-    for (const char symbol : row) alignment.cells.back().push_back(StatesOf(symbol));
-  }
-  return alignment;
+  std::string row;
+  while (row.size() < kSites) row += "ACGT";
+  std::string other = row;
+  other[Index(site)] = row[Index(site)] == 'A' ? 'C' : 'G';
+  return MakeAlignment("", {"a", "b", "c", "d", "e"}, {row, row, row, other, other});
 }
 
 Tree WithTheGroup() {

@@ -2,16 +2,14 @@
 
 #include "tests/wide_program.h"
 
+namespace zorvek::test {
 namespace {
 
 using std::string;
-using zorvek::test::Contains;
-using zorvek::test::Ended;
-using zorvek::test::FindAll;
 
 const string kSupport = "\\)([0-9.]+):";
 
-class GivenTreesTest : public zorvek::test::WideProgramTest {
+class GivenTreesTest : public WideProgramTest {
  protected:
   // The distances along ((a:1,b:2):3,c:4,(d:5,e:6):7).
   GivenTreesTest() {
@@ -145,3 +143,4 @@ TEST_F(GivenTreesTest, TaxaThatAreLeftOutTakeNoSupportsAway) {
 }
 
 }  // namespace
+}  // namespace zorvek::test

@@ -10,21 +10,19 @@
 #include "tests/files.h"
 #include "tests/reference_input.h"
 
+namespace zorvek::test {
 namespace {
 
 namespace fs = std::filesystem;
+using reference::NexusFile;
 using std::regex;
 using std::string;
-using zorvek::reference::NexusFile;
-using zorvek::test::Contains;
-using zorvek::test::Ended;
-using zorvek::test::FindAll;
 
 const string kStale = "left by an earlier run\n";
 const string kDna = "DATATYPE=DNA GAP=-";
 const string kMatrix = "a ACGTACGTTA\nb ACGTACGTTC\nc ACGAACGTTG\nd ACCTACGATA\n";
 
-class ProgramTest : public zorvek::test::FolderTest {
+class ProgramTest : public FolderTest {
  protected:
   Ended Run(const string& arguments) const {
     return Shell(string(ZORVEK_PROGRAM) + " " + arguments);
@@ -178,7 +176,7 @@ TEST_F(ProgramTest, AReaderOfItsOutputMayLeave) {
 }
 
 TEST_F(ProgramTest, ATerminalShowsAProgressLineUntilTheEnd) {
-  const zorvek::test::Terminal terminal;
+  const Terminal terminal;
   if (terminal.Name().empty()) GTEST_SKIP() << "the machine lends no terminal";
   WriteExample();
   EXPECT_EQ(Interrupted("primates.nex 2>" + terminal.Name(), "sleep 1; kill -INT $!").status, 0);
@@ -194,3 +192,4 @@ TEST_F(ProgramTest, ATerminalShowsAProgressLineUntilTheEnd) {
 }
 
 }  // namespace
+}  // namespace zorvek::test

@@ -6,21 +6,18 @@
 #include "wide/program/values.h"
 #include "zorvek/io.h"
 
+namespace zorvek::test {
 namespace {
 
 using std::string;
-using zorvek::test::Contains;
-using zorvek::test::Ended;
-using zorvek::test::FindAll;
 
-class WideOptionsTest : public zorvek::test::WideProgramTest {
+class WideOptionsTest : public WideProgramTest {
  protected:
   // A matrix without any tree in it, so that each search ends elsewhere.
   void WriteNoise(int taxa) {
     std::vector<string> labels;
     for (int taxon = 0; taxon < taxa; ++taxon) labels.push_back("t" + std::to_string(taxon));
-    Write("noise", zorvek::wide::FormatSquareMatrix(
-                       labels, zorvek::test::Matrix(taxa, zorvek::test::RandomDistances(3))));
+    Write("noise", wide::FormatSquareMatrix(labels, Matrix(taxa, RandomDistances(3))));
   }
 
   // The length of the tree that is found for the noise.
@@ -111,7 +108,7 @@ TEST_F(WideOptionsTest, LimitTheTime) {
   for (const auto& [text, seconds] : std::vector<std::pair<string, double>>{
            {"90", 90}, {"90s", 90}, {"10m", 600}, {"1.5h", 5400}}) {
     double read = 0;
-    EXPECT_TRUE(zorvek::wide::ReadTime(text, read));
+    EXPECT_TRUE(wide::ReadTime(text, read));
     EXPECT_EQ(read, seconds);
   }
 }
@@ -124,12 +121,12 @@ TEST_F(WideOptionsTest, StandBeforeTheFileToo) {
 }
 
 TEST_F(WideOptionsTest, StandInTheManual) {
-  string manual = zorvek::test::Contents(ZORVEK_SOURCE_DIR "/man/zorvek-wide.1");
+  string manual = Contents(ZORVEK_SOURCE_DIR "/man/zorvek-wide.1");
   manual.erase(std::remove(manual.begin(), manual.end(), '\\'), manual.end());
   std::vector<string> names = FindAll(Run("-h").out, "(-[a-z]|--[a-z-]+)[, =]");
   EXPECT_GT(names.size(), 30u);
-  for (const auto& model : zorvek::wide::Models()) names.push_back(model.name);
-  for (const string& format : zorvek::wide::AlignmentFormats()) names.push_back(format);
+  for (const auto& model : wide::Models()) names.push_back(model.name);
+  for (const string& format : wide::AlignmentFormats()) names.push_back(format);
   for (const string& name : names) EXPECT_TRUE(Contains(manual, name)) << name;
 }
 
@@ -143,3 +140,4 @@ TEST_F(WideOptionsTest, TellTheirDefaults) {
 }
 
 }  // namespace
+}  // namespace zorvek::test

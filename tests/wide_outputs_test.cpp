@@ -5,18 +5,17 @@
 
 #include "tests/wide_program.h"
 
+namespace zorvek::test {
 namespace {
 
 namespace fs = std::filesystem;
 using std::string;
-using zorvek::test::Contains;
-using zorvek::test::Ended;
 using Names = std::vector<string>;
 
 const string kProgram = ZORVEK_WIDE_PROGRAM;
 const string kCannot = " cannot be written: ";
 
-class WideOutputsTest : public zorvek::test::WideProgramTest {
+class WideOutputsTest : public WideProgramTest {
  protected:
   WideOutputsTest() {
     Write("x.fa", ">a\nACGTACGTAC\n>b\nACGTACGTAG\n>c\nACGTTCGAAC\n>d\nACCTTCGAAC\n");
@@ -114,7 +113,7 @@ TEST_F(WideOutputsTest, FollowLinksAndKeepPermissions) {
 }
 
 TEST_F(WideOutputsTest, ShowTheirProgressOnATerminal) {
-  const zorvek::test::Terminal terminal;
+  const Terminal terminal;
   if (terminal.Name().empty()) GTEST_SKIP() << "the machine lends no terminal";
   Run("x.fa --quiet 2>" + terminal.Name());
   EXPECT_EQ(terminal.Shown(), "");
@@ -164,3 +163,4 @@ TEST_F(WideOutputsTest, HoldTheBestTreeAfterAnInterruption) {
 }
 
 }  // namespace
+}  // namespace zorvek::test

@@ -4,15 +4,11 @@
 #include <filesystem>
 #include <regex>
 
+namespace zorvek::test {
 namespace {
 
 namespace fs = std::filesystem;
 using std::string;
-using zorvek::test::Contains;
-using zorvek::test::Ended;
-using zorvek::test::FindAll;
-
-class WideProgramTest : public zorvek::test::WideProgramTest {};
 
 // 48 sites, changed (A to C to G to T to A) at some.
 string Sites(const std::vector<std::size_t>& changed) {
@@ -254,3 +250,4 @@ TEST_F(WideProgramTest, SearchesTheDeepestTreeWithASmallStack) {
 }
 
 }  // namespace
+}  // namespace zorvek::test
