@@ -18,6 +18,8 @@ constexpr std::size_t kTaxaPerMove = 50;
 
 constexpr int kScanned = 16;  // nodes that a thread looks around at a time
 
+constexpr int kTogether = 64;  // of a long queue, looked around before any of them is moved
+
 // Those of the moves, which are in order of preference, that are far enough from the ones before them not
 // to change what these gain, nor where they go: the way of each, from its holder to its new place,
 // touches no neighbour of theirs.
@@ -145,22 +147,31 @@ bool Descent::SprRound(const Poll& poll) {
 // The best SPR move around each node that has any, by decreasing gain; none when the poll says so.
 std::vector<SprMove> Descent::SprMoves(const Poll& poll) {
   const std::vector<int> nodes = InnerNodes();
+  const auto all = static_cast<double>(nodes.size());
+  std::vector<SprMove> moves = LookAround(nodes, [&](int done) { return poll(done / all); });
+  moves.erase(std::remove_if(moves.begin(), moves.end(),
+                             [](const SprMove& move) { return move.holder < 0; }),
+              moves.end());
+  SortByGain(moves);
+  return moves;
+}
+
+// The best SPR move around each of the nodes, with the holder -1 where there is none. The threads share the
+// nodes; the poll is told how many are done, and ends it with none when it says so.
+std::vector<SprMove> Descent::LookAround(const std::vector<int>& nodes,
+                                         const std::function<bool(int)>& poll) {
   const int count = static_cast<int>(nodes.size());
   std::vector<SprMove> moves(nodes.size());
   std::atomic<bool> stopped{false};
   neighbourhood_->Scan();
   ForEach((count + kScanned - 1) / kScanned, neighbourhood_->Threads(), [&](int part, int thread) {
     const int from = part * kScanned;
-    if (thread == 0 && poll(static_cast<double>(from) / count)) stopped = true;
+    if (thread == 0 && poll(from)) stopped = true;
     for (int k = from; k < std::min(from + kScanned, count) && !stopped; ++k) {
       BestAround(nodes[Index(k)], thread, moves[Index(k)]);
     }
   });
   if (stopped) return {};
-  moves.erase(std::remove_if(moves.begin(), moves.end(),
-                             [](const SprMove& move) { return move.holder < 0; }),
-              moves.end());
-  SortByGain(moves);
   return moves;
 }
 
@@ -244,20 +255,40 @@ std::vector<int> Descent::InnerNodes() const {
 bool Descent::EmptyQueue(const Poll& poll) {
   bool any = false;
   const auto all = static_cast<double>(Current().taxa - 2);
+  const auto stops = [&](int done) {
+    return poll(std::max(0.0, 1 - static_cast<double>(queue_.size() - Index(done)) / all));
+  };
   while (!queue_.empty()) {
-    if (poll(std::max(0.0, 1 - static_cast<double>(queue_.size()) / all))) {
+    const bool together = queue_.size() >= kTogether && !trying_ && !neighbourhood_->MovesAreDear();
+    const std::ptrdiff_t count = together ? kTogether : 1;
+    std::vector<int> nodes(queue_.begin(), queue_.begin() + count);
+    if (together ? !KeepMovable(nodes, stops) : stops(0)) {
       for (const int node : queue_) queued_[Index(node)] = false;
       queue_.clear();
       return false;
     }
-    const int node = queue_.front();
-    queue_.pop_front();
-    queued_[Index(node)] = false;
-    if (!ImproveAt(node)) continue;
-    Enqueue(node);
-    any = true;
+    for (std::ptrdiff_t k = 0; k < count; ++k, queue_.pop_front()) {
+      queued_[Index(queue_.front())] = false;
+    }
+    for (const int node : nodes) {
+      if (!ImproveAt(node)) continue;
+      Enqueue(node);
+      any = true;
+    }
   }
   return any;
+}
+
+// Keeps the nodes that have a move in the tree as it is. Returns whether the poll lets it.
+bool Descent::KeepMovable(std::vector<int>& nodes, const std::function<bool(int)>& poll) {
+  const std::vector<SprMove> moves = LookAround(nodes, poll);
+  if (moves.empty()) return false;
+  std::size_t kept = 0;
+  for (std::size_t k = 0; k < nodes.size(); ++k) {
+    if (moves[k].holder >= 0) nodes[kept++] = nodes[k];
+  }
+  nodes.resize(kept);
+  return true;
 }
 
 // The best of the moves of the three subtrees around a node.

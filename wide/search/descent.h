@@ -1,6 +1,6 @@
 // Descent to a local optimum by NNI and SPR moves. Where moves are dear, the whole tree is looked at in
 // rounds, and many moves are made together; else, and in what a try disturbs, moves come from a queue of the
-// nodes around which something changed.
+// nodes around which something changed. Threads share the looking, in rounds and in a long queue.
 #ifndef ZORVEK_WIDE_SEARCH_DESCENT_H
 #define ZORVEK_WIDE_SEARCH_DESCENT_H
 
@@ -49,6 +49,9 @@ class Descent {
   const Topology& Current() const { return neighbourhood_->Current(); }
   std::vector<SprMove> NniMoves();
   std::vector<SprMove> SprMoves(const Poll& poll);
+  std::vector<SprMove> LookAround(const std::vector<int>& nodes,
+                                  const std::function<bool(int)>& poll);
+  bool KeepMovable(std::vector<int>& nodes, const std::function<bool(int)>& poll);
   bool MakeTogether(const std::vector<SprMove>& moves);
   bool MakeNnisSingly(const std::vector<SprMove>& moves);
   bool SprRound(const Poll& poll);
