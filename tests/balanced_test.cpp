@@ -3,7 +3,6 @@
 
 #include <numeric>
 
-#include "core/index.h"
 #include "tests/data.h"
 #include "tests/trees.h"
 #include "wide/criterion/balanced_neighbourhood.h"

@@ -3,7 +3,6 @@
 
 #include <atomic>
 
-#include "core/index.h"
 #include "tests/trees.h"
 #include "wide/data/topology.h"
 #include "zorvek/io.h"
@@ -24,11 +23,8 @@ Alignment OneGroup(int site) {
 }
 
 Tree WithTheGroup() {
-  Topology topology(5);
-  topology.adjacent = {{0, 1, 6}, {5, 2, 7}, {6, 3, 4}};
-  topology.leaf_adjacent = {5, 5, 6, 7, 7};
-  topology.root = {5, 6};
-  return MakeTree(topology, [](int, int) { return 1; });
+  return ReadTrees(Source("", "(a:1,b:1,(c:1,(d:1,e:1):1):1);"), {"a", "b", "c", "d", "e"})
+      .trees[0];
 }
 
 // A group that rests on one site of 60 is found in as many replicates as draw that site, and in no
@@ -53,14 +49,15 @@ TEST(Bootstrap, StandsOnTheReplicatesThatAreDone) {
   settings.keep_trees = true;
   settings.search.stop = &stop;
   settings.on_done = [&](int done) { stop = done == 10; };
-  const BootstrapResult result = Bootstrap(OneGroup(kSites - 1), ModelSettings(), settings, tree);
+  const BootstrapResult result = Bootstrap(OneGroup(kSites - 1), {Model::kP, 0}, settings, tree);
   EXPECT_EQ(result.done, 10);
   EXPECT_EQ(result.trees.size(), 10u);
   int had = 0;
   for (const Tree& replicate : result.trees) {
     const auto edges = test::Edges(replicate);
-    const auto edge = edges.find({3, 4});
-    had += edge != edges.end() && edge->second.first > 0 ? 1 : 0;
+    const double length = edges.count({3, 4}) > 0 ? edges.at({3, 4}).first : 0;
+    EXPECT_NEAR(length * kSites, std::round(length * kSites), 1e-9) << "of other than 60 sites";
+    had += length > 0 ? 1 : 0;
   }
   EXPECT_GT(had, 1);
   EXPECT_EQ(test::Edges(tree).at({3, 4}).second, had / 10.0);

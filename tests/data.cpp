@@ -9,7 +9,7 @@ namespace zorvek::test {
 
 Workspace::Workspace(int taxa_count, const std::function<double(int, int)>& distance,
                      std::uint32_t seed) {
-  const auto count = static_cast<std::size_t>(taxa_count);
+  const auto count = Index(taxa_count);
   distances_.resize(count * count);
   candidates_.resize(count * (count - 1));
   for (std::size_t i = 0; i < count; ++i) {
@@ -17,13 +17,13 @@ Workspace::Workspace(int taxa_count, const std::function<double(int, int)>& dist
     candidate_rows_.push_back(&candidates_[i * (count - 1)]);
   }
   for (int i = 0; i < taxa_count; ++i) {
-    int* candidate = candidate_rows_[static_cast<std::size_t>(i)];
+    int* candidate = candidate_rows_[Index(i)];
     for (int j = 0; j < taxa_count; ++j) {
       if (j != i) *candidate++ = j;
       if (j <= i) continue;
       const double between = distance(i, j);
-      distance_rows_[static_cast<std::size_t>(i)][j] = between;
-      distance_rows_[static_cast<std::size_t>(j)][i] = between;
+      distance_rows_[Index(i)][j] = between;
+      distance_rows_[Index(j)][i] = between;
     }
   }
   n = taxa_count;
@@ -49,7 +49,7 @@ Workspace::~Workspace() {
   opt_val = t1_val = 1e8;
 }
 
-Tree::Tree(TreeTable tree) : cells_(static_cast<std::size_t>((n - 1) * kFields)) {
+Tree::Tree(TreeTable tree) : cells_(Index((n - 1) * kFields)) {
   for (int row = 0; row < n - 1; ++row) rows_.push_back(&cells_[0] + row * kFields);
   CopyTree(tree, data());
 }
@@ -70,7 +70,7 @@ std::function<double(int, int)> TreeLikeDistances(int taxa_count, double noise,
                                                   std::uint32_t seed) {
   std::mt19937 generator(seed);
   std::uniform_real_distribution<double> edge(0.01, 0.2);
-  const auto count = static_cast<std::size_t>(taxa_count);
+  const auto count = Index(taxa_count);
   std::vector<std::vector<double>> d(count, std::vector<double>(count));
   std::vector<std::vector<std::size_t>> clusters(count);
   for (std::size_t i = 0; i < count; ++i) clusters[i] = {i};
@@ -91,7 +91,7 @@ std::function<double(int, int)> TreeLikeDistances(int taxa_count, double noise,
     clusters.back().insert(clusters.back().end(), joined.begin(), joined.end());
   }
   return [d, generator, noise](int i, int j) mutable {
-    return d[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] *
+    return d[Index(i)][Index(j)] *
            (1 + noise * std::uniform_real_distribution<double>(-1, 1)(generator));
   };
 }
@@ -105,7 +105,7 @@ wide::DistanceMatrix Matrix(int taxa_count, const std::function<double(int, int)
 }
 
 void Shuffle(TreeTable tree, std::mt19937& generator) {
-  std::vector<double> open(static_cast<std::size_t>(n));
+  std::vector<double> open(Index(n));
   std::iota(open.begin(), open.end(), 0.0);
   for (int row = 0; row < n - 1; ++row) {
     std::shuffle(open.begin(), open.end(), generator);
@@ -152,7 +152,7 @@ std::vector<double> Lengths(TreeTable tree) {
 }
 
 std::string CheckTree(TreeTable tree) {
-  std::vector<int> named(static_cast<std::size_t>(2 * n - 1));
+  std::vector<int> named(Index(2 * n - 1));
   for (int row = 0; row < n - 1; ++row) {
     if (tree[row][kSelf] != n + row) return "self";
     for (const Field side : {kLeft, kRight}) {
@@ -172,7 +172,7 @@ std::string CheckTree(TreeTable tree) {
   FC(2 * n - 3, 2 * n - 4, tree);
   const std::size_t seen = temp1.size();
   temp1.clear();
-  return seen == static_cast<std::size_t>(n) ? "" : "not connected";
+  return seen == Index(n) ? "" : "not connected";
 }
 
 }  // namespace zorvek::test

@@ -4,8 +4,7 @@
 #include <array>
 #include <regex>
 
-#include "core/index.h"
-#include "tests/files.h"
+#include "tests/wide_program.h"
 #include "wide/distance/pair_distances.h"
 
 namespace zorvek::wide {
@@ -185,14 +184,10 @@ TEST(DistanceModels, SpectralIsTheRuns) {
   EXPECT_GT(undefined, 10);
 }
 
-class DistanceProgramTest : public test::FolderTest {
+class DistanceProgramTest : public test::WideProgramTest {
  protected:
-  test::Ended Run(const std::string& arguments) const {
-    return Shell(std::string(ZORVEK_WIDE_PROGRAM) + " " + arguments);
-  }
   std::vector<std::string> Lengths(const std::string& arguments) const {
-    EXPECT_EQ(Run(arguments + " --quiet --bootstrap 5 --newick n").err, "");
-    std::vector<std::string> lengths = test::FindAll(Read("n"), "(\\d*\\.?\\d*:[0-9.e-]+)");
+    auto lengths = test::FindAll(Tree(arguments + " --bootstrap 5"), "(\\d*\\.?\\d*:[0-9.e-]+)");
     std::sort(lengths.begin(), lengths.end());
     return lengths;
   }
@@ -201,27 +196,27 @@ class DistanceProgramTest : public test::FolderTest {
 TEST_F(DistanceProgramTest, OneTreeFromAnyOrderOfTheTaxaFromRnaAndWithAnyUnknown) {
   std::mt19937 random(10);
   const Alignment alignment = RandomAlignment(150, false, random);
-  std::string forward, backward, rna, unknown;
+  std::string forward, backward;
   for (std::size_t taxon = 0; taxon < 7; ++taxon) {
     std::string record = ">" + alignment.labels[taxon] + "\n";
     for (const StateSet states : alignment.cells[taxon]) record += "-ACMGRSVTWYHKDBN"[states];
     forward += record + "\n";
     backward.insert(0, record + "\n");
-    rna += std::regex_replace(record, std::regex("T"), "U") + "\n";
-    unknown +=
-        std::regex_replace(std::regex_replace(record, std::regex("N"), "?"), std::regex("K"), "X") +
-        "\n";
   }
+  const auto without = [&](char symbol, const char* other) {
+    return std::regex_replace(forward, std::regex(std::string(1, symbol)), other);
+  };
   Write("forward.fa", forward);
   Write("backward.fa", backward);
-  Write("rna.fa", rna);
-  Write("unknown.fa", unknown);
+  Write("rna.fa", without('T', "U"));
+  Write("any.fa", without('N', "?"));
+  Write("unknown.fa", without('K', "X"));
   for (const ModelRow& row : Models()) {
     if (row.formula == nullptr) continue;
     const std::string model = std::string(" --model ") + row.name;
     const std::vector<std::string> lengths = Lengths("forward.fa" + model);
     EXPECT_EQ(lengths.size(), 11u);
-    for (const char* file : {"backward.fa", "rna.fa", "unknown.fa"}) {
+    for (const char* file : {"backward.fa", "rna.fa", "any.fa", "unknown.fa"}) {
       EXPECT_EQ(Lengths(file + model), lengths) << file << model;
     }
   }
@@ -246,10 +241,9 @@ TEST_F(DistanceProgramTest, GivesSaturatedPairsAStandInAndTellsSo) {
   EXPECT_EQ(test::FindAll(Read("d"), "\nc +(0\\.0517\\S*) 0\\.0517\\S* 0 0\\.0517").size(), 1u)
       << Read("d");
   Write("y.fa", ">a\nAAAA\n>b\nCCCC\n>c\nGGGG\n>d\nTTTT\n");
-  EXPECT_EQ(
-      Run("y.fa --model jc69").err,
-      "zorvek-wide: y.fa: all pairs of taxa are too far apart for jc69; check that the sequences "
-      "are aligned\n");
+  EXPECT_EQ(Run("y.fa --model jc69").err,
+            "zorvek-wide: y.fa: all pairs of taxa are too far apart for jc69; check that the "
+            "sequences are aligned\n");
   EXPECT_EQ(Run("x.fa --model logdet --gamma 1").err,
             "zorvek-wide: --gamma does nothing without one of the models jc69 k80 f81 tn93; see "
             "zorvek-wide --help\n");

@@ -2,7 +2,6 @@
 
 #include <regex>
 
-#include "core/index.h"
 #include "tests/data.h"
 #include "tests/files.h"
 #include "wide/drawing/canvas.h"
@@ -296,7 +295,7 @@ TEST(Picture, APageHoldsTheTree) {
   EXPECT_EQ(parents[0], -1);
   for (std::size_t k = 1; k < parents.size(); ++k) {
     const int node = tree.preorder[k];
-    const auto above = static_cast<std::size_t>(parents[k]);
+    const auto above = Index(parents[k]);
     EXPECT_EQ(tree.preorder[above], tree.At(node).parent);
     EXPECT_NEAR(depths[k] - depths[above], tree.ShownLength(node), 1e-5);
     EXPECT_NEAR(std::hypot(xs[k] - xs[above], ys[k] - ys[above]), tree.ShownLength(node), 1e-5);
@@ -323,7 +322,7 @@ TEST(Picture, LetsSupportsCoverNothing) {
     EXPECT_LT(shown.most.x - shown.least.x, 1500);
     const auto wanted = DrawnSupports(layout == Layout::kPhylogram ? RootedForDrawing(tree) : tree);
     EXPECT_EQ(shown.supports.size() + std::stoul(shown.labels.back().text),  // found no room
-              static_cast<std::size_t>(std::count(wanted.begin(), wanted.end(), 0.99)));
+              Index(std::count(wanted.begin(), wanted.end(), 0.99)));
     for (const Shown::Text& support : shown.supports) {
       // Digits of 8 pixels are 10 wide and 6 high.
       const auto covers = [&](Point p) {

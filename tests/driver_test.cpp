@@ -160,8 +160,9 @@ TEST_F(TreeWriterTest, WritesTheBestTreeWithLabelsAndRawLengths) {
   PrintTree(Path("tree").c_str());
   EXPECT_EQ(Read("tree.phylogeny"),
             "#NEXUS\n\n\nBegin trees;\n\n"
-            "tree PAUP_1=(((Pongo__sp_:0.125,Homo_sapiens:-0.0625):1.23457e+06,5x:0):-2,"
-            "(a(b,c):d;:0.333333,Pan:1e-07):0);\n\nEnd;\n");
+            "tree "
+            "PAUP_1=(((Pongo__sp_:0.125,Homo_sapiens:-0.0625):1.23457e+06,5x:0):-2,(a(b,c):d;:0."
+            "333333,Pan:1e-07):0);\n\nEnd;\n");
   taxa = nullptr;
 }
 

@@ -51,8 +51,8 @@ TEST(Formats, GiveTheSameSequences) {
       "d_4       TUTTACGTACTT\n",
       "4 12\nHomo sap 1ACGTAC\nb         RYMKSW\nseq3.1    ??GTAC\nd_4       TuTTAC\n\n"
       "GTACNA\nHBVDNX\nGTAC-A\nGTACTT\n",
-      "4 12 I\rHomo sap 1\rACGTACGTAC\rNA\rb\rRYMKSWHBVDNX\rseq3.1    ??GTACGTAC-A\r"
-      "d_4       TUTTACGTACTT"};
+      "4 12 I\rHomo sap 1\rACGTACGTAC\rNA\rb\rRYMKSWHBVDNX\rseq3.1    ??GTACGTAC-A\rd_4       "
+      "TUTTACGTACTT"};
   for (const string& text : texts) {
     const Alignment alignment = FromText(text);
     EXPECT_EQ(alignment.labels, labels) << text;
@@ -126,8 +126,7 @@ TEST(Formats, SayWhatIsWrongWithAnAlignment) {
        "f: the matrix holds protein; give the sequences of the nucleotides"},
       {nexus + "dna;\nmatrix\na ACGT\nb A-GT;\nend;",
        "f:6:5: Error reading character 2 for taxon 2 (name \"b\"): Invalid state specified \"-\"; "
-       "if "
-       "it is the gap, add gap=- to the FORMAT command"},
+       "if it is the gap, add gap=- to the FORMAT command"},
       {nexus + "dna;\nmatrix\na ACGT\nb AEGT;\nend;",
        "f:6:5: Error reading character 2 for taxon 2 (name \"b\"): Invalid state specified \"E\"; "
        "fix it, or, if the sequences are protein, give those of the nucleotides"},
@@ -139,8 +138,7 @@ TEST(Formats, SayWhatIsWrongWithAnAlignment) {
        "f:1:1: this is GenBank's format; align its sequences and give them as FASTA"},
       {">a 1\nA\n>a 2\nA\n",
        "f:3:1: label a stands in line 1 already; give each taxon its own, with _ for blanks: a "
-       "label "
-       "ends at the first blank"},
+       "label ends at the first blank"},
       {">a\r\nA\r\n>\r\nA\r\n", "f:3:1: no label; write one"},
       {"CLUSTAL\n\na A\nb C\n\na A\nc C\n",
        "f:7:1: label c where the first block has b; fix the order of the lines"},

@@ -63,8 +63,8 @@ TEST_F(GivenTreesTest, StartsFromATreeOrOnlyFitsTrees) {
   const Ended refused = Run("m --matrix --tree less");
   EXPECT_EQ(refused.status, 1);
   EXPECT_EQ(refused.err,
-            "zorvek-wide: less:1:1: tree 1 has other taxa; not in it: e; only in it: f; "
-            "give every tree the same 5 taxa\n");
+            "zorvek-wide: less:1:1: tree 1 has other taxa; not in it: e; only in it: f; give every "
+            "tree the same 5 taxa\n");
   EXPECT_TRUE(Contains(Run("m --matrix --tree two").err, "two: 2 trees; give one"));
   EXPECT_TRUE(
       Contains(Run("m --matrix --evaluate two --draw x.svg").err, "two: 2 trees; give one"));

@@ -76,8 +76,8 @@ TEST(Reading, TellsTheBlocksAndWritesTheLog) {
   const std::string log = test::Contents(file.LogPath());
   EXPECT_EQ(log.substr(0, told.size()), told);
   const std::regex reports(
-      "TAXA block contains 4 taxa[^]*TREES block contains one tree[^]*ASSUMPTIONS block contains"
-      "[^]*DATA block contains 4 taxa and 10 characters[^]*ACCTACGATA\n");
+      "TAXA block contains 4 taxa[^]*TREES block contains one tree[^]*ASSUMPTIONS block "
+      "contains[^]*DATA block contains 4 taxa and 10 characters[^]*ACCTACGATA\n");
   EXPECT_TRUE(std::regex_search(log, reports)) << log;
 }
 
@@ -238,8 +238,8 @@ TEST(Diagnosis, OfWhatTheLibraryRefuses) {
       {NexusFile(1, 4, kDna, "a ACGT"), "only 1 taxon was read from its DATA block"},
       {kFour + taxaBlock, "only 3 taxa were left by a TAXA block after its DATA block with 4"},
       {"#NEXUS\n'open",
-       "Unexpected end-of-file (end-of-file inside ' quoted token that started on line 2, "
-       "column 2) (line 2, column 6)"},
+       "Unexpected end-of-file (end-of-file inside ' quoted token that started on line 2, column "
+       "2) (line 2, column 6)"},
   };
   for (const auto& [content, why] : inputs) {
     SCOPED_TRACE(content);

@@ -49,7 +49,7 @@ TEST(LU, FactorsAndInverseOfRandomMatrices) {
     Values exchanged = a;
     double parity = 1;
     for (std::size_t j = 0; j < order; ++j) {
-      const auto other = static_cast<std::size_t>(f.indx[j]);
+      const auto other = Index(f.indx[j]);
       std::swap(exchanged[j], exchanged[other]);
       std::swap(units[j], units[other]);
       if (other != j) parity = -parity;
@@ -190,7 +190,7 @@ TEST(Eigen, VectorsSolveTheirEquation) {
   for (int trial = 0; trial < 8000; ++trial) {
     const bool wild = trial % 2 == 1;
     const int kind = wild ? 4 : trial / 2 % 4;
-    const std::size_t order = static_cast<std::size_t>(wild ? 8 : 1 + trial / 2 % 9);
+    const std::size_t order = Index(wild ? 8 : 1 + trial / 2 % 9);
     Values m(order, std::vector<double>(order));
     for (std::size_t i = 0; i < order; ++i) {
       for (std::size_t j = 0; j < order; ++j) {

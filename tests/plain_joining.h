@@ -9,9 +9,9 @@
 
 namespace zorvek::test {
 
-// Cost: n^3.
+// A new node takes the place of the first of the two that it joins, or the last one.  Cost: n^3.
 template <typename Number>
-wide::Topology JoinPlainly(int n, const Number* const* distances) {
+wide::Topology JoinPlainly(int n, const Number* const* distances, bool last = false) {
   std::vector<std::vector<Number>> d(Index(n));
   std::vector<int> nodes(d.size());
   for (std::size_t i = 0; i < d.size(); ++i) {
@@ -51,6 +51,14 @@ wide::Topology JoinPlainly(int n, const Number* const* distances) {
     for (std::vector<Number>& row : d) {
       row.erase(row.begin() + static_cast<std::ptrdiff_t>(second));
     }
+    if (!last) continue;
+    const auto to_the_end = [first](auto& values) {
+      const auto at = values.begin() + static_cast<std::ptrdiff_t>(first);
+      std::rotate(at, at + 1, values.end());
+    };
+    to_the_end(d);
+    to_the_end(nodes);
+    for (std::vector<Number>& row : d) to_the_end(row);
   }
   for (std::size_t i = 0; i < 3; ++i) link(nodes[i], 2 * n - 3, i);
   return tree;

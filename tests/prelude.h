@@ -1,4 +1,4 @@
-// The parts of the standard library that most tests are made of.
+// What most tests are made of: parts of the standard library, and Index.
 #ifndef ZORVEK_TESTS_PRELUDE_H
 #define ZORVEK_TESTS_PRELUDE_H
 
@@ -12,5 +12,7 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "core/index.h"
 
 #endif

@@ -143,10 +143,9 @@ TEST_F(ProgramTest, IdenticalSequencesStopTheRunWithAWarning) {
   Write("same", NexusFile(5, 10, kDna, "a ACGTACGTTA\nb ACGAACGTTG\n" + twins));
   const Ended ended = Run("same");
   EXPECT_EQ(ended.status, 0);
-  EXPECT_EQ(
-      ended.out + ended.err,
-      "Reading \"DATA\" block...\nWarning taxa First_twin and 2nd__twin have unstable spectrum. "
-      "Remove them and relaunch the analysis.\n");
+  EXPECT_EQ(ended.out + ended.err,
+            "Reading \"DATA\" block...\nWarning taxa First_twin and 2nd__twin have unstable "
+            "spectrum. Remove them and relaunch the analysis.\n");
   EXPECT_TRUE(Contains(Read("same.log"), "ACGTACGTTC\n"));
   EXPECT_EQ(Files(), (std::vector<string>{"same", "same.log"}));
 
@@ -168,10 +167,10 @@ TEST_F(ProgramTest, FilesThatCannotBeWrittenAreDoneWithoutSilently) {
 
 TEST_F(ProgramTest, AReaderOfItsOutputMayLeave) {
   WriteExample();
-  const Ended ended = Shell(
-      "mkfifo f; true <f & " ZORVEK_PROGRAM
-      " primates.nex >f & while kill -0 $! && [ ! -s primates.nex.Tavlen.log ]; do sleep .01; "
-      "done; kill -INT $!; wait $! && cat primates.nex.phylogeny");
+  const Ended ended =
+      Shell("mkfifo f; true <f & " ZORVEK_PROGRAM
+            " primates.nex >f & while kill -0 $! && [ ! -s primates.nex.Tavlen.log ]; do sleep "
+            ".01; done; kill -INT $!; wait $! && cat primates.nex.phylogeny");
   EXPECT_TRUE(Contains(ended.out, "End;\n")) << ended.err;
 }
 

@@ -2,7 +2,6 @@
 // copy of the tree, evaluated by itself, so that undoing plays no part here), and trees by neighbour
 // joining and by random pairs.
 
-#include <limits>
 #include <regex>
 #include <sstream>
 
@@ -16,6 +15,7 @@
 #include "search/two_opt.h"
 #include "tests/data.h"
 #include "tests/files.h"
+#include "tests/plain_joining.h"
 #include "tests/reference_input.h"
 #include "tree/fast_local_search.h"
 #include "tree/tree_length.h"
@@ -57,7 +57,7 @@ void ExpectFirstBelowEveryBound(const Move& move, const Tree& start, const Trial
   r->seedWithValue(seed);
   const std::vector<Trial> trials = list(start);
   const std::uint32_t next_word = r->nextWord();
-  std::vector<double> bounds{0, 1e8, std::numeric_limits<double>::quiet_NaN()};
+  std::vector<double> bounds{0, 1e8, std::nan("")};
   for (const Trial& trial : trials) bounds.push_back(trial.length);
   for (const double bound : bounds) {
     const auto kept = std::find_if(trials.begin(), trials.end(),
@@ -94,49 +94,42 @@ TEST(Moves, TwoOptTriesTheNearestTaxaInOrderWithinTheHorizon) {
   OnRandomTrees([](const Tree& start, std::uint32_t seed) {
     for (const int depth : {-1, 0, 1, 3, n - 1, n + 5}) {
       horizon = depth;
-      ExpectFirstBelowEveryBound(
-          TWOoptLocalSearch, start,
-          [depth](Tree tree) {
-            const int leaf = DrawLeaf(tree);
-            std::vector<Trial> trials;
-            for (int k = 0; k < std::clamp(depth, 0, n - 1); ++k) {
-              const int other = CL[leaf][k];
-              trials.push_back(Relabelled(tree, {leaf, other}, {other, leaf}));
-            }
-            return trials;
-          },
-          seed);
+      const auto list = [depth](Tree tree) {
+        const int leaf = DrawLeaf(tree);
+        std::vector<Trial> trials;
+        for (int k = 0; k < std::clamp(depth, 0, n - 1); ++k) {
+          const int other = CL[leaf][k];
+          trials.push_back(Relabelled(tree, {leaf, other}, {other, leaf}));
+        }
+        return trials;
+      };
+      ExpectFirstBelowEveryBound(TWOoptLocalSearch, start, list, seed);
     }
+    horizon = 0;
+    int** const lists = std::exchange(CL, nullptr);  // which it needs no more
+    EXPECT_EQ(TWOoptLocalSearch(T1, 0.125), 0.125);
+    CL = lists;
   });
 }
 
-TEST(Moves, TwoOptWithoutAHorizonNeedsNoCandidateLists) {
-  const test::Workspace workspace(6, test::RandomDistances(2));
-  int** const lists = std::exchange(CL, nullptr);
-  EXPECT_EQ(TWOoptLocalSearch(T1, 0.125), 0.125);
-  CL = lists;
-}
-
 TEST(Moves, ThreeOptTriesTheFivePlacementsOfEachTripleInOrder) {
-  OnRandomTrees([](const Tree& start, std::uint32_t seed) {
-    ExpectFirstBelowEveryBound(
-        THREEoptLocalSearch, start,
-        [](Tree tree) {
-          const int a = DrawLeaf(tree);
-          int b = a;
-          while (b == a) b = DrawLeaf(tree);
-          std::vector<Trial> trials;
-          for (const double* slot : LeafSlots(tree)) {
-            const int c = static_cast<int>(*slot);
-            if (c == a || c == b) continue;
-            for (const std::vector<int>& placed : std::vector<std::vector<int>>{
-                     {a, c, b}, {c, a, b}, {c, b, a}, {b, c, a}, {b, a, c}}) {
-              trials.push_back(Relabelled(tree, {a, b, c}, placed));
-            }
-          }
-          return trials;
-        },
-        seed);
+  const auto list = [](Tree tree) {
+    const int a = DrawLeaf(tree);
+    int b = a;
+    while (b == a) b = DrawLeaf(tree);
+    std::vector<Trial> trials;
+    for (const double* slot : LeafSlots(tree)) {
+      const int c = static_cast<int>(*slot);
+      if (c == a || c == b) continue;
+      for (const auto& placed :
+           {std::vector{a, c, b}, {c, a, b}, {c, b, a}, {b, c, a}, {b, a, c}}) {
+        trials.push_back(Relabelled(tree, {a, b, c}, placed));
+      }
+    }
+    return trials;
+  };
+  OnRandomTrees([&](const Tree& start, std::uint32_t seed) {
+    ExpectFirstBelowEveryBound(THREEoptLocalSearch, start, list, seed);
   });
 }
 
@@ -232,60 +225,20 @@ Joins JoinsOfT2() {
   return joins;
 }
 
-// Joins the pairs of positions that `choose` gives for an active list, down to three nodes.
-template <typename Choose>
-Joins Agglomerate(const Choose& choose) {
-  std::vector<int> active;
-  for (int leaf = 0; leaf < n; ++leaf) active.push_back(leaf);
-  Joins joins;
-  while (active.size() > 3) {
-    const auto [i, j] = choose(active);
-    joins.emplace_back(active[i], active[j]);
-    active.erase(active.begin() + static_cast<std::ptrdiff_t>(j));
-    active.erase(active.begin() + static_cast<std::ptrdiff_t>(i));
-    active.push_back(n + static_cast<int>(joins.size()) - 1);
-  }
-  joins.emplace_back(active[0], active[1]);
-  return joins;
-}
-
-// The plain arithmetic, on small whole distances: they tie often.
+// Distances of few values, so that they tie often, and multiples of what they are divided by, so that all
+// arithmetic is exact.
 TEST(RandomNJ, NeighbourJoiningTakesTheFirstOfEqualPairs) {
   std::mt19937 generator(4);
   for (int taxa_count = 4; taxa_count <= 14; ++taxa_count) {
-    const test::Workspace workspace(
-        taxa_count, [&generator](int, int) { return static_cast<double>(generator() % 4 + 1); });
-    std::map<std::pair<int, int>, double> d;
-    for (int i = 0; i < n; ++i) {
-      for (int j = 0; j < n; ++j) d[{i, j}] = DM1[i][j];
-    }
-    int node = n;
-    const auto choose = [&](const std::vector<int>& active) {
-      std::vector<double> divergence(active.size());
-      for (std::size_t a = 0; a < active.size(); ++a) {
-        for (const int other : active) divergence[a] += d[{active[a], other}];
-        divergence[a] /= static_cast<double>(active.size() - 2);
-      }
-      std::pair<std::size_t, std::size_t> pair;
-      double least = 1e8;
-      for (std::size_t a = 0; a < active.size(); ++a) {
-        for (std::size_t b = a + 1; b < active.size(); ++b) {
-          const double q = d[{active[a], active[b]}] - divergence[a] - divergence[b];
-          if (q < least) pair = {a, b};
-          least = std::min(least, q);
-        }
-      }
-      const int x = active[pair.first];
-      const int y = active[pair.second];
-      for (const int w : active) {
-        d[{node, w}] = d[{w, node}] = (d[{x, w}] + d[{y, w}] - d[{x, y}]) * 0.5;
-      }
-      ++node;
-      return pair;
-    };
+    const test::Workspace workspace(taxa_count, [&generator](int, int) {
+      return std::ldexp(27720.0 * static_cast<double>(generator() % 4 + 1), 12);
+    });
+    const wide::Topology plain = test::JoinPlainly<double>(n, DM1, true);
+    Joins expected;
+    for (const auto& node : plain.adjacent) expected.emplace_back(node[0], node[1]);
     alpha = n_ants = 1;
     RandomNJ();
-    EXPECT_EQ(JoinsOfT2(), Agglomerate(choose)) << n << " taxa";
+    EXPECT_EQ(JoinsOfT2(), expected) << n << " taxa";
   }
 }
 
@@ -295,17 +248,24 @@ TEST(RandomNJ, RandomPairsAreDrawnFromAllButTheLastNode) {
   n_ants = 1;
   MTRand replay;
   replay.seedWithValue(9);
-  const auto choose = [&replay](const std::vector<int>& active) {
-    const auto bound = static_cast<std::uint32_t>(active.size() - 2);
-    for (;;) {
-      const std::size_t i = replay.nextAtMost(bound);
-      const std::size_t j = replay.nextAtMost(bound);
-      if (i < j) return std::make_pair(i, j);
-    }
-  };
   for (int tree = 0; tree < 1000; ++tree) {
+    std::vector<int> active{0, 1, 2, 3, 4, 5, 6};
+    Joins joins;
+    for (int node = n; active.size() > 3; ++node) {
+      const auto bound = static_cast<std::uint32_t>(active.size() - 2);
+      std::uint32_t first = 0, second = 0;
+      while (first >= second) {
+        first = replay.nextAtMost(bound);
+        second = replay.nextAtMost(bound);
+      }
+      joins.emplace_back(active[first], active[second]);
+      active.erase(active.begin() + second);
+      active.erase(active.begin() + first);
+      active.push_back(node);
+    }
+    joins.emplace_back(active[0], active[1]);
     RandomNJ();
-    ASSERT_EQ(JoinsOfT2(), Agglomerate(choose));
+    ASSERT_EQ(JoinsOfT2(), joins);
   }
 }
 

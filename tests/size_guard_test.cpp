@@ -26,18 +26,17 @@ TEST(SizeGuard, RefusesWhatCannotFitAndNamesWhatWould) {
             "they fit");
   options.search.criterion = Criterion::kOls;
   EXPECT_EQ(Refusal(options, 20000, 8e9), "");
-  EXPECT_EQ(
-      Refusal(options, 20000, 4e9),
-      "x: 20000 taxa need 4.8 GB of memory, and the machine has 4.0 GB; leave out taxa or take "
-      "a larger machine");
+  EXPECT_EQ(Refusal(options, 20000, 4e9),
+            "x: 20000 taxa need 4.8 GB of memory, and the machine has 4.0 GB; leave out taxa or "
+            "take a larger machine");
   EXPECT_EQ(Refusal(options, 3900, 3.6e8),
             "x: 3900 taxa need 0.4 GB of memory, and the machine has 0.4 GB; with --search none "
             "they fit");
   options.search.criterion = Criterion::kBalanced;
   options.search.starts = options.search.threads = 8;
-  EXPECT_EQ(Refusal(options, 10000, 8e9),
-            "x: 10000 taxa need 30 GB of memory, and the machine has 8.0 GB; with --threads 1 they "
-            "fit");
+  EXPECT_EQ(
+      Refusal(options, 10000, 8e9),
+      "x: 10000 taxa need 30 GB of memory, and the machine has 8.0 GB; with --threads 1 they fit");
   EXPECT_EQ(Refusal(options, 10000, 0), "");  // nobody knows
 }
 
@@ -58,10 +57,9 @@ TEST(SizeGuard, WarnsOfLongRunsOnly) {
   options.search.threads = 2;
   EXPECT_EQ(Forewarning(options, 2000, 1000, 1e10), "");
   EXPECT_EQ(Forewarning(options, 2000, 1000, 4.5e8), "2000 taxa: about 56 s and 0.4 GB of memory");
-  EXPECT_EQ(
-      Forewarning(options, 2000, 1000, 3e8),
-      "2000 taxa: about 2 min and 0.2 GB of memory; bootstrap replicates 1 at a time, as many as "
-      "the memory allows");
+  EXPECT_EQ(Forewarning(options, 2000, 1000, 3e8),
+            "2000 taxa: about 2 min and 0.2 GB of memory; bootstrap replicates 1 at a time, as "
+            "many as the memory allows");
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "core/index.h"
 #include "tests/trees.h"
 #include "wide/data/topology.h"
 

@@ -2,7 +2,6 @@
 
 #include <limits>
 
-#include "core/index.h"
 #include "wide/criterion/ols_neighbourhood.h"
 #include "wide/search/neighbour_joining.h"
 

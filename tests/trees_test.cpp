@@ -1,7 +1,6 @@
 // Trees of zorvek-wide: how they hang, their roots, and how they are written.
 #include "tests/trees.h"
 
-#include "core/index.h"
 #include "tests/data.h"
 #include "tests/files.h"
 #include "wide/data/labels.h"

@@ -54,8 +54,7 @@ TEST_F(WideOptionsTest, AreRefusedInWords) {
       {"a.fa --newick x.svg --draw ./x.svg", "./x.svg is named twice"},
       {"a.fa --draw a.pdf",
        "a.pdf: a picture is an .svg or an .html file; draw a.svg and convert it: rsvg-convert -f "
-       "pdf "
-       "-o a.pdf a.svg"},
+       "pdf -o a.pdf a.svg"},
       {"a.fa --output a.fa", "a.fa is named twice"},
       {"a.fa --log a.fa.wide.nex", "a.fa.wide.nex is named twice"},
       {"a.fa --matrix -b 3", "--bootstrap does nothing with --matrix, which has no sites to draw"},

@@ -87,8 +87,8 @@ TEST_F(WideOutputsTest, ReportOnTheRun) {
       Run("y.fa --log - -b 3 --leave-out b --rounds 7 --newick \"a'n\" -o /dev/null");
   for (const char* part :
        {"program     zorvek-wide 2.",
-        "\ncommand     zorvek-wide y.fa --log - -b 3 --leave-out b "
-        "--rounds 7 --newick 'a'\\''n' -o /dev/null\n",
+        "\ncommand     zorvek-wide y.fa --log - -b 3 --leave-out b --rounds 7 --newick 'a'\\''n' "
+        "-o /dev/null\n",
         "\nmachine     ", " UTC\n",
         "\nfile        y.fa\ntaxa        4\nleft out    b\nsites       20\n",
         "\nleft aside  1 gap or missing site, 1 ambiguity code\n",
@@ -121,8 +121,8 @@ TEST_F(WideOutputsTest, ShowTheirProgressOnATerminal) {
   const string shown = terminal.Shown();
   const std::regex lines(
       "\rreading, 100 %\r {14}\r\rdistances, 0 %\r {14}\r\rstarting trees, 0 %\rdescent, [0-9]+ %, "
-      "best length 0\\.[0-9]+[^\r]*"
-      "\riterations, 100 %, best length 0\\.[0-9]+[^\r]*\rbootstrap, 33 %[^\r]*\r {30,}\r");
+      "best length 0\\.[0-9]+[^\r]*\riterations, 100 %, best length 0\\.[0-9]+[^\r]*\rbootstrap, "
+      "33 %[^\r]*\r {30,}\r");
   EXPECT_TRUE(std::regex_match(shown, lines)) << shown;
 }
 

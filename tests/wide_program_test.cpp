@@ -119,8 +119,7 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
   const std::vector<Case> cases{
       {"empty", "\n \n", "empty:1:1: nothing in the file; give one with aligned sequences\n"},
       {"prose", "Call me",
-       "prose:1:1: neither NEXUS nor FASTA nor PHYLIP nor Clustal; give --format if it is "
-       "one\n"},
+       "prose:1:1: neither NEXUS nor FASTA nor PHYLIP nor Clustal; give --format if it is one\n"},
       {"--format fasta late.fa", "\nA\n>a\nA\n",
        "late.fa:2:1: text before the first >; begin with > and a label\n"},
       {"few.fa", ">a\nAC\n>b\nAC\n>c\nAC\n", "few.fa: 3 taxa; a tree needs at least 4\n"},
@@ -128,8 +127,7 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
        "leave.fa: 3 taxa left; a tree needs at least 4\n"},
       {"twice.fa", ">a\nA\n>b\nA\n>A x\nA\n>b\nA\n",
        "twice.fa:5:1: label A stands in line 1 already; give each taxon its own, with _ for "
-       "blanks: "
-       "a label ends at the first blank\n"
+       "blanks: a label ends at the first blank\n"
        "twice.fa:7:1: label b stands in line 3 already; give each taxon its own\n"},
       {"ragged.fa", ">a\nACGT\n>b\nAC\nG\n>c\n>d\nACGT\n",
        "ragged.fa:3:1: b has 3 sites, not the 4 of a; align the sequences to one length\n"
@@ -156,8 +154,7 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
        "m1:2:9: \"x\" where distance 4 of 4 of a should stand; write a number, or NA for none\n"},
       {"--matrix m2", "2000000000\na 0\n",
        "m2:2: the file ends where distance 2 of 2000000000 of a should stand; write a number, or "
-       "NA "
-       "for none\n"},
+       "NA for none\n"},
       {"--matrix m4", "4\na 0 1 1 1\nb 1 0 1 1\nA 1 1 0 1\nd 1 1 1 0\n",
        "m4: label a belongs to 2 taxa; give each taxon its own\n"},
       {"--drop-undefined left.fa", ">a\nAC\n>b\nAC\n>c\nAC\n>d\n--\n",
@@ -191,9 +188,8 @@ TEST_F(WideProgramTest, NamesPairsWithoutADistanceAndLeavesTaxaOut) {
   EXPECT_EQ(ended.status, 1);
   EXPECT_EQ(
       ended.err,
-      "zorvek-wide: x.fa: no distance for 11 pairs of taxa, which have no site in "
-      "common; give --drop-undefined or --leave-out 'b,c,h', which leaves out no more taxa than "
-      "must be\n"
+      "zorvek-wide: x.fa: no distance for 11 pairs of taxa, which have no site in common; give "
+      "--drop-undefined or --leave-out 'b,c,h', which leaves out no more taxa than must be\n"
       "  a and h\n  b and f\n  b and g,\n  b and h\n  c and f\n  c and g,\n  c and h\n"
       "  d and h\n  e and h\n  f and h\n  g, and h\n");
   const string tree = Tree("x.fa --leave-out b,c,h");

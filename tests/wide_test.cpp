@@ -4,7 +4,6 @@
 
 #include <limits>
 
-#include "core/index.h"
 #include "tests/data.h"
 #include "tests/trees.h"
 #include "wide/criterion/fitted_tree.h"
