@@ -286,8 +286,14 @@ TEST(Picture, APageHoldsTheTree) {
   Tree given = GrownTree(14, false, 3);
   for (Tree::Node& node : given.nodes) node.support = std::ceil(8 * node.length) / 8;
   const Tree tree = RootedForDrawing(given);
-  const std::string page =
-      DrawPicture("x.html", given, std::vector<std::string>(14, "x"), {Layout::kPhylogram, "u"});
+  std::vector<std::string> labels;
+  for (int taxon = 0; taxon < 14; ++taxon) labels.push_back("t" + std::to_string(taxon));
+  const std::string page = DrawPicture("x.html", given, labels, {Layout::kPhylogram, "u"});
+  std::vector<std::string> shown;
+  for (const int node : tree.preorder) {
+    if (tree.IsTaxon(node)) shown.push_back(labels[Index(node)]);
+  }
+  EXPECT_EQ(test::FindAll(page, "\"(t\\d+)\""), shown);
   EXPECT_TRUE(test::Contains(page, "\"layout\":\"phylogram\",\n\"unit\":\"u\""));
   const auto parents = ListIn(page, "parent"), depths = ListIn(page, "depth");
   const auto xs = ListIn(page, "x"), ys = ListIn(page, "y"), supports = ListIn(page, "support");
@@ -295,7 +301,7 @@ TEST(Picture, APageHoldsTheTree) {
   EXPECT_EQ(parents[0], -1);
   for (std::size_t k = 1; k < parents.size(); ++k) {
     const int node = tree.preorder[k];
-    const auto above = Index(parents[k]);
+    const auto above = static_cast<std::size_t>(parents[k]);
     EXPECT_EQ(tree.preorder[above], tree.At(node).parent);
     EXPECT_NEAR(depths[k] - depths[above], tree.ShownLength(node), 1e-5);
     EXPECT_NEAR(std::hypot(xs[k] - xs[above], ys[k] - ys[above]), tree.ShownLength(node), 1e-5);
@@ -322,7 +328,7 @@ TEST(Picture, LetsSupportsCoverNothing) {
     EXPECT_LT(shown.most.x - shown.least.x, 1500);
     const auto wanted = DrawnSupports(layout == Layout::kPhylogram ? RootedForDrawing(tree) : tree);
     EXPECT_EQ(shown.supports.size() + std::stoul(shown.labels.back().text),  // found no room
-              Index(std::count(wanted.begin(), wanted.end(), 0.99)));
+              static_cast<std::size_t>(std::count(wanted.begin(), wanted.end(), 0.99)));
     for (const Shown::Text& support : shown.supports) {
       // Digits of 8 pixels are 10 wide and 6 high.
       const auto covers = [&](Point p) {

@@ -45,7 +45,7 @@ TEST(Formats, GiveTheSameSequences) {
   const Strings texts{
       "#NEXUS\nbegin data; dimensions ntax=4 nchar=12; format datatype=dna gap=- missing=?; "
       "matrix\n"
-      "'Homo sap 1' ACGTACGTACNA\nb RYMKSWHBVDNX\n'seq3.1' ??{G}TACGTAC-A\n'd_4' TTTTACGTACTT; "
+      "'Homo sap 1' ACGTACGTACNA\nb RYMKSWHBVDNX\n'seq3.1' ??{G}TACGTAC{C-}A\n'd_4' TTTTACGTACTT; "
       "end;",
       "4 12\nHomo sap 1ACGTAC GTACNA\nb         rymkswHBVDnx\nseq3.1    ??GT ACGTAC-A\n"
       "d_4       TUTTACGTACTT\n",
@@ -142,6 +142,8 @@ TEST(Formats, SayWhatIsWrongWithAnAlignment) {
       {">a\r\nA\r\n>\r\nA\r\n", "f:3:1: no label; write one"},
       {"CLUSTAL\n\na A\nb C\n\na A\nc C\n",
        "f:7:1: label c where the first block has b; fix the order of the lines"},
+      {"CLUSTAL\n\na A\nb C\n\na A\nb C\nc C\n",
+       "f:8:1: label c where the first block has none; fix the order of the lines"},
       {"4 0\na\n", "f:1:1: no numbers of taxa and sites; begin a PHYLIP file with them"},
       {">a\n>b\n", "f: no sites; give aligned sequences"}};
   for (const auto& [text, expected] : cases) {

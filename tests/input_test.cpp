@@ -4,6 +4,7 @@
 #include <numeric>
 #include <regex>
 
+#include "core/nexus_guard.h"
 #include "core/pair_table.h"
 #include "driver/run_state.h"
 #include "input/diagnosis.h"
@@ -107,6 +108,11 @@ TEST(Reading, OneMatrixInManyForms) {
     EXPECT_EQ(input.distances, plain.distances) << form;
     EXPECT_EQ(input.error, "");
   }
+  // What is read at once, and nothing beyond it.
+  std::stringbuf text(std::string(200000, 'x'));
+  CommentFilter filter(&text, 1e9);
+  filter.sgetc();
+  EXPECT_LE(filter.in_avail(), 1 << 16);
   const std::string quoted =
       "'A bc ' ACGTACGTTA 'O''B' ACGTACGTTC '[]-1' ACGAACGTTG d_e ACCTACGATA";
   const Input labelled(NexusFile(4, 10, kDna, quoted));

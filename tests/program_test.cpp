@@ -137,6 +137,12 @@ TEST_F(ProgramTest, TooFewTaxaGiveOneLineWithTheCause) {
   }
 }
 
+TEST_F(ProgramTest, FourTaxaAreEnough) {
+  Write("four", NexusFile(4, 10, kDna, kMatrix));
+  Interrupted("four", "kill -INT $!");
+  EXPECT_EQ(FindAll(Read("four.phylogeny"), "([a-d]):").size(), 4u);
+}
+
 // The first such pair stops the process, and the reading log is complete by then.
 TEST_F(ProgramTest, IdenticalSequencesStopTheRunWithAWarning) {
   const string twins = "'First twin' ACGTACGTTC\n'2nd  twin' ACGTACGTTC\n'Third' ACGTACGTTC\n";

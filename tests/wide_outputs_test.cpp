@@ -84,10 +84,11 @@ TEST_F(WideOutputsTest, ReportOnTheRun) {
         ">a\nACGTNC-TACACGTACGTAC\n>b 1\nACGTACGTAGACGTACGTAC\n>c\nACGTTCGAACACGTACGTAC\n"
         ">d\nACCTTCGAACACGTACGTAC\n>e\nACCTTCGAACACGTACGTAC\n");
   const Ended ended =
-      Run("y.fa --log - -b 3 --leave-out b --rounds 7 --newick \"a'n\" -o /dev/null");
+      Run("y.fa --log - -b 3 --leave-out b --rounds 7 --midpoint --newick \"a'n\" -o /dev/null");
   for (const char* part :
        {"program     zorvek-wide 2.",
-        "\ncommand     zorvek-wide y.fa --log - -b 3 --leave-out b --rounds 7 --newick 'a'\\''n' "
+        "\ncommand     zorvek-wide y.fa --log - -b 3 --leave-out b --rounds 7 --midpoint --newick "
+        "'a'\\''n' "
         "-o /dev/null\n",
         "\nmachine     ", " UTC\n",
         "\nfile        y.fa\ntaxa        4\nleft out    b\nsites       20\n",
@@ -96,20 +97,26 @@ TEST_F(WideOutputsTest, ReportOnTheRun) {
         "informative 1 sites, under parsimony\nidentical   d = e\n\ntaxon\tgaps\tambiguous\n"
         "a\t1\t1\nc\t0\t0\nd\t0\t0\ne\t0\t0\n",
         "\n--iterations      7\n", "\n--criterion       balanced\n", "\n--bootstrap       3\n",
-        "\nseconds\tlength\n0.", "\nsupport     3 replicates\n"}) {
+        "\n--midpoint        yes\n", "\nseconds\tlength\n0.", "\nsupport     3 replicates\n"}) {
     EXPECT_TRUE(Contains(ended.out, part)) << part << "\nin\n" << ended.out;
   }
 }
 
 TEST_F(WideOutputsTest, FollowLinksAndKeepPermissions) {
-  Write("far", "old");
-  fs::permissions(Path("far"), fs::perms::owner_read | fs::perms::owner_write);
-  fs::create_symlink("far", Path("near"));
+  fs::create_directory(Path("d"));
+  Write("d/far", "old");
+  fs::permissions(Path("d/far"), fs::perms::owner_read | fs::perms::group_write);
+  fs::create_symlink("far", Path("d/near"));
+  fs::create_symlink("d/near", Path("near"));
   EXPECT_EQ(Run("x.fa --newick near --prefix p").status, 0);
-  EXPECT_TRUE(fs::is_symlink(Path("near")));
-  EXPECT_EQ(Read("far"), tree_);
-  EXPECT_EQ(fs::status(Path("far")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-  EXPECT_EQ(Run("x.fa --newick near -o far").status, 2);
+  EXPECT_TRUE(fs::is_symlink(Path("near")) && fs::is_symlink(Path("d/near")));
+  EXPECT_EQ(Read("d/far"), tree_);
+  EXPECT_EQ(fs::status(Path("d/far")).permissions(),
+            fs::perms::owner_read | fs::perms::group_write);
+  // Nor may anybody have laid a link under the name of the temporary file.
+  EXPECT_EQ(Shell("sh -c 'ln -s d/far n.tmp$$; exec " + kProgram + " x.fa --newick n'").status, 1);
+  EXPECT_EQ(Read("d/far"), tree_);
+  EXPECT_EQ(Run("x.fa --newick near -o d/far").status, 2);
 }
 
 TEST_F(WideOutputsTest, ShowTheirProgressOnATerminal) {
@@ -141,14 +148,17 @@ TEST_F(WideOutputsTest, LeaveNoTemporaryFileBehind) {
     text += ">" + string(3000, 'x') + std::to_string(taxon) + "\nACGTACGTAC\n";
   }
   Write("long.fa", text);
-  for (const auto& [number, name] : std::vector<std::pair<int, string>>{
-           {1, "HUP"}, {2, "INT"}, {3, "QUIT"}, {10, "USR1"}, {15, "TERM"}}) {
-    const bool asks = name != "QUIT" && name != "USR1";
-    const string kill = "kill -" + name + " $!; ";
-    const Ended ended = Shell("trap - QUIT; " +
-                              WhileWriting((asks ? kill + "sleep 1.1; " : "") + kill + "wait $!"));
-    EXPECT_EQ(Files(), (Names{"long.fa", "x.fa"})) << name;
+  // A first request for the tree is heard, a second one later ends the program.
+  for (const string kill :
+       {"kill -TERM $!; sleep 1.1; kill -HUP $!; ", "kill -QUIT $!; ", "kill -USR1 $!; "}) {
+    Shell("trap - QUIT; " + WhileWriting(kill + "wait $!"));
+    EXPECT_EQ(Files(), (Names{"long.fa", "x.fa"})) << kill;
   }
+  // What is ignored already, as under nohup, stays so.
+  const Ended ended = Shell("trap '' USR1 HUP; " +
+                            WhileWriting("kill -USR1 $!; kill -HUP $!; cat <&3 >tree; wait $!"));
+  EXPECT_FALSE(Contains(ended.out, "interrupted")) << ended.out << ended.err;
+  EXPECT_TRUE(Contains(ended.out, "\ntree        long.fa.wide.nex\n"));
 }
 
 TEST_F(WideOutputsTest, HoldTheBestTreeAfterAnInterruption) {

@@ -30,11 +30,16 @@ TEST(WideIdentical, TaxaThatAreTheSameStayTogether) {
     while (kind.size() < 4) kind.push_back(0);
     std::shuffle(kind.begin(), kind.end(), generator);
     const int n = static_cast<int>(kind.size());
-    const DistanceMatrix between = test::RandomMatrix(distinct, generator());
+    const DistanceMatrix between =
+        test::RandomMatrix(distinct, static_cast<std::uint32_t>(generator()));
     const DistanceMatrix distances =
         test::Matrix(n, [&](int i, int j) { return between(kind[Index(i)], kind[Index(j)]); });
     const Criterion criterion = kBoth[trial % 2];
-    const auto [view, length] = test::Find(distances, test::Settings(criterion, 50));
+    SearchSettings settings = test::Settings(criterion, trial % 5 == 0 ? 0 : 50);
+    if (settings.iterations == 0) settings.moves = Moves::kNone;
+    const Tree start = test::RandomTree(n, generator);
+    if (trial % 3 == 0) settings.start = &start;
+    const auto [view, length] = test::Find(distances, settings);
     EXPECT_NEAR(length, FitTree(view, distances.Rows(), criterion).length, 1e-13 * n);
     for (const std::vector<int>& group : IdenticalTaxa(n, distances.Rows())) {
       const auto members = test::WithoutFirst({group.begin(), group.end()}, n);
@@ -352,7 +357,7 @@ TEST(WideSearch, DependsOnItsSeedAndNotOnTheThreads) {
 TEST(WideSearch, DescendsAsItDid) {
   const DistanceMatrix matrix = test::RandomMatrix(60, 3);
   const auto expect = [&](Criterion criterion, Moves moves, double length) {
-    SearchSettings settings = test::Settings(criterion);
+    SearchSettings settings = test::Settings(criterion, moves == Moves::kNone ? 100 : 0);
     settings.moves = moves;
     double last = HUGE_VAL;
     settings.on_progress = [&](const Progress& progress) {
