@@ -186,6 +186,34 @@ TEST(Sectors, StandForTheWholeUnderEitherCriterion) {
   }
 }
 
+// One sector has become shorter, and one that says so longer by more.
+TEST(Sectors, ArePutTogetherWhereThatMakesTheTreeShorter) {
+  std::mt19937_64 generator(1);
+  const DistanceMatrix distances = Noise(200, 3);
+  BalancedNeighbourhood tree(test::RandomTopology(distances, generator), distances.Rows());
+  const std::vector<Sector> sectors = CutIntoSectors(tree.Current(), 20, generator);
+  const double before = tree.Length();
+  const auto changed = [&](int number, const auto& enough) {
+    const Sector& sector = sectors[Index(number)];
+    const auto part = tree.Contracted(sector.topology, sector.subtrees);
+    const double length = part->Length();
+    while (!enough(part->Length() - length)) {
+      const Topology kept = part->Current();
+      const double last = part->Length();
+      part->Apply(RandomMove(kept, generator));
+      if ((part->Length() > last) != enough(HUGE_VAL)) part->Set(kept);
+    }
+    return SectorGain{number, length - part->Length(), part->Current()};
+  };
+  const SectorGain shorter = changed(0, [](double rise) { return rise < 0; });
+  SectorGain longer = changed(1, [&](double rise) { return rise > 2 * shorter.gain; });
+  longer.gain = shorter.gain / 2;
+  PutTogether(sectors, {longer, shorter}, tree);
+  EXPECT_NEAR(tree.Length(), before - shorter.gain, 1e-10);
+  PutTogether(sectors, {longer}, tree);
+  EXPECT_NEAR(tree.Length(), before - shorter.gain, 1e-10);
+}
+
 // All trees of up to 8 taxa; of more those that branch and bound leaves. To add x to a tree costs
 // (D(x,U) + D(x,V) - D(U,V)) / 2, a mean over pairs i of U and j of V, and so at least half the least
 // d(x,i) + d(x,j) - d(i,j).

@@ -94,6 +94,10 @@ TEST(Formats, ReadLinesAcrossBlocks) {
     EXPECT_TRUE(Codes(alignment) == expected);
     EXPECT_EQ(alignment.labels[4], string(300, 'x') + "4");
   }
+  const string sites = string(300000, 'A') + "C";
+  const string nexus =
+      "#NEXUS begin data; dimensions ntax=1 nchar=300001; format datatype=dna; matrix a ";
+  EXPECT_EQ(Codes(FromText(nexus + sites + "; end;")), Strings{sites});
 }
 
 TEST(Formats, KeepLabelsAndMakeThemUtf8) {

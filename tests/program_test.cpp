@@ -157,6 +157,8 @@ TEST_F(ProgramTest, IdenticalSequencesStopTheRunWithAWarning) {
 
   Write("two", NexusFile(2, 10, kDna, twins.substr(0, 47)));  // the pair comes before the count
   EXPECT_EQ(Run("two").out, ended.out);
+  Write("numbers", NexusFile(4, 1, "DATATYPE=CONTINUOUS", "a .1\nb .2\nc .3\nd .4\n"));
+  EXPECT_TRUE(Contains(Run("numbers").out, "Warning taxa a and b have"));
   Write("ends", NexusFile(4, 10, kDna, kMatrix.substr(0, 39) + "d ACGTACGTTA\n"));
   EXPECT_TRUE(Contains(Run("ends").out, "Warning taxa a and d have"));
 }

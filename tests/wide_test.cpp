@@ -353,6 +353,16 @@ TEST(WideSearch, DependsOnItsSeedAndNotOnTheThreads) {
   }
 }
 
+TEST(WideSearch, MakesTheTriesItIsGiven) {
+  for (const int n : {20, 150}) {
+    SearchSettings settings = test::Settings(Criterion::kBalanced, 2500);
+    double reached = 0;
+    settings.on_progress = [&](const Progress& progress) { reached = progress.fraction; };
+    test::Find(test::RandomMatrix(n, 1), settings);
+    EXPECT_EQ(reached, 1);
+  }
+}
+
 // The descent as it is: where it is to become another one, so do these lengths.
 TEST(WideSearch, DescendsAsItDid) {
   const DistanceMatrix matrix = test::RandomMatrix(60, 3);

@@ -312,7 +312,7 @@ class Search {
         CutIntoSectors(descent.Around().Current(), schedule.taxa, generator);
     const long tries = std::min(most, schedule.tries * static_cast<long>(sectors.size()));
     sectors.resize(Index(static_cast<int>((tries + schedule.tries - 1) / schedule.tries)));
-    std::vector<Gain> gains(sectors.size());
+    std::vector<SectorGain> gains(sectors.size());
     ForEach(static_cast<int>(sectors.size()), settings_.threads, [&](int number, int) {
       std::mt19937_64 own = Generator(1, runs_ + static_cast<std::uint64_t>(number));
       const Sector& sector = sectors[Index(number)];
@@ -327,35 +327,6 @@ class Search {
     descent.BySpr(poll);
     Adopt({Found(descent.Around())});
     return tries;
-  }
-
-  // What a run found in a sector.
-  struct Gain {
-    int sector;
-    double gain;
-    Topology topology;
-  };
-
-  // Puts the sectors that became shorter into the tree, the better half of them if all together do not
-  // make it shorter, and so on.
-  static void PutTogether(const std::vector<Sector>& sectors, std::vector<Gain> gains,
-                          Neighbourhood& tree) {
-    gains.erase(std::remove_if(gains.begin(), gains.end(),
-                               [&](const Gain& found) { return !(found.gain > tree.Margin()); }),
-                gains.end());
-    std::stable_sort(gains.begin(), gains.end(),
-                     [](const Gain& x, const Gain& y) { return x.gain > y.gain; });
-    const Topology before = tree.Current();
-    const double least = tree.Length() - tree.Margin();
-    for (std::size_t count = gains.size(); count > 0; count /= 2) {
-      Topology after = before;
-      for (std::size_t k = 0; k < count; ++k) {
-        PutBack(sectors[Index(gains[k].sector)], gains[k].topology, after);
-      }
-      tree.Set(after);
-      if (tree.Length() < least) return;
-    }
-    if (!gains.empty()) tree.Set(before);
   }
 
   SearchResult Result() {

@@ -97,4 +97,25 @@ void PutBack(const Sector& sector, const Topology& topology, Topology& tree) {
   tree.root = AnyInnerEdge(tree);
 }
 
+void PutTogether(const std::vector<Sector>& sectors, std::vector<SectorGain> gains,
+                 Neighbourhood& tree) {
+  gains.erase(
+      std::remove_if(gains.begin(), gains.end(),
+                     [&](const SectorGain& found) { return !(found.gain > tree.Margin()); }),
+      gains.end());
+  std::stable_sort(gains.begin(), gains.end(),
+                   [](const SectorGain& x, const SectorGain& y) { return x.gain > y.gain; });
+  const Topology before = tree.Current();
+  const double least = tree.Length() - tree.Margin();
+  for (std::size_t count = gains.size(); count > 0; count /= 2) {
+    Topology after = before;
+    for (std::size_t k = 0; k < count; ++k) {
+      PutBack(sectors[Index(gains[k].sector)], gains[k].topology, after);
+    }
+    tree.Set(after);
+    if (tree.Length() < least) return;
+  }
+  if (!gains.empty()) tree.Set(before);
+}
+
 }  // namespace zorvek::wide

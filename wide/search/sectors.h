@@ -35,6 +35,18 @@ std::pair<int, int> AnyInnerEdge(const Topology& tree);
 // Puts another topology of a sector into the tree that it was cut from.
 void PutBack(const Sector& sector, const Topology& topology, Topology& tree);
 
+// What was found in a sector, by its number.
+struct SectorGain {
+  int sector;
+  double gain;
+  Topology topology;
+};
+
+// Puts the sectors that became shorter into the tree of which they were cut, the better half of them if
+// all together do not make it shorter, and so on.
+void PutTogether(const std::vector<Sector>& sectors, std::vector<SectorGain> gains,
+                 Neighbourhood& tree);
+
 }  // namespace zorvek::wide
 
 #endif
