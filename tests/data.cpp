@@ -8,25 +8,16 @@
 namespace zorvek::test {
 
 Workspace::Workspace(int taxa_count, const std::function<double(int, int)>& distance,
-                     std::uint32_t seed) {
-  const auto count = Index(taxa_count);
-  distances_.resize(count * count);
-  candidates_.resize(count * (count - 1));
-  for (std::size_t i = 0; i < count; ++i) {
-    distance_rows_.push_back(&distances_[i * count]);
-    candidate_rows_.push_back(&candidates_[i * (count - 1)]);
-  }
-  for (int i = 0; i < taxa_count; ++i) {
-    int* candidate = candidate_rows_[Index(i)];
-    for (int j = 0; j < taxa_count; ++j) {
-      if (j != i) *candidate++ = j;
-      if (j <= i) continue;
-      const double between = distance(i, j);
-      distance_rows_[Index(i)][j] = between;
-      distance_rows_[Index(j)][i] = between;
-    }
-  }
+                     std::uint32_t seed)
+    : distances_(Matrix(taxa_count, distance)), candidates_(Index(taxa_count)) {
   n = taxa_count;
+  for (int i = 0; i < n; ++i) {
+    distance_rows_.push_back(distances_.Row(i));
+    for (int j = 0; j < n; ++j) {
+      if (j != i) candidates_[Index(i)].push_back(j);
+    }
+    candidate_rows_.push_back(candidates_[Index(i)].data());
+  }
   DM1 = distance_rows_.data();
   CL = candidate_rows_.data();
   r = new MTRand;

@@ -19,9 +19,9 @@ class Workspace {
   Workspace& operator=(const Workspace&) = delete;
 
  private:
-  std::vector<double> distances_;
+  wide::DistanceMatrix distances_;
   std::vector<double*> distance_rows_;
-  std::vector<int> candidates_;
+  std::vector<std::vector<int>> candidates_;
   std::vector<int*> candidate_rows_;
 };
 

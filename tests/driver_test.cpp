@@ -38,8 +38,8 @@ TEST(MTRandTest, TakesTheFirstMaskedWordWithinTheBound) {
   std::mt19937 words(7);
   for (const auto& [bound, mask] : {std::pair{5u, 7u}, {64u, 127u}, {1000u, 1023u}}) {
     for (int draw = 0; draw < 300; ++draw) {
-      auto word = static_cast<std::uint32_t>(words()) & mask;
-      while (word > bound) word = static_cast<std::uint32_t>(words()) & mask;
+      std::uint_fast32_t word = mask;
+      while (word > bound) word = words() & mask;
       ASSERT_EQ(source.nextAtMost(bound), word);
     }
   }

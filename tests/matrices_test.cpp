@@ -20,9 +20,8 @@ std::vector<double*> Rows(Values& values) {
 }
 
 struct Factors {
-  explicit Factors(Values matrix) : a(std::move(matrix)), scale(a.size()), indx(a.size()) {
+  explicit Factors(const Values& matrix) : a(matrix), y(matrix), scale(a.size()), indx(a.size()) {
     const int order = static_cast<int>(a.size());
-    y = a;
     Values copy = a;
     inverted = InvertMatrix(Rows(copy).data(), order, scale.data(), indx.data(), Rows(y).data());
     result = LUDecompose(Rows(a).data(), order, scale.data(), indx.data(), &d);
@@ -112,15 +111,13 @@ struct Eigensystem {
 
   // The largest |A v - lambda v| over all eigenvectors, relative to |A| |v|.
   double WorstResidual() const {
-    double scale = 1e-300;
+    double scale = 1e-300, worst = 0;
     for (const auto& row : matrix) {
       for (const double x : row) scale = std::max(scale, std::fabs(x));
     }
-    double worst = 0;
     for (std::size_t j = 0; j < matrix.size(); ++j) {
       if (wi[j] < 0) continue;  // the conjugate of the one before
-      double residual = 0;
-      double size = 0;
+      double residual = 0, size = 0;
       for (std::size_t i = 0; i < matrix.size(); ++i) {
         Root sum = -Root(wr[j], wi[j]) * Component(i, j);
         for (std::size_t k = 0; k < matrix.size(); ++k) sum += matrix[i][k] * Component(k, j);

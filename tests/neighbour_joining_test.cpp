@@ -20,8 +20,8 @@ using Distances = std::function<double(int, int)>;
 template <typename Number>
 struct Rows {
   Rows(int n, Distances distance) : values(Index(n) * Index(n)) {
-    for (int i = 0; i < n; ++i) rows.push_back(&values[Index(i) * Index(n)]);
     for (int i = 0; i < n; ++i) {
+      rows.push_back(&values[Index(i) * Index(n)]);
       for (int j = 0; j < i; ++j) rows[Index(i)][j] = rows[Index(j)][i] = Number(distance(i, j));
     }
   }
@@ -41,12 +41,9 @@ Distances WholeNumbers(int largest, unsigned seed) {
 Distances Points(int n, int dimensions, bool grid, unsigned seed) {
   std::mt19937 generator(seed);
   std::uniform_real_distribution<double> unit(0, 1);
-  std::vector<std::vector<double>> points(Index(n));
+  std::vector<std::vector<double>> points(Index(n), std::vector<double>(Index(dimensions)));
   for (auto& point : points) {
-    for (int k = 0; k < dimensions; ++k) {
-      const double x = unit(generator);
-      point.push_back(grid ? std::floor(8 * x) : x);
-    }
+    for (double& x : point) x = grid ? std::floor(8 * unit(generator)) : unit(generator);
   }
   return [points, grid](int i, int j) {
     double sum = 0, squares = 0;

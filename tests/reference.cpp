@@ -88,22 +88,17 @@ Real Evaluate(TreeTable tree) {
 
 bool FastLocalSearch(TreeTable tree) {
   double best = -1e8;
-  int best_node = 0;
-  int best_child = 0;
+  std::pair<int, int> edge;
   for (int row = 0; row < n - 2; ++row) {
     for (const Field side : {kLeft, kRight}) {
       const int child = Id(tree[row], side);
-      if (child < n) continue;
-      const double gain = Delta<double>(child, n + row, tree);
-      if (gain > best) {
-        best = gain;
-        best_node = n + row;
-        best_child = child;
-      }
+      const double gain = child < n ? -1e8 : Delta<double>(child, n + row, tree);
+      if (gain > best) edge = {n + row, child};
+      best = std::max(best, gain);
     }
   }
   if (!(best > 0)) return false;
-  Interchange(tree, best_node, best_child);
+  Interchange(tree, edge.first, edge.second);
   return true;
 }
 

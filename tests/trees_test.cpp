@@ -52,10 +52,13 @@ TEST(WideTree, RootsCarryLengthsAndSupportsToTheRightEdges) {
   }
 }
 
-double DepthOf(const Tree& tree, int node) {
-  double depth = 0;
-  for (; node != tree.root; node = tree.At(node).parent) depth += tree.ShownLength(node);
-  return depth;
+// The child of the root that the taxon is below, and how far the taxon is from the root.
+std::pair<int, double> SideOf(const Tree& rooted, int taxon) {
+  double depth = rooted.ShownLength(taxon);
+  for (; rooted.At(taxon).parent != rooted.root; depth += rooted.ShownLength(taxon)) {
+    taxon = rooted.At(taxon).parent;
+  }
+  return {taxon, depth};
 }
 
 TEST(WideTree, TheMidpointIsHalfOfTheLongestPathFromBothItsEnds) {
@@ -64,16 +67,14 @@ TEST(WideTree, TheMidpointIsHalfOfTheLongestPathFromBothItsEnds) {
     const Tree tree = TreeWithSupports(4 + trial % 9, generator);
     const Tree rooted = RootedAtMidpoint(tree);
     double longest = 0;
-    double deepest[2] = {0, 0};
+    std::map<int, double> deepest;
     for (int a = 0; a < tree.taxa; ++a) {
       for (int b = 0; b < a; ++b) longest = std::max(longest, test::PathLength(tree, a, b));
-      int side = a;
-      while (rooted.At(side).parent != rooted.root) side = rooted.At(side).parent;
-      double& depth = deepest[side == rooted.At(rooted.root).children[0] ? 0 : 1];
-      depth = std::max(depth, DepthOf(rooted, a));
+      const auto [side, depth] = SideOf(rooted, a);
+      deepest[side] = std::max(deepest[side], depth);
     }
-    EXPECT_NEAR(deepest[0], longest / 2, 1e-12);
-    EXPECT_NEAR(deepest[1], longest / 2, 1e-12);
+    ASSERT_EQ(deepest.size(), 2u);
+    for (const auto& [side, depth] : deepest) EXPECT_NEAR(depth, longest / 2, 1e-12);
   }
 }
 
@@ -98,11 +99,7 @@ TEST(WideTree, TheOutgroupIsTheSmallestGroupThatHoldsItsTaxa) {
     const Tree rooted = RootedAbove(tree, found.node, 0.5);
     std::set<int> group;
     for (int taxon = 0; taxon < n; ++taxon) {
-      int side = taxon;
-      while (rooted.At(side).parent != rooted.root) side = rooted.At(side).parent;
-      int first = *wanted.begin();
-      while (rooted.At(first).parent != rooted.root) first = rooted.At(first).parent;
-      if (side == first) group.insert(taxon);
+      if (SideOf(rooted, taxon).first == SideOf(rooted, *wanted.begin()).first) group.insert(taxon);
     }
     EXPECT_TRUE(std::includes(group.begin(), group.end(), wanted.begin(), wanted.end()));
     EXPECT_EQ(group.size(), smallest);
