@@ -7,41 +7,42 @@
 namespace zorvek::wide {
 namespace {
 
-std::string Told(const Options& options, double taxa, double memory) {
+std::string Refusal(const Options& options, double taxa, double memory) {
   try {
-    return Forewarning(options, taxa, 1000, memory);
+    Forewarning(options, taxa, 1000, memory);
   } catch (const Error& error) {
     return error.what();
   }
+  return "";
 }
 
 TEST(SizeGuard, RefusesWhatCannotFitAndNamesWhatWould) {
   Options options;
   options.file = "x";
   EXPECT_NEAR(NeedsOf(options, 2000, 1000).bytes, 176e6, 20e6);  // as measured
-  EXPECT_EQ(Told(options, 10000, 5e9), "");
-  EXPECT_EQ(Told(options, 20000, 10e9),
+  EXPECT_EQ(Refusal(options, 10000, 5e9), "");
+  EXPECT_EQ(Refusal(options, 20000, 10e9),
             "x: 20000 taxa need 16 GB of memory, and the machine has 10 GB; with --criterion ols "
             "they fit");
   options.search.criterion = Criterion::kOls;
-  EXPECT_EQ(Told(options, 20000, 8e9), "");
-  EXPECT_EQ(Told(options, 20000, 4e9),
+  EXPECT_EQ(Refusal(options, 20000, 8e9), "");
+  EXPECT_EQ(Refusal(options, 20000, 4e9),
             "x: 20000 taxa need 4.8 GB of memory, and the machine has 4.0 GB; leave out taxa or "
             "take a larger machine");
-  EXPECT_EQ(Told(options, 3900, 3.6e8),
+  EXPECT_EQ(Refusal(options, 3900, 3.6e8),
             "x: 3900 taxa need 0.4 GB of memory, and the machine has 0.4 GB; with --search none "
             "they fit");
   options.search.criterion = Criterion::kBalanced;
   options.search.starts = options.search.threads = 8;
   EXPECT_EQ(
-      Told(options, 10000, 8e9),
+      Refusal(options, 10000, 8e9),
       "x: 10000 taxa need 30 GB of memory, and the machine has 8.0 GB; with --threads 1 they fit");
-  EXPECT_EQ(Told(options, 10000, 0), "");  // nobody knows
+  EXPECT_EQ(Refusal(options, 10000, 0), "");  // nobody knows
 }
 
 TEST(SizeGuard, WarnsOfLongRunsOnly) {
   Options options;
-  EXPECT_EQ(Told(options, 2000, 1e10), "");
+  EXPECT_EQ(Forewarning(options, 2000, 1000, 1e10), "");
   const double seconds = NeedsOf(options, 5000, 1000).seconds;
   options.model.model = Model::kSpectral;
   EXPECT_GT(NeedsOf(options, 5000, 1000).seconds, 1.5 * seconds);
@@ -50,13 +51,13 @@ TEST(SizeGuard, WarnsOfLongRunsOnly) {
   options.search.seconds = seconds;
   EXPECT_LT(NeedsOf(options, 5000, 1000).seconds, 2 * seconds);
   options = Options();
-  EXPECT_EQ(Told(options, 20000, 1e11), "20000 taxa: about 2 min and 16 GB of memory");
+  EXPECT_EQ(Forewarning(options, 20000, 1000, 1e11), "20000 taxa: about 2 min and 16 GB of memory");
   options.bootstrap.replicates = 100;
-  EXPECT_EQ(Told(options, 2000, 1e10), "2000 taxa: about 2 min and 0.2 GB of memory");
+  EXPECT_EQ(Forewarning(options, 2000, 1000, 1e10), "2000 taxa: about 2 min and 0.2 GB of memory");
   options.search.threads = 2;
-  EXPECT_EQ(Told(options, 2000, 1e10), "");
-  EXPECT_EQ(Told(options, 2000, 4.5e8), "2000 taxa: about 56 s and 0.4 GB of memory");
-  EXPECT_EQ(Told(options, 2000, 3e8),
+  EXPECT_EQ(Forewarning(options, 2000, 1000, 1e10), "");
+  EXPECT_EQ(Forewarning(options, 2000, 1000, 4.5e8), "2000 taxa: about 56 s and 0.4 GB of memory");
+  EXPECT_EQ(Forewarning(options, 2000, 1000, 3e8),
             "2000 taxa: about 2 min and 0.2 GB of memory; bootstrap replicates 1 at a time, as "
             "many as the memory allows");
 }
