@@ -140,9 +140,6 @@ TEST(Formats, SayWhatIsWrongWithAnAlignment) {
       {"# STOCKHOLM 1.0\na ACGT\n", "f:1:1: this is Stockholm's format; convert it to FASTA"},
       {"LOCUS       X\n",
        "f:1:1: this is GenBank's format; align its sequences and give them as FASTA"},
-      {">a 1\nA\n>a 2\nA\n",
-       "f:3:1: label a stands in line 1 already; give each taxon its own, with _ for blanks: a "
-       "label ends at the first blank"},
       {">a\r\nA\r\n>\r\nA\r\n", "f:3:1: no label; write one"},
       {"CLUSTAL\n\na A\nb C\n\na A\nc C\n",
        "f:7:1: label c where the first block has b; fix the order of the lines"},

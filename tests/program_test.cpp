@@ -83,9 +83,8 @@ TEST_F(ProgramTest, TurnsTheExampleIntoATreeAndThreeFiles) {
   ASSERT_TRUE(std::regex_match(tree_file, match, frame)) << tree_file;
   string rest = match.str(1);
   double length = 0;
-  for (const string& edge : FindAll(rest, ":(-?[0-9.e-]+)")) {
+  for (const string& edge : FindAll(rest, ":(-?[0-9.e-]+)"))
     length += std::max(0., std::stod(edge));
-  }
   EXPECT_NEAR(length, bound, 1e-5);
   std::vector<string> expected = FindAll(Read("primates.nex"), "\n *(\\w+) +[ACGT-]{898}");
   std::vector<string> labels = FindAll(rest, "[(,]([^(),:]+):");

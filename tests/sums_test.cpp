@@ -42,17 +42,16 @@ void ExpectAsDefined(TreeTable tree) {
   for (std::size_t i = 0; i < lengths.size(); ++i) ASSERT_NEAR(lengths[i], defined[i], tolerance);
   for (int row = 0; row < n - 2; ++row) {
     for (const Field side : {kLeft, kRight}) {
-      const int child = Id(tree[row], side);
+      const int child = Id(tree[row], side), node = n + row;
+      const double length = lengths[Index(2 * row + side - kLeft)];
       if (child < n) {
-        ASSERT_EQ(ComputeExternalLength(child, n + row, tree),
-                  lengths[Index(2 * row + side - kLeft)]);
+        ASSERT_EQ(ComputeExternalLength(child, node, tree), length);
         continue;
       }
-      ASSERT_EQ(ComputeInternalLength(n + row, child, tree),
-                lengths[Index(2 * row + side - kLeft)]);
-      const auto gain = static_cast<double>(reference::Delta<long double>(child, n + row, tree));
-      ASSERT_NEAR(Delta(child, n + row, tree), gain, tolerance);
-      ASSERT_EQ(Delta(child, n + row, tree), Delta(n + row, child, tree));
+      ASSERT_EQ(ComputeInternalLength(node, child, tree), length);
+      const double gain = static_cast<double>(reference::Delta<long double>(child, node, tree));
+      ASSERT_NEAR(Delta(child, node, tree), gain, tolerance);
+      ASSERT_EQ(Delta(child, node, tree), Delta(node, child, tree));
     }
   }
 }

@@ -110,11 +110,10 @@ TEST_F(WideOptionsTest, LimitTheTime) {
     EXPECT_GT(Length(options), 0) << options;
   }
   EXPECT_TRUE(Contains(Run("--matrix noise --time 1000h --rounds 8").out, "1, iterations 8\n"));
-  for (const auto& [text, seconds] : std::vector<std::pair<string, double>>{
-           {"90", 90}, {"90s", 90}, {"10m", 600}, {"1.5h", 5400}}) {
+  const std::map<string, double> times{{"90", 90}, {"90s", 90}, {"10m", 600}, {"1.5h", 5400}};
+  for (const auto& [text, seconds] : times) {
     double read = 0;
-    EXPECT_TRUE(wide::ReadTime(text, read));
-    EXPECT_EQ(read, seconds);
+    EXPECT_TRUE(wide::ReadTime(text, read) && read == seconds) << text;
   }
 }
 
