@@ -116,7 +116,9 @@ TEST(NeighbourJoining, JoinsThePairsThatThePlainDoubleLoopFindsFirst) {
 TEST(NeighbourJoining, SearchesFewRows) {
   constexpr int kTaxa = 300;
   for (const Distances& distance :
-       {test::TreeLikeDistances(kTaxa, 0.05, 1), Twins(Points(kTaxa, 2, true, 1))}) {
+       {test::TreeLikeDistances(kTaxa, 0.05, 1), Twins(Points(kTaxa, 2, true, 1)),
+        Distances([](int, int) { return 3.0; }),
+        Distances([](int i, int j) { return i % 5 == j % 5 ? 1.0 : 2.0; })}) {
     const Rows<double> matrix(kTaxa, distance);
     long searched = 0;
     Joining joining;

@@ -286,24 +286,34 @@ class Agglomeration {
     rows_[i][i] = kInfinity;  // no node is its own partner
   }
 
-  // Of nodes whose rows are the same, which means that they are at distance 0, the first one's search
-  // speaks for all: theirs would find the same, and later pairs. They are chained, and kept out of the
-  // searches until those before them have been joined.
+  // Of nodes at the same distances from all others, whatever they have between them, the first one's
+  // search speaks for all: theirs would find the same, and later pairs. They are chained, and kept out of
+  // the searches until those before them have been joined.
   void FindTwins() {
-    std::vector<std::uint32_t> order(twin_);
+    std::vector<std::uint32_t> order(twin_), ends;  // of the chains of one sum
     std::sort(order.begin(), order.end(), [this](std::uint32_t a, std::uint32_t b) {
       return std::make_pair(sum_[a], a) < std::make_pair(sum_[b], b);
     });
-    for (std::size_t k = 1; k < order.size(); ++k) {
-      const std::size_t a = order[k - 1], b = order[k];
-      if (sum_[a] != sum_[b] || rows_[a][b] != 0) continue;
-      rows_[a][a] = rows_[b][b] = 0;
-      if (std::equal(rows_[a], rows_[a] + Places(), rows_[b])) {
-        twin_[a] = order[k];
-        level_[b] = kInfinity;
+    for (const std::uint32_t b : order) {
+      if (!ends.empty() && sum_[ends[0]] != sum_[b]) ends.clear();
+      const auto end =
+          std::find_if(ends.begin(), ends.end(), [&](std::uint32_t a) { return AreTwins(a, b); });
+      if (end == ends.end()) {
+        ends.push_back(b);
+        continue;
       }
-      rows_[a][a] = rows_[b][b] = kInfinity;
+      twin_[*end] = b;
+      *end = b;
+      level_[b] = kInfinity;
     }
+  }
+
+  // Requires: a < b.
+  bool AreTwins(std::size_t a, std::size_t b) const {
+    const Number* const row = rows_[a];
+    const Number* const other = rows_[b];
+    return std::equal(row, row + a, other) && std::equal(row + a + 1, row + b, other + a + 1) &&
+           std::equal(row + b + 1, row + Places(), other + b + 1);
   }
 
   // Takes a node out of its chain; the next one is to be searched from now on.
@@ -373,6 +383,8 @@ class Agglomeration {
       close_up(rows_[i]);
       SumRow(i);
     }
+    for (std::size_t i = 0; i < Places(); ++i)
+      sum_[twin_[i]] = sum_[i];  // but for rounding they are
   }
 
   // By place:

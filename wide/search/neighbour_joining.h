@@ -34,7 +34,7 @@ struct Joining {
 // Number is double, or float for half the memory.
 // Requires: n >= 4, a symmetric matrix of finite numbers (its diagonal is not read).
 // Cost: n for each row that is searched; a join searches about 10 on distances of sequences (3 where half
-// of them are the same), 50 on noise, and up to all of them where all pairs are equal.
+// of them are the same), 50 on noise, and one or a few where all distances are equal, or equal in groups.
 // Memory: n^2 Numbers besides the distances.
 template <typename Number = double>
 Topology JoinNeighbours(int n, const double* const* distances, const Joining& joining = {});
