@@ -50,24 +50,42 @@ std::vector<bool> Together(const Groups& groups, const Topology& topology) {
   return together;
 }
 
-// Moves the taxa of the group to one of them, one after the other. Returns the moves that undo it, the
-// last of them to be made first.
-template <typename Changing>
-std::vector<SprMove> Gather(const std::vector<int>& group, int anchor, const Topology& now,
-                            Changing& tree) {
-  std::vector<SprMove> undoing;
-  for (const int taxon : group) {
-    const int holder = now.leaf_adjacent[Index(taxon)];
-    const int beside = now.leaf_adjacent[Index(anchor)];
-    if (holder == beside) continue;
-    SprMove undo{holder, taxon};
-    for (const int near : now.At(holder)) {
-      if (near != taxon) (undo.from < 0 ? undo.from : undo.to) = near;
-    }
-    undoing.push_back(undo);
-    tree.Apply({holder, taxon, anchor, beside});
+// The largest subtrees without a taxon of another group.
+// Requires: there is such a taxon.
+std::vector<HangingSubtree> Parts(const std::vector<int>& group, const Topology& tree) {
+  std::vector<bool> own(Index(tree.Nodes()));
+  for (const int taxon : group) own[Index(taxon)] = true;
+  const int other = static_cast<int>(std::find(own.begin(), own.end(), false) - own.begin());
+  std::vector<HangingSubtree> order{{tree.leaf_adjacent[Index(other)], other}};
+  for (std::size_t k = 0; k < order.size(); ++k) {
+    const auto [root, holder] = order[k];
+    if (tree.IsLeaf(root)) continue;
+    const auto [a, b] = tree.Others(root, holder);
+    order.push_back({a, root});
+    order.push_back({b, root});
   }
-  return undoing;
+  for (auto at = order.rbegin(); at != order.rend(); ++at) {
+    if (tree.IsLeaf(at->root)) continue;
+    const auto [a, b] = tree.Others(at->root, at->holder);
+    own[Index(at->root)] = own[Index(a)] && own[Index(b)];
+  }
+  std::vector<HangingSubtree> parts;
+  for (const HangingSubtree& part : order) {
+    if (own[Index(part.root)] && !own[Index(part.holder)]) parts.push_back(part);
+  }
+  return parts;
+}
+
+// The tree with all parts of a group at the place of one of them.
+Topology Gathered(const std::vector<HangingSubtree>& parts, const HangingSubtree& anchor,
+                  Topology tree) {
+  int beside = anchor.holder;
+  for (const auto& [root, holder] : parts) {
+    if (root == anchor.root) continue;
+    tree.Apply({holder, root, anchor.root, beside});
+    beside = holder;
+  }
+  return tree;
 }
 
 }  // namespace
@@ -165,26 +183,27 @@ void KeepTogether(const Groups& groups, Neighbourhood& tree) {
   std::vector<bool> together = Together(groups, tree.Current());
   for (std::size_t k = 0; k < groups.size(); ++k) {
     if (together[k]) continue;
-    const std::vector<int>& group = groups[k];
-    int best = group.front();
+    const Topology apart = tree.Current();
+    const std::vector<HangingSubtree> parts = Parts(groups[k], apart);
+    Topology best;
     double shortest = std::numeric_limits<double>::infinity();
-    for (const int anchor : group) {
-      const std::vector<SprMove> undoing = Gather(group, anchor, tree.Current(), tree);
-      if (tree.Length() < shortest) {
-        shortest = tree.Length();
-        best = anchor;
-      }
-      for (auto undo = undoing.rbegin(); undo != undoing.rend(); ++undo) tree.Apply(*undo);
+    for (const HangingSubtree& anchor : parts) {
+      tree.Set(Gathered(parts, anchor, apart));
+      if (!(tree.Length() < shortest)) continue;
+      shortest = tree.Length();
+      best = tree.Current();
     }
-    Gather(group, best, tree.Current(), tree);
-    together = Together(groups, tree.Current());
+    tree.Set(best);
+    together = Together(groups, best);
   }
 }
 
 void KeepTogether(const Groups& groups, Topology& tree) {
   const std::vector<bool> together = Together(groups, tree);
   for (std::size_t k = 0; k < groups.size(); ++k) {
-    if (!together[k]) Gather(groups[k], groups[k].front(), tree, tree);
+    if (together[k]) continue;
+    const std::vector<HangingSubtree> parts = Parts(groups[k], tree);
+    tree = Gathered(parts, parts[0], std::move(tree));
   }
 }
 

@@ -30,11 +30,11 @@ Topology WithoutOthers(const std::vector<int>& kept, Topology tree);
 Topology WithGroups(const Groups& groups, const std::vector<int>& kept, int n,
                     const Topology& tree);
 
-// Moves the taxa of each group that stand apart to one of them, to the one where the tree becomes
-// shortest.  Cost: a move for each taxon that such a group has.
+// Puts the parts of each group that stands apart together, where one of them is: where the tree becomes
+// shortest.  Cost: Set of the tree for each part.
 void KeepTogether(const Groups& groups, Neighbourhood& tree);
 
-// Moves those that stand apart to the first of their group.
+// Where some part is.  Cost: n for each group that stands apart.
 void KeepTogether(const Groups& groups, Topology& tree);
 
 // Makes the edges within each group 0, which they are but for rounding.
