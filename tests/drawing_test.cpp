@@ -215,8 +215,12 @@ std::vector<std::string> Names(int taxa) {
 }
 
 TEST(Picture, ShowsLengthsAndSupportsWhereTheyBelong) {
-  for (const Layout layout : {Layout::kPhylogram, Layout::kUnrooted}) {
+  for (const auto& [layout, unit] : {std::pair{Layout::kPhylogram, 1.0},
+                                     {Layout::kPhylogram, 2.0},
+                                     {Layout::kPhylogram, 5.0},
+                                     {Layout::kUnrooted, 1.0}}) {
     Tree given = GrownTree(14, false, 3, 0.5);
+    for (Tree::Node& node : given.nodes) node.length *= unit;
     for (const int node : given.preorder) {
       if (!given.IsTaxon(node)) given.nodes[Index(node)].support = 0.01 * node + 0.45;
     }
@@ -237,7 +241,8 @@ TEST(Picture, ShowsLengthsAndSupportsWhereTheyBelong) {
       for (int node = std::stoi(label.text.substr(1)); node >= 0; node = tree.At(node).parent) {
         length += tree.ShownLength(node);
       }
-      EXPECT_NEAR(shown.Depth(shown.Tip(label), &passed) * bar / shown.bar_pixels, length, 2e-3);
+      EXPECT_NEAR(shown.Depth(shown.Tip(label), &passed) * bar / shown.bar_pixels, length,
+                  2e-3 * unit);
       EXPECT_LE(std::abs(label.angle), std::acos(-1) / 2 + 1e-4) << "upside down";
       const double wide = TextWidth(label.text) * Canvas::kFont * (label.backwards ? -1 : 1);
       for (const double along : {0.0, wide}) {

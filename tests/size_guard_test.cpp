@@ -54,6 +54,9 @@ TEST(SizeGuard, WarnsOfLongRunsOnly) {
   EXPECT_EQ(Forewarning(options, 20000, 1000, 1e11), "20000 taxa: about 2 min and 16 GB of memory");
   options.bootstrap.replicates = 100;
   EXPECT_EQ(Forewarning(options, 2000, 1000, 1e10), "2000 taxa: about 2 min and 0.2 GB of memory");
+  options.bootstrap.replicates = 2000;
+  EXPECT_EQ(Forewarning(options, 2000, 1000, 1e10), "2000 taxa: about 37 min and 0.2 GB of memory");
+  options.bootstrap.replicates = 100;
   options.search.threads = 2;
   EXPECT_EQ(Forewarning(options, 2000, 1000, 1e10), "");
   EXPECT_EQ(Forewarning(options, 2000, 1000, 4.5e8), "2000 taxa: about 56 s and 0.4 GB of memory");

@@ -201,6 +201,9 @@ TEST_F(WideProgramTest, KeepsIdenticalSequencesTogether) {
           "^\\(a:0,\\(.*,a3:0\\):0,a2:0|^\\(a:0,.*\\(a2:0,a3:0\\):0|^\\(a:0,a3:0,\\(a2:0,.*")))
       << tree;
   EXPECT_TRUE(Contains(tree, "(d:0,d2:0)")) << tree;
+  Write("code.fa", Fasta({{"a", kA}, {"b", kA}, {"c", kB}, {"d", kC}}));
+  EXPECT_TRUE(
+      Contains(Run("code.fa").out, "\nleft aside  0 gaps and missing sites, 1 ambiguity code\n"));
   Write("all.fa", Fasta({{"a", kA}, {"b", kA}, {"c", kA}, {"d", kA}}));
   for (const char* layout : {"unrooted", "phylogram"}) {
     EXPECT_EQ(Run(string("all.fa --draw all.svg --bootstrap 2 --layout ") + layout).status, 0);
