@@ -44,6 +44,7 @@ TEST_F(GivenTreesTest, StartsFromATreeOrOnlyFitsTrees) {
   EXPECT_EQ(Files(), (std::vector<string>{"fitted", "m", "other", "star", "two"}));
 
   const string other = Read("fitted").substr(31);
+  EXPECT_TRUE(Contains(other, ":0") && !Contains(other, "-")) << "negative edges are written as 0";
   EXPECT_EQ(Tree("m --matrix --tree other --search none"), other);
   EXPECT_EQ(Tree("m --matrix --evaluate other"), other);
   EXPECT_EQ(Tree("m --matrix --tree other"), "(a:1,b:2,(c:4,(d:5,e:6):7):3);\n");

@@ -76,6 +76,7 @@ TEST(WideTreeFile, ReadsWhatOthersWrite) {
   EXPECT_EQ(star[0].nodes.size(), 6u);
   EXPECT_TRUE(std::isnan(star[0].At(0).length));
   EXPECT_EQ(Edges(star[1]).at({1, 2}).second, Tree::kNoSupport);
+  EXPECT_EQ(Edges(Read("(A,B_C,('it''s',d)3,5);", kFive)[0]).at({2, 3}).second, 0.03);
   EXPECT_EQ(Read("((d,c),(b,a)); (a,b,c,d);", {}).size(), 2u);
 }
 
