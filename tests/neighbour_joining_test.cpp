@@ -76,7 +76,9 @@ void ExpectThePlainTree(int n, const Distances& distance) {
   Rows<Number> matrix(n, distance);
   const Topology expected = test::JoinPlainly<Number>(n, matrix.rows.data());
   const Rows<double> wide(n, distance);
-  EXPECT_TRUE(Same(JoinNeighbours<Number>(n, wide.rows.data()), expected));
+  Joining shared;
+  shared.threads = 3;
+  EXPECT_TRUE(Same(JoinNeighbours<Number>(n, wide.rows.data(), shared), expected));
   for (const int power : {-3, 3}) {
     for (Number& value : matrix.values) {
       value = std::ldexp(value, power * std::numeric_limits<Number>::max_exponent / 4);

@@ -31,6 +31,7 @@
 
 #include "core/index.h"
 #include "core/large_table.h"
+#include "core/parallel.h"
 
 namespace zorvek::wide {
 
@@ -146,6 +147,16 @@ int ScaleIfExtreme(int n, Number* const* rows) {
   return exponent;
 }
 
+// Calls work(i) for i from 0 to count-1, each once, on so many threads.
+template <typename Work>
+void ForEachBlock(std::size_t count, int threads, const Work& work) {
+  constexpr std::size_t kBlock = 64;
+  ForEach(static_cast<int>((count + kBlock - 1) / kBlock), threads, [&](int block, int) {
+    const std::size_t begin = Index(block) * kBlock;
+    for (std::size_t i = begin; i < std::min(begin + kBlock, count); ++i) work(i);
+  });
+}
+
 // Two places, and the Q of the nodes there.
 struct Pair {
   std::size_t first, second;  // first < second
@@ -156,7 +167,7 @@ template <typename Number>
 class Agglomeration {
  public:
   // Takes the rows over.
-  Agglomeration(int n, Number* const* distances)
+  Agglomeration(int n, Number* const* distances, int threads)
       : rows_(distances, distances + n),
         node_(Index(n)),
         sum_(Index(n)),
@@ -166,13 +177,18 @@ class Agglomeration {
         partner_(Index(n)),
         twin_(Index(n)),
         active_(n),
+        threads_(threads),
         search_(ChooseSearch<Number>()) {
     exponent_ = ScaleIfExtreme(n, distances);
     std::iota(node_.begin(), node_.end(), 0);
     std::iota(twin_.begin(), twin_.end(), 0);
-    for (std::size_t i = 0; i < Places(); ++i) SumRow(i);
+    ForEachRow([this](std::size_t i) { SumRow(i); });
     FindTwins();
     RemakeShares();
+    ForEachRow([this](std::size_t i) {
+      if (level_[i] < kInfinity) LookAlong(i);
+    });
+    searched_ = n;
   }
 
   int Node(std::size_t place) const { return node_[place]; }
@@ -272,12 +288,24 @@ class Agglomeration {
 
   void Search(std::size_t i, Pair& best) {
     ++searched_;
+    const Found<Number> found = LookAlong(i);
+    if (found.place < Places()) Offer(i, found.place, found.least, best);
+  }
+
+  // Finds the partner of a row and sets its level.
+  Found<Number> LookAlong(std::size_t i) {
     const Found<Number> found = search_(rows_[i], share_.data(), share_[i], Places());
-    if (found.place == Places()) return;
+    if (found.place == Places()) return found;
     partner_[i] = static_cast<std::uint32_t>(found.place);
     near_[i] = rows_[i][found.place];
     level_[i] = double{found.second} + double{share_[i]} + growth_;
-    Offer(i, found.place, found.least, best);
+    return found;
+  }
+
+  // Calls work(i) for all places, on all threads.
+  template <typename Work>
+  void ForEachRow(const Work& work) const {
+    ForEachBlock(Places(), threads_, work);
   }
 
   void SumRow(std::size_t i) {
@@ -379,10 +407,10 @@ class Agglomeration {
       (values.resize(kept.size()), ...);
     };
     shorten(rows_, node_, sum_, share_, level_, near_, partner_, twin_);
-    for (std::size_t i = 0; i < Places(); ++i) {
+    ForEachRow([&](std::size_t i) {
       close_up(rows_[i]);
       SumRow(i);
-    }
+    });
     for (std::size_t i = 0; i < Places(); ++i)
       sum_[twin_[i]] = sum_[i];  // but for rounding they are
   }
@@ -397,7 +425,8 @@ class Agglomeration {
   std::vector<std::uint32_t> partner_;
   std::vector<std::uint32_t> twin_;  // the next in its chain, the last one itself
 
-  int active_;        // m
+  int active_;  // m
+  int threads_;
   int exponent_ = 0;  // of the scale
   double growth_ = 0;
   double largest_share_ = 0;
@@ -411,7 +440,7 @@ class Agglomeration {
 
 template <typename Number>
 Topology JoinNeighboursInPlace(int n, Number* const* distances, const Joining& joining) {
-  Agglomeration<Number> nodes(n, distances);
+  Agglomeration<Number> nodes(n, distances, joining.threads);
   Topology tree(n);
   const auto link = [&tree](int child, int node, std::size_t place) {
     tree.adjacent[Index(node - tree.taxa)][place] = child;
@@ -455,11 +484,11 @@ template <typename Number>
 Topology JoinNeighbours(int n, const double* const* distances, const Joining& joining) {
   const LargeTable<Number> table = MakeLargeTable<Number>(Index(n) * Index(n));
   std::vector<Number*> rows;
-  for (int i = 0; i < n; ++i) {
-    rows.push_back(&table[Index(i) * Index(n)]);
-    std::transform(distances[i], distances[i] + n, rows.back(),
+  for (int i = 0; i < n; ++i) rows.push_back(&table[Index(i) * Index(n)]);
+  ForEachBlock(rows.size(), joining.threads, [&](std::size_t i) {
+    std::transform(distances[i], distances[i] + n, rows[i],
                    [](double distance) { return static_cast<Number>(distance); });
-  }
+  });
   return JoinNeighboursInPlace(n, rows.data(), joining);
 }
 

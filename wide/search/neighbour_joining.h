@@ -19,7 +19,8 @@ struct Joining {
                                          // partner that is best for it
   std::function<bool(double)> poll;  // told the share of the work that is done, true ends it: what
                                      // is left is joined without a search; may be empty
-  long* searched = nullptr;          // becomes the number of rows that were searched
+  int threads = 1;  // share what is done to all rows: the first search, closing up after joins
+  long* searched = nullptr;  // becomes the number of rows that were searched
   std::vector<double>* lengths =
       nullptr;  // become, for each node but the last, the length of the edge
                 // by which it was joined,

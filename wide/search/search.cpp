@@ -184,6 +184,7 @@ class Search {
       }
       return Stopped();
     };
+    if (reports && Starts() == 1) joining.threads = settings_.threads;
     if (!distinct_.empty()) return JoinDistinct(joining);
     return n_ < kSinglePrecision ? JoinNeighbours<double>(n_, distances_, joining)
                                  : JoinNeighbours<float>(n_, distances_, joining);
