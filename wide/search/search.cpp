@@ -71,6 +71,23 @@ void CheckFinite(int n, const double* const* distances) {
   }
 }
 
+// The share of a descent that is done, from that of the present pass over the tree: a pass is reckoned to
+// take as long as all after it, which find less and less.
+class Passes {
+ public:
+  double Done(double of_pass) {
+    if (of_pass < last_ - 0.5) left_ /= 2;
+    last_ = of_pass;
+    done_ = std::max(done_, 1 - left_ * (1 - of_pass / 2));
+    return done_;
+  }
+
+ private:
+  double done_ = 0;
+  double left_ = 1;  // when the pass began
+  double last_ = 0;
+};
+
 // The whole search: its clock, its best tree, and the threads.
 class Search {
  public:
@@ -167,8 +184,9 @@ class Search {
 
   void Descend(Descent& descent, const Descent::Poll& poll) const {
     if (settings_.moves == Moves::kNone) return;
-    descent.ByNni(poll, settings_.moves == Moves::kNni);
-    if (settings_.moves == Moves::kSpr) descent.BySpr(poll);
+    if (settings_.moves == Moves::kNni) return descent.ByNni(poll, true);
+    descent.ByNni([&poll](double) { return poll(0); }, false);  // soon done
+    descent.BySpr(poll);
   }
 
   // A joined tree of the taxa that are searched.
@@ -216,8 +234,11 @@ class Search {
     const auto descend = [this](std::unique_ptr<Descent>& descent, int number) {
       const bool reports = &descent == &descents_[0];  // on the thread that called
       Place(descent, Start(number, reports));
+      Passes passes;
       Descend(*descent, [&](double fraction) {
-        if (reports) ReportDescent(fraction, descent->Around().Length());
+        if (reports) {
+          ReportDescent((number + passes.Done(fraction)) / Starts(), descent->Around().Length());
+        }
         return Stopped();
       });
       return Found(descent->Around());
