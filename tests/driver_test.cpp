@@ -118,6 +118,7 @@ TEST_F(TreeWriterTest, WritesTheBestTreeWithLabelsAndRawLengths) {
                                   {-1, 8, 7, 6, -2, 0}};
   for (int row = 0; row < 4; ++row) std::copy_n(rows[row], +kFields, OPT[row]);
   Write("tree.phylogeny", std::string(1000, 'x'));
+  PrintTree(Path("first").c_str());
   PrintTree(Path("no/folder").c_str());  // passed over; the stream serves for the next
   PrintTree(Path("tree").c_str());
   EXPECT_EQ(Read("tree.phylogeny"),

@@ -110,6 +110,7 @@ TEST_F(WideOptionsTest, LimitTheTime) {
     EXPECT_GT(Length(options), 0) << options;
   }
   EXPECT_TRUE(Contains(Run("--matrix noise --time 1000h --rounds 8").out, "1, iterations 8\n"));
+  EXPECT_TRUE(Contains(Run("--matrix noise --time .02s").out, "1, by the clock\n"));
   const std::map<string, double> times{{"90", 90}, {"90s", 90}, {"10m", 600}, {"1.5h", 5400}};
   for (const auto& [text, seconds] : times) {
     double read = 0;
