@@ -48,6 +48,7 @@ for taxa in "${sizes[@]}"; do
   wide "joined (\`--search none\`)" --search none
   wide "default" --search spr
   wide "ordinary least squares, joined" --criterion ols --search none
+  wide "ordinary least squares" --criterion ols
   "$wide" x.fa --model tn93 --drop-undefined --search none --quiet --newick n --output o \
     --log l --distances d
   run "quicktree" quicktree -in m d

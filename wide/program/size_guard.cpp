@@ -18,6 +18,7 @@ constexpr double kPairSite = 25e-12;    // and for each of their sites
 constexpr double kGrowth = 2.1;         // exponent of n in what follows
 constexpr double kJoining = 20e-9;      // seconds of neighbour joining
 constexpr double kDescent = 80e-9;      // seconds of a descent
+constexpr double kOlsDescent = 160e-9;  // of one under least squares
 constexpr double kAlone = 0.3;          // share of it that threads cannot take over
 
 constexpr double kProgram = 16e6;  // bytes, whatever is read
@@ -44,6 +45,11 @@ double BytesOfThread(const SearchSettings& search, double taxa) {
   if (search.moves == Moves::kNone && search.iterations == 0) return joining;
   const double tree = BytesOfTree(search.criterion, taxa);
   return search.starts > 1 ? tree + joining : std::max(tree, joining);
+}
+
+double SecondsOfDescent(const SearchSettings& search) {
+  if (search.moves == Moves::kNone) return 0;
+  return search.criterion == Criterion::kOls ? kOlsDescent : kDescent;
 }
 
 std::string Size(double bytes) {
@@ -101,7 +107,7 @@ Needs NeedsOf(const Options& options, double taxa, double sites, double memory) 
   const double distances = sites > 0 ? squared / 2 * (pair + kPairSite * sites) : 0;
   const double power = std::pow(taxa, kGrowth);
   const double joining = power * kJoining;
-  const double descent = search.moves == Moves::kNone ? 0 : power * kDescent;
+  const double descent = power * SecondsOfDescent(search);
   const double found = search.starts == 1
                            ? joining + descent * (kAlone + (1 - kAlone) / threads)
                            : (joining + descent) * std::ceil(search.starts / threads);
