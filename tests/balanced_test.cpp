@@ -1,7 +1,10 @@
 // The balanced criterion against its definition, and the search under it against all trees.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <map>
 #include <numeric>
+#include <random>
 
 #include "tests/data.h"
 #include "tests/trees.h"
@@ -148,6 +151,38 @@ TEST(Balanced, FindsTheBestPlaceOfEverySubtree) {
 
 // What a sector gains, the whole gains, by moves that are random or promise something; and sectors that
 // meet can be put back together.
+TEST(HeatBath, TreesComeUpAsOftenAsTheirLengthsSay) {
+  constexpr int kSettled = 100000;
+  const DistanceMatrix matrix = test::RandomMatrix(5, 3);
+  std::mt19937_64 generator(1);
+  std::extreme_value_distribution<double> gumbel(0, 1);
+  for (const Criterion criterion : {Criterion::kBalanced, Criterion::kOls}) {
+    const auto tree =
+        MakeNeighbourhood(criterion, test::RandomTopology(matrix, generator), matrix.Rows());
+    const double heat = 0.3;
+    std::map<long, int> came;  // by the length in units of 1e-9
+    std::vector<double> noise(Index(tree->Current().Nodes() + 2));
+    for (int k = 0; k < kSettled; ++k) {
+      for (double& number : noise) number = gumbel(generator);
+      const int holder = 5 + static_cast<int>(generator() % 3);
+      SprMove move;
+      if (tree->Resettle(holder, tree->Current().At(holder)[generator() % 3], heat, noise.data(),
+                         move)) {
+        tree->Apply(move);
+      }
+      ++came[std::lround(tree->Length() * 1e9)];
+    }
+    ASSERT_EQ(came.size(), 15u);
+    double all = 0;
+    for (const auto& [length, count] : came)
+      all += std::exp(-1e-9 * static_cast<double>(length) / heat);
+    for (const auto& [length, count] : came) {
+      EXPECT_NEAR(static_cast<double>(count) / kSettled,
+                  std::exp(-1e-9 * static_cast<double>(length) / heat) / all, 0.008);
+    }
+  }
+}
+
 TEST(Sectors, StandForTheWholeUnderEitherCriterion) {
   for (const Criterion criterion : {Criterion::kBalanced, Criterion::kOls}) {
     std::mt19937_64 generator(1);

@@ -316,9 +316,9 @@ TEST(WideSearch, DependsOnItsSeedAndNotOnTheThreads) {
     double descended, iterated;
   };
   for (const Case& now :
-       {Case{Criterion::kBalanced, 44, 7200, 6, 4.42827783422951, 4.357771968300597},
-        {Criterion::kBalanced, 150, 5100, 5, 32.33094508922142, 32.32389516777511},
-        {Criterion::kOls, 40, 600, 5, 4.241488941479894, 4.121488118743256}}) {
+       {Case{Criterion::kBalanced, 44, 4900, 6, 4.42827783422951, 4.3520547662999558},
+        {Criterion::kBalanced, 150, 5100, 5, 32.33094508922142, 32.32737746697709},
+        {Criterion::kOls, 40, 600, 5, 4.241488941479894, 4.1840539506240795}}) {
     const DistanceMatrix matrix = now.taxa > 100
                                       ? test::TreeLikeMatrix(now.taxa, 0.5, now.distances)
                                       : test::RandomMatrix(now.taxa, now.distances);

@@ -47,7 +47,7 @@ struct SearchSettings {
       nullptr;          // the first starting tree, unrooted; neighbour joining's without one
   int starts = 1;       // starting trees: that, then randomised joinings
   double greedy = 0.5;  // randomised joinings: share of greedy joins, 0..1
-  long iterations = 0;  // perturbations tried after the descents
+  long iterations = 0;  // rounds of annealing after the descents
   int threads = 1;
   double seconds = 0;   // wall-clock limit, 0 for none
   double patience = 0;  // wall-clock seconds without an improvement that end the search, 0 for none

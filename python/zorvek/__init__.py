@@ -193,7 +193,7 @@ def search(
     criterion: balanced, the sum of the balanced edge lengths, or ols, that of the positive lengths by
         ordinary least squares.
     search: what improves the neighbour-joining tree: none, nni or spr.
-    iterations: how often the tree is disturbed after a descent by spr; without limit if a time is given.
+    iterations: rounds of annealing after a descent by spr; without limit if a time is given.
     seed: of all random choices. The result does not depend on `threads`.
     time: seconds after which the search ends; 0 for none.
     starts: starting trees, of which all but the first are randomised joinings.

@@ -263,27 +263,59 @@ void BalancedNeighbourhood::Scan() {
   if (!ordered_) OrderVisits();
 }
 
-// Both sides of the holder are scanned: below it, or below and above.
 bool BalancedNeighbourhood::BestSpr(int holder, int subtree, SprMove& best, int thread) {
-  const int x = RowOf(subtree), p = RowOf(holder);
-  const auto [a, b] = Others(p, x);
-  const double here = At(x, a) + At(x, b) - At(a, b);
-  const int above = visits_[Index(visits_[Index(place_[Index(p)])].parent)].row;
+  const double here = Here(holder, subtree);
+  SprScan scan = ScanOf(subtree, thread);
+  scan.least = here - 2 * margin_;
+  if (!ScanPlaces<false>(holder, subtree, scan, best)) return false;
+  best.gain = (here - scan.least) * 0.5 * unit_;
+  return true;
+}
+
+// Of the places with costs c, the one with the least c - heat G is chosen, which is each of them with a
+// probability in proportion to exp(-c / heat) [Gumbel1954].
+bool BalancedNeighbourhood::Resettle(int holder, int subtree, double heat, const double* noise,
+                                     SprMove& move) {
+  Scan();
+  SprScan scan = ScanOf(subtree, 0);
+  scan.heat = 2 * heat / unit_;
+  scan.noise = noise + 1;
+  scan.least = Here(holder, subtree) - scan.heat * noise[0];
+  return ScanPlaces<true>(holder, subtree, scan, move);
+}
+
+// Twice what the subtree costs where it is, by equation 6.
+double BalancedNeighbourhood::Here(int holder, int subtree) const {
+  const int x = RowOf(subtree);
+  const auto [a, b] = Others(RowOf(holder), x);
+  return At(x, a) + At(x, b) - At(a, b);
+}
+
+BalancedNeighbourhood::SprScan BalancedNeighbourhood::ScanOf(int subtree, int thread) {
   std::vector<Reached>& reached = reached_[Index(thread)];
   reached.resize(row_.size());
-  SprScan scan{Row(x), nullptr, reached.data(), here - 2 * margin_, {-1, -1}};
+  return {Row(RowOf(subtree)), nullptr, reached.data(), 0, {-1, -1}, 0, nullptr};
+}
+
+// Both sides of the holder are scanned: below it, or below and above. Returns whether any place costs less
+// than the scan has.
+template <bool kHot>
+bool BalancedNeighbourhood::ScanPlaces(int holder, int subtree, SprScan& scan,
+                                       SprMove& best) const {
+  const int p = RowOf(holder);
+  const auto [a, b] = Others(p, RowOf(subtree));
+  const int above = visits_[Index(visits_[Index(place_[Index(p)])].parent)].row;
   for (const auto& [start, other] : {std::pair(a, b), std::pair(b, a)}) {
     scan.b = Row(other);
     if (start == above) {
-      ScanAbove(p, other, scan);
+      ScanAbove<kHot>(p, other, scan);
     } else {
       scan.reached[place_[Index(start)]] = {scan.x[other], 0.25};
-      ScanBelow(place_[Index(start)], scan);
+      ScanBelow<kHot>(place_[Index(start)], scan);
     }
   }
   if (scan.target.first < 0) return false;
-  best = {holder, subtree, node_[Index(scan.target.first)], node_[Index(scan.target.second)],
-          (here - scan.least) * 0.5 * unit_};
+  best = {holder, subtree, node_[Index(scan.target.first)], node_[Index(scan.target.second)]};
   return true;
 }
 
@@ -303,6 +335,7 @@ inline BalancedNeighbourhood::Reached BalancedNeighbourhood::Cost(const SprScan&
 }
 
 // Scans the edges below the node at a place, which has been reached.
+template <bool kHot>
 void BalancedNeighbourhood::ScanBelow(int start, SprScan& scan) const {
   double least = scan.least;
   int found = -1;
@@ -310,6 +343,7 @@ void BalancedNeighbourhood::ScanBelow(int start, SprScan& scan) const {
     const Visit& at = visits_[Index(k)];
     double cost;
     scan.reached[k] = Cost(scan, scan.reached[at.parent], at.row, at.beside, at.across, cost);
+    if (kHot) cost -= scan.heat * scan.noise[k];
     if (cost < least) {
       least = cost;
       found = k;
@@ -322,6 +356,7 @@ void BalancedNeighbourhood::ScanBelow(int start, SprScan& scan) const {
 }
 
 // Scans the edges outside the subtree of the holder, whose other one besides X is B = `other`.
+template <bool kHot>
 void BalancedNeighbourhood::ScanAbove(int holder, int other, SprScan& scan) const {
   int from = place_[Index(holder)];
   Reached reached{scan.x[other], 0.25};
@@ -332,12 +367,14 @@ void BalancedNeighbourhood::ScanAbove(int holder, int other, SprScan& scan) cons
     const int below = place_[Index(down)];
     double cost;
     scan.reached[below] = Cost(scan, reached, down, up, visits_[Index(below)].across, cost);
+    if (kHot) cost -= scan.heat * scan.noise[below];
     if (cost < scan.least) {
       scan.least = cost;
       scan.target = {here.row, down};
     }
-    ScanBelow(below, scan);
+    ScanBelow<kHot>(below, scan);
     reached = Cost(scan, reached, up, down, here.across, cost);
+    if (kHot) cost -= scan.heat * scan.noise[at];
     if (cost < scan.least) {
       scan.least = cost;
       scan.target = {here.row, up};

@@ -64,6 +64,8 @@ class BalancedNeighbourhood final : public Neighbourhood {
   using Neighbourhood::BestSpr;
   bool BestSpr(int holder, int subtree, SprMove& best, int thread) override;
 
+  bool Resettle(int holder, int subtree, double heat, const double* noise, SprMove& move) override;
+
   // Cost: constant.
   bool BestNni(int u, int v, SprMove& best) override;
 
@@ -100,13 +102,16 @@ class BalancedNeighbourhood final : public Neighbourhood {
   using Target = std::pair<int, int>;
 
   // The rows of X and of B, the subtree on the other side of its holder from where the scan goes; what
-  // it has reached, by place; the least cost so far, twice, and the edge that has it.
+  // it has reached, by place; the least cost so far, twice, and the edge that has it; in a heat bath what
+  // the costs are reduced by, twice the heat times the noise by place.
   struct SprScan {
     const double* x;
     const double* b;
     Reached* reached;
     double least;
     Target target;
+    double heat;
+    const double* noise;
   };
 
   // A node of a hanging subtree, its parent, its sibling, and its depth there.
@@ -145,8 +150,14 @@ class BalancedNeighbourhood final : public Neighbourhood {
 
   static Reached Cost(const SprScan& scan, const Reached& behind, int next, int side, double across,
                       double& cost);
+  template <bool kHot>
+  bool ScanPlaces(int holder, int subtree, SprScan& scan, SprMove& best) const;
+  template <bool kHot>
   void ScanBelow(int start, SprScan& scan) const;
+  template <bool kHot>
   void ScanAbove(int holder, int other, SprScan& scan) const;
+  double Here(int holder, int subtree) const;
+  SprScan ScanOf(int subtree, int thread);
   void Write(int u, int v, double average);
   void WriteAcross(int u, int v, double average);
   void Link(const SprMove& move);

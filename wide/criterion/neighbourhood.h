@@ -47,7 +47,14 @@ class Neighbourhood {
     return BestSpr(holder, subtree, best, 0);
   }
 
-  // The same of the two NNIs across the edge between internal nodes u and v.
+  // Takes the subtree out and chooses a place for it at random, each with a probability in proportion to
+  // exp(-length of the tree / heat), as a heat bath does [Geman1984]. Returns whether it is another place
+  // than the one it has, and the move there, which is not made. `noise` are Nodes() + 2 random numbers of
+  // the Gumbel distribution, heat > 0.  Cost: as BestSpr.
+  virtual bool Resettle(int holder, int subtree, double heat, const double* noise,
+                        SprMove& move) = 0;
+
+  // Like BestSpr, of the two NNIs across the edge between internal nodes u and v.
   virtual bool BestNni(int u, int v, SprMove& best) = 0;
 
   // Whether a move takes far longer to make than to find, so that whoever descends had better look around

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "core/index.h"
@@ -91,6 +92,26 @@ bool OlsNeighbourhood::BestSpr(int holder, int subtree, SprMove& best, int threa
   std::partial_sort(found.begin(), found.begin() + static_cast<std::ptrdiff_t>(judged), found.end(),
                     [](const SprMove& x, const SprMove& y) { return x.gain > y.gain; });
   return Judge(judged, walker, best);
+}
+
+// The last number of the noise, G, makes exp(-G) exponentially distributed.
+bool OlsNeighbourhood::Resettle(int holder, int subtree, double heat, const double* noise,
+                                SprMove& move) {
+  Scan();
+  Walker& walker = walkers_[0];
+  FindMoves(holder, subtree, -std::numeric_limits<double>::infinity(), walker);
+  const SprMove* chosen = nullptr;
+  double most = heat * *noise++;
+  for (const SprMove& found : walker.found) {
+    const double gain = found.gain + heat * *noise++;
+    if (!(gain > most)) continue;
+    most = gain;
+    chosen = &found;
+  }
+  if (chosen == nullptr) return false;
+  move = *chosen;
+  const double unforeseen = OlsSprLength(tree_, walker.walk, move).Change() + move.gain;
+  return unforeseen < heat * std::exp(-*noise);
 }
 
 // The subtree at u goes to the other side of v, beside the one subtree there or the other.

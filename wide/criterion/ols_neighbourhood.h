@@ -58,6 +58,10 @@ class OlsNeighbourhood : public Neighbourhood {
   using Neighbourhood::BestSpr;
   bool BestSpr(int holder, int subtree, SprMove& best, int thread) override;
 
+  // Chooses by the decrease of the length with negative edges included, and lets the choice stand with the
+  // probability that makes up for the difference [Metropolis1953].
+  bool Resettle(int holder, int subtree, double heat, const double* noise, SprMove& move) override;
+
   // Cost: LengthAfter of two moves.
   bool BestNni(int u, int v, SprMove& best) override;
 

@@ -128,6 +128,12 @@ bool OlsSector::BestSpr(int holder, int subtree, SprMove& best, int thread) {
   return true;
 }
 
+bool OlsSector::Resettle(int holder, int subtree, double heat, const double* noise, SprMove& move) {
+  if (!within_->Resettle(In(holder), In(subtree), heat, noise, move)) return false;
+  move = Out(move);
+  return true;
+}
+
 bool OlsSector::BestNni(int u, int v, SprMove& best) {
   if (!within_->BestNni(In(u), In(v), best)) return false;
   best = Out(best);

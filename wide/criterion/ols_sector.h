@@ -34,6 +34,7 @@ class OlsSector : public Neighbourhood {
   double Margin() override { return within_->Margin(); }
   void Scan() override { within_->Scan(); }
   bool BestSpr(int holder, int subtree, SprMove& best, int thread) override;
+  bool Resettle(int holder, int subtree, double heat, const double* noise, SprMove& move) override;
   bool BestNni(int u, int v, SprMove& best) override;
   bool MovesAreDear() const override { return within_->MovesAreDear(); }
   void Apply(const SprMove& move) override;

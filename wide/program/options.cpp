@@ -140,7 +140,7 @@ void AddSearch(CLI::App& app, Options& options) {
             "N", "seed of all random choices");
   for (const char* name : {"--iterations", "--rounds"}) {
     AddNumber(app, name, search.iterations, 0L, SearchSettings::kUnlimited, "N",
-              "perturbations to try; no limit with --time or --patience");
+              "rounds of annealing after the descent; no limit with --time or --patience");
   }
   app.get_option("--rounds")->group("");  // its former name
   AddTime(app, "--time", search.seconds, "the search ends then");

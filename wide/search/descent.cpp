@@ -18,6 +18,11 @@ constexpr std::size_t kTaxaPerMove = 50;
 
 constexpr int kScanned = 16;  // nodes that a thread looks around at a time
 
+constexpr double kFirstShare = 0.4;  // of subtrees that move when annealing begins
+constexpr double kFirstHeat = 0.1;   // in mean edge lengths, until it follows the share
+constexpr double kFollow = 0.02;     // by which it does, of its logarithm, with each subtree
+constexpr int kUnpolled = 32;        // subtrees settled between two polls
+
 constexpr int kTogether = 64;  // of a long queue, looked around before any of them is moved
 
 // Those of the moves, which are in order of preference, that are far enough from the ones before them not
@@ -175,44 +180,43 @@ std::vector<SprMove> Descent::LookAround(const std::vector<int>& nodes,
   return moves;
 }
 
-void Descent::Kick(int moves, std::mt19937_64& generator) {
-  const auto inner = static_cast<unsigned>(Current().taxa - 2);
-  for (int move = 0; move < moves; ++move) {
-    PerturbAt(Current().taxa + static_cast<int>(generator() % inner), generator);
+std::vector<double> GumbelNoise() {
+  std::mt19937_64 generator(1);
+  std::vector<double> numbers(1 << 14);
+  for (double& number : numbers) {
+    const double uniform = (static_cast<double>(generator() >> 11) + 0.5) * 0x1p-53;
+    number = -std::log(-std::log(uniform));
   }
+  return numbers;
 }
 
-void Descent::Anneal(long tries, double heat, std::mt19937_64& generator, const Poll& poll) {
+void Descent::Anneal(long settled, const std::vector<double>& noise, std::mt19937_64& generator,
+                     const Poll& poll) {
   const auto inner = static_cast<unsigned>(Current().taxa - 2);
-  const double hottest = heat * MeanEdge();
-  std::uniform_real_distribution<double> unit(0, 1);
+  const std::size_t offsets = noise.size() - Index(Current().Nodes()) - 2;
+  double heat = kFirstHeat * MeanEdge();
   Topology best = Current();
-  double length = neighbourhood_->Length();
-  double least = length;
-  trying_ = true;
-  for (long k = 0; k < tries && !poll(0); ++k) {
-    back_.clear();
-    int centre = Current().taxa + static_cast<int>(generator() % inner);
-    for (int moves = 2 + static_cast<int>(generator() % 3); moves > 0; --moves) {
-      centre = Wander(centre, generator);
-      PerturbAt(centre, generator);
-    }
-    EmptyQueue(poll);
-    const double now = neighbourhood_->Length();
-    const double rise = now - length;
-    const double degree = hottest * static_cast<double>(tries - k) / static_cast<double>(tries);
-    if (rise > 0 && !(unit(generator) < std::exp(-rise / degree))) {
-      TakeBack();
-      continue;
-    }
-    length = now;
-    if (length < least - neighbourhood_->Margin()) {
-      least = length;
+  double least = neighbourhood_->Length();
+  for (long k = 0; k < settled && heat > 0; ++k) {
+    if (k % kUnpolled == 0 && poll(0)) break;
+    const std::uint64_t random = generator();
+    const int node = Current().taxa + static_cast<int>(random % inner);
+    const int subtree = Current().At(node)[(random >> 32) % 3];
+    SprMove move;
+    const bool moves =
+        neighbourhood_->Resettle(node, subtree, heat, &noise[generator() % offsets], move);
+    const double share =
+        kFirstShare * static_cast<double>(settled - k) / static_cast<double>(settled);
+    heat *= std::exp(kFollow * (moves ? share - 1 : share));
+    if (!moves) continue;
+    neighbourhood_->Apply(move);
+    if (neighbourhood_->Length() < least - neighbourhood_->Margin()) {
+      least = neighbourhood_->Length();
       best = Current();
     }
   }
-  trying_ = false;
-  if (length > least) neighbourhood_->Set(best);
+  if (neighbourhood_->Length() > least) neighbourhood_->Set(best);
+  BySpr(poll);
 }
 
 double Descent::MeanEdge() const {
@@ -223,10 +227,6 @@ double Descent::MeanEdge() const {
     }
   }
   return sum / (2 * Current().taxa - 3);
-}
-
-void Descent::TakeBack() {
-  for (auto move = back_.rbegin(); move != back_.rend(); ++move) neighbourhood_->Apply(*move);
 }
 
 void Descent::Enqueue(int node) {
@@ -259,7 +259,7 @@ bool Descent::EmptyQueue(const Poll& poll) {
     return poll(std::max(0.0, 1 - static_cast<double>(queue_.size() - Index(done)) / all));
   };
   while (!queue_.empty()) {
-    const bool together = queue_.size() >= kTogether && !trying_ && !neighbourhood_->MovesAreDear();
+    const bool together = queue_.size() >= kTogether && !neighbourhood_->MovesAreDear();
     const std::ptrdiff_t count = together ? kTogether : 1;
     std::vector<int> nodes(queue_.begin(), queue_.begin() + count);
     if (together ? !KeepMovable(nodes, stops) : stops(0)) {
@@ -318,38 +318,7 @@ bool Descent::ImproveAt(int node) {
 void Descent::Make(const SprMove& move) {
   const auto [a, b] = Current().Others(move.holder, move.subtree);
   neighbourhood_->Apply(move);
-  if (trying_) back_.push_back({move.holder, move.subtree, a, b});
   for (const int node : {move.holder, move.subtree, a, b, move.from, move.to}) Enqueue(node);
-}
-
-// A node a few random steps away.
-int Descent::Wander(int node, std::mt19937_64& generator) const {
-  for (int step = 0; step < 3; ++step) {
-    const int near = Current().At(node)[generator() % 3];
-    if (!Current().IsLeaf(near)) node = near;
-  }
-  return node;
-}
-
-// Moves a random subtree at the node to a random place some steps away.
-void Descent::PerturbAt(int node, std::mt19937_64& generator) {
-  const Topology& tree = Current();
-  SprMove move;
-  move.holder = node;
-  move.subtree = tree.At(node)[generator() % 3];
-  const auto [a, b] = tree.Others(node, move.subtree);
-  int behind = node;
-  int at = generator() % 2 == 0 ? a : b;
-  if (tree.IsLeaf(at)) at = at == a ? b : a;
-  for (int steps = 1 + static_cast<int>(generator() % 8); steps > 0 && !tree.IsLeaf(at); --steps) {
-    const auto [f, g] = tree.Others(at, behind);
-    behind = at;
-    at = generator() % 2 == 0 ? f : g;
-  }
-  if (behind == node) return;  // both neighbours are leaves: nowhere to go
-  move.from = behind;
-  move.to = at;
-  Make(move);
 }
 
 }  // namespace zorvek::wide

@@ -1,6 +1,6 @@
 // Descent to a local optimum by NNI and SPR moves. Where moves are dear, the whole tree is looked at in
-// rounds, and many moves are made together; else, and in what a try disturbs, moves come from a queue of the
-// nodes around which something changed. Threads share the looking, in rounds and in a long queue.
+// rounds, and many moves are made together; else moves come from a queue of the nodes around which something
+// changed. Threads share the looking, in rounds and in a long queue.
 #ifndef ZORVEK_WIDE_SEARCH_DESCENT_H
 #define ZORVEK_WIDE_SEARCH_DESCENT_H
 
@@ -13,6 +13,9 @@
 #include "wide/criterion/neighbourhood.h"
 
 namespace zorvek::wide {
+
+// Numbers of the Gumbel distribution, to be taken in their order from a random one on.
+std::vector<double> GumbelNoise();
 
 // One instance serves one thread.
 class Descent {
@@ -32,18 +35,12 @@ class Descent {
   // for moves; the outcome does not depend on how many there are.
   void BySpr(const Poll& poll);
 
-  // Makes so many random moves of subtrees to places nearby, each around another random node, and
-  // queues what they touch.
-  void Kick(int moves, std::mt19937_64& generator);
-
-  // Tries so often to make a few random SPR moves around a random node and to descend from there. A
-  // try that ends in a longer tree is taken back, but, with the probability exp(-rise / T), where T
-  // falls from `heat` mean edge lengths to 0 [Kirkpatrick1983]. Leaves the best tree that it met.
-  void Anneal(long tries, double heat, std::mt19937_64& generator, const Poll& poll);
-
-  // Moves subtrees around what was queued until none there has a better place. Returns whether a move
-  // was made and the queue is empty.
-  bool EmptyQueue(const Poll& poll);
+  // Gives `settled` random subtrees, one after the other, another place by a heat bath: at first of 5 about
+  // 2 move, and linearly fewer and fewer, since the heat follows them [Kirkpatrick1983, Lam1988]. Then
+  // descends from the best tree that it met. `noise` is GumbelNoise(), the tree of at most 8,000 taxa.
+  // Cost: for each subtree, one BestSpr and perhaps one move.
+  void Anneal(long settled, const std::vector<double>& noise, std::mt19937_64& generator,
+              const Poll& poll);
 
  private:
   const Topology& Current() const { return neighbourhood_->Current(); }
@@ -56,21 +53,16 @@ class Descent {
   bool MakeNnisSingly(const std::vector<SprMove>& moves);
   bool SprRound(const Poll& poll);
   std::vector<int> InnerNodes() const;
+  bool EmptyQueue(const Poll& poll);
   bool BestAround(int node, int thread, SprMove& best);
   void Enqueue(int node);
   double MeanEdge() const;
-  void TakeBack();
   bool ImproveAt(int node);
   void Make(const SprMove& move);
-  int Wander(int node, std::mt19937_64& generator) const;
-  void PerturbAt(int node, std::mt19937_64& generator);
 
   std::unique_ptr<Neighbourhood> neighbourhood_;
   std::deque<int> queue_;
   std::vector<char> queued_;  // by node
-  std::vector<SprMove>
-      back_;  // the moves that undo those of the present try, the last one first made
-  bool trying_ = false;
 };
 
 }  // namespace zorvek::wide

@@ -1,11 +1,11 @@
-// Descent by NNI and SPR moves from joined starting trees, then iterations, which are tries to perturb
-// the tree somewhere and to descend again.
+// Descent by NNI and SPR moves from joined starting trees, then iterations, which are tries to settle some
+// subtrees elsewhere.
 //
-// Tries come in runs, each with a generator seeded by its own number, and runs in batches that all begin
-// at the same tree. A small tree is searched as a whole in each run of a batch, and the best result, the
-// earliest of equal ones, is the next tree. A large one is cut into sectors, one to a run, and those that
-// became shorter are put back together. After a batch that found nothing the tree is disturbed, or, unless it
-// is too large for that, joined anew. So the outcome does not depend on how many threads share the work.
+// Tries come in runs, in which the tree is annealed, each with a generator seeded by its own number, and
+// runs in batches that all begin at the same tree. A small tree is searched as a whole in each run of a
+// batch, and the best result, the earliest of equal ones, is the next tree. A large one is cut into sectors,
+// other ones each time, one to a run, and those that became shorter are put back together. So the outcome
+// does not depend on how many threads share the work.
 #include "zorvek/search.h"
 
 #include <algorithm>
@@ -33,28 +33,24 @@ namespace zorvek::wide {
 
 namespace {
 
-constexpr int kBatch = 8;        // runs on the whole of a small tree
-constexpr long kTries = 300;     // of a run
-constexpr double kHeat = 0.4;    // at its beginning, in mean edge lengths
-constexpr int kWhole = 128;      // taxa of a small tree
-constexpr int kRestarted = 512;  // taxa of trees that are also given up for others, joined anew
-constexpr int kTaxaPerKick =
-    50;  // of the tree, to each move that disturbs it when a batch found nothing
+constexpr int kBatch = 8;      // runs on the whole of a small tree
+constexpr long kTries = 300;   // of a run
+constexpr long kSettled = 32;  // subtrees in a try
+constexpr int kWhole = 128;    // taxa of a small tree
 
 // The sectors of a large tree, and a run in one of them. Under least squares a try costs more the more
-// taxa there are, and heat gains little but on noise.
+// taxa there are.
 struct Schedule {
   int taxa;
   long tries;
-  double heat;
 };
 
 Schedule ScheduleOf(Criterion criterion) {
   switch (criterion) {
     case Criterion::kBalanced:
-      return {64, kTries, kHeat};
+      return {64, kTries};
     case Criterion::kOls:
-      return {32, kTries / 2, kHeat / 4};
+      return {32, kTries / 2};
   }
   return {};
 }
@@ -268,44 +264,31 @@ class Search {
 
   void Improve() {
     Clock::time_point improved = Clock::now();
+    if (settings_.iterations > 0) noise_ = GumbelNoise();
     const bool whole = taxa_ <= kWhole;
     if (settings_.iterations > 0 && !whole) {
       descents_.resize(1);
       Place(descents_[0], *best_);
     }
-    bool stuck = false;
     for (long done = 0; done < settings_.iterations && !Stopped();) {
       if (settings_.patience > 0 && Seconds(improved) > settings_.patience) return;
       const double before = best_length_;
       const long left = settings_.iterations - done;
-      done += whole ? SearchWhole(left, stuck) : SearchSectors(left, stuck);
-      stuck = !(best_length_ < before);
-      if (!stuck) improved = Clock::now();
+      done += whole ? SearchWhole(left) : SearchSectors(left);
+      if (best_length_ < before) improved = Clock::now();
       Report(Progress::kIterations,
              static_cast<double>(done) / static_cast<double>(settings_.iterations), before);
     }
   }
 
-  int KickMoves() const { return std::max(2, taxa_ / kTaxaPerKick); }
-
-  // Sets out from another tree, for an optimum that no kick leads to.
-  void Restart(Descent& descent, std::mt19937_64& generator) const {
-    descent.Around().Set(Join(&generator, false));
-    Descend(descent, [this](double) { return Stopped(); });
-  }
-
-  // A batch of runs on the whole tree, with so many tries at most; after one that found nothing from
-  // disturbed trees. Returns the number of tries.
-  long SearchWhole(long most, bool disturb) {
+  // A batch of runs on the whole tree, with so many tries at most. Returns their number.
+  long SearchWhole(long most) {
     const long tries = std::min(most, kBatch * kTries);
     const auto run = [&](std::unique_ptr<Descent>& descent, int number) {
       std::mt19937_64 generator = Generator(1, runs_ + static_cast<std::uint64_t>(number));
       Place(descent, *best_);
-      const auto poll = [this](double) { return Stopped(); };
-      if (disturb && number % 2 == 1) Restart(*descent, generator);
-      if (disturb && number % 2 == 0) descent->Kick(KickMoves(), generator);
-      descent->EmptyQueue(poll);
-      descent->Anneal(std::min(kTries, tries - number * kTries), kHeat, generator, poll);
+      descent->Anneal(std::min(kTries, tries - number * kTries) * kSettled, noise_, generator,
+                      [this](double) { return Stopped(); });
       return Found(descent->Around());
     };
     const int count = static_cast<int>((tries + kTries - 1) / kTries);
@@ -315,21 +298,11 @@ class Search {
   }
 
   // The same on the sectors of the tree, a run in each, and a descent of the whole after them.
-  long SearchSectors(long most, bool disturb) {
+  long SearchSectors(long most) {
     std::mt19937_64 generator = Generator(2, runs_++);
     const Schedule schedule = ScheduleOf(settings_.criterion);
     Descent& descent = *descents_[0];
     const auto poll = [this](double) { return Stopped(); };
-    if (disturb) {
-      if (restart_ && taxa_ <= kRestarted) {
-        Restart(descent, generator);
-      } else {
-        descent.Around().Set(*best_);
-        descent.Kick(KickMoves(), generator);
-        descent.EmptyQueue(poll);
-      }
-      restart_ = !restart_;
-    }
     std::vector<Sector> sectors =
         CutIntoSectors(descent.Around().Current(), schedule.taxa, generator);
     const long tries = std::min(most, schedule.tries * static_cast<long>(sectors.size()));
@@ -340,7 +313,7 @@ class Search {
       const Sector& sector = sectors[Index(number)];
       Descent part(descent.Around().Contracted(sector.topology, sector.subtrees));
       const double before = part.Around().Length();
-      part.Anneal(std::min(schedule.tries, tries - number * schedule.tries), schedule.heat, own,
+      part.Anneal(std::min(schedule.tries, tries - number * schedule.tries) * kSettled, noise_, own,
                   poll);
       gains[Index(number)] = {number, before - part.Around().Length(), part.Around().Current()};
     });
@@ -377,7 +350,7 @@ class Search {
   double best_length_ = std::numeric_limits<double>::infinity();
   double margin_ = 0;       // of the best tree
   std::uint64_t runs_ = 0;  // so far
-  bool restart_ = true;     // when a batch finds nothing the next time
+  std::vector<double> noise_;
 };
 
 }  // namespace
