@@ -299,11 +299,19 @@ TEST(Balanced, OrderAndUnitOfTheDistancesDoNotMatter) {
 }
 
 TEST(Balanced, TiesEndAndWhatIsNoNumberIsRefused) {
+  std::mt19937_64 generator(1);
   for (const double all : {0.0, 0.1, -1.0}) {
     const DistanceMatrix equal = test::Matrix(30, [&](int, int) { return all; });
     EXPECT_NEAR(Find(equal, 5).length, 15 * all, 1e-14);
+    BalancedNeighbourhood tree(test::RandomTopology(equal, generator), equal.Rows());
+    for (int u = 30; u < 58; ++u) {
+      for (const int v : tree.Current().At(u)) {
+        SprMove best;
+        EXPECT_FALSE(tree.BestSpr(u, v, best));
+        EXPECT_FALSE(!tree.Current().IsLeaf(v) && tree.BestNni(u, v, best));
+      }
+    }
   }
-  std::mt19937 generator(1);
   const DistanceMatrix tied =
       test::Matrix(50, [&](int, int) { return static_cast<double>(generator() % 3); });
   const SearchResult found = Find(tied, 20);

@@ -42,7 +42,8 @@ TEST_F(WideOutputsTest, GoToStandardOutputAndPipes) {
 }
 
 TEST_F(WideOutputsTest, OfAPipeAreTheTreeAloneUnlessNamed) {
-  for (const char* input : {"cat x.fa | $P -", "cat x.fa | $P /dev/stdin", "$P - < x.fa"}) {
+  for (const char* input : {"cat x.fa | $P -", "cat x.fa | $P /dev/stdin", "$P - < x.fa",
+                            "$P - --log /dev/null < x.fa"}) {
     const Ended ended = Shell("P=" + kProgram + "; " + input);
     EXPECT_EQ(ended.out, tree_) << input;
     EXPECT_TRUE(Contains(ended.err, "tree        standard output\n")) << input;
