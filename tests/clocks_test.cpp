@@ -76,7 +76,7 @@ TEST(Clocks, SayInTheProgressLinesWhatIsLeft) {
 }
 
 TEST(Clocks, AreToldInTheReport) {
-  setenv("TZ", "A-9", 1);
+  setenv("TZ", "EAST-9", 1);
   tzset();
   Options options;
   options.paths.resize(7);
