@@ -317,8 +317,8 @@ TEST(WideSearch, DependsOnItsSeedAndNotOnTheThreads) {
   };
   for (const Case& now :
        {Case{Criterion::kBalanced, 44, 4900, 6, 4.42827783422951, 4.3520547662999558},
-        {Criterion::kBalanced, 150, 5100, 5, 32.33094508922142, 32.32737746697709},
-        {Criterion::kOls, 40, 600, 5, 4.241488941479894, 4.1840539506240795}}) {
+        {Criterion::kBalanced, 150, 5100, 5, 32.33094508922142, 32.323895167775106},
+        {Criterion::kOls, 40, 1200, 5, 4.241488941479894, 4.2132015863980694}}) {
     const DistanceMatrix matrix = now.taxa > 100
                                       ? test::TreeLikeMatrix(now.taxa, 0.5, now.distances)
                                       : test::RandomMatrix(now.taxa, now.distances);

@@ -33,10 +33,12 @@ namespace zorvek::wide {
 
 namespace {
 
-constexpr int kBatch = 8;      // runs on the whole of a small tree
-constexpr long kTries = 300;   // of a run
-constexpr long kSettled = 32;  // subtrees in a try
-constexpr int kWhole = 128;    // taxa of a small tree
+constexpr int kBatch = 8;         // runs on the whole of a small tree
+constexpr long kTries = 300;      // of a run
+constexpr long kSettled = 32;     // subtrees in a try
+constexpr int kWhole = 128;       // taxa of a small tree
+constexpr int kSoonJoined = 512;  // taxa
+constexpr int kMoreStarts = 4;
 
 // The sectors of a large tree, and a run in one of them. Under least squares a try costs more the more
 // taxa there are.
@@ -168,7 +170,7 @@ class Search {
     if (descent == nullptr) {
       descent = std::make_unique<Descent>(
           MakeNeighbourhood(settings_.criterion, topology, distances_,
-                            settings_.starts > 1 ? 1 : settings_.threads, distinct_));
+                            Starts() > 1 ? 1 : settings_.threads, distinct_));
     } else {
       descent->Around().Set(topology);
     }
@@ -224,7 +226,12 @@ class Search {
     return Join(number > 0 ? &generator : nullptr, reports);
   }
 
-  int Starts() const { return std::max(1, settings_.starts); }
+  // Those asked for, and for iterations on a tree that is soon joined some more, since there are optima that
+  // no annealing leads to.
+  int Starts() const {
+    const bool more = settings_.iterations > 0 && taxa_ <= kSoonJoined;
+    return std::max(1, settings_.starts) + (more ? kMoreStarts : 0);
+  }
 
   void DescendFromStarts() {
     const auto descend = [this](std::unique_ptr<Descent>& descent, int number) {
