@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # fuzz.sh RUNS: fuzzes the reading of both programs, from the corpus, for RUNS executions each, and the
-# search, which takes longer, for a tenth of them, in a scratch folder. What it finds is left in build/fuzz as NAME-crash-*, -leak-*, -oom-* or
-# -timeout-*, to be run alone by naming it: build/fuzz/fuzz/NAME FILE.
+# search, which takes longer, for a tenth of them, in a scratch folder. What it finds is left in build/fuzz
+# as NAME-crash-*, -leak-*, -oom-* or -timeout-*, to be run alone by naming it: build/fuzz/fuzz/NAME FILE.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 runs=${1:?number of executions}

@@ -153,17 +153,14 @@ class Search {
   }
 
   // Takes the shortest of the outcomes, the earliest of equal ones, if it is strictly shorter.
-  bool Adopt(const std::vector<Outcome>& outcomes) {
-    bool improved = false;
+  void Adopt(const std::vector<Outcome>& outcomes) {
     for (const Outcome& outcome : outcomes) {
       if (!outcome.topology) continue;
       if (best_ && !(outcome.length < best_length_ - margin_)) continue;
       best_ = outcome.topology;
       best_length_ = outcome.length;
       margin_ = outcome.margin;
-      improved = true;
     }
-    return improved;
   }
 
   void Place(std::unique_ptr<Descent>& descent, const Topology& topology) const {
