@@ -9,5 +9,5 @@ enter_scratch accuracy_simulate
 if [ "${1:-}" = --stand-in ]; then
   Rscript "$here/stand_in.R" "$wide" "$build/bench/accuracy_simulate"
 else
-  Rscript "$here/accuracy.R" "$wide" "$build/bench/accuracy_simulate" 5
+  Rscript "$here/accuracy.R" "$wide" "$build/bench/accuracy_simulate" 20
 fi
