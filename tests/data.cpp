@@ -63,23 +63,15 @@ std::function<double(int, int)> TreeLikeDistances(int taxa_count, double noise,
   std::uniform_real_distribution<double> edge(0.01, 0.2);
   const auto count = Index(taxa_count);
   std::vector<std::vector<double>> d(count, std::vector<double>(count));
-  std::vector<std::vector<std::size_t>> clusters(count);
-  for (std::size_t i = 0; i < count; ++i) clusters[i] = {i};
-  while (clusters.size() > 1) {
-    std::shuffle(clusters.begin(), clusters.end(), generator);
-    const std::vector<std::size_t> joined = std::move(clusters.back());
-    clusters.pop_back();
-    for (const std::vector<std::size_t>& side : {clusters.back(), joined}) {
+  for (std::size_t added = 1; added < count; ++added) {
+    const std::size_t host = generator() % added;
+    for (std::size_t j = 0; j < added; ++j) d[added][j] = d[j][added] = d[host][j];
+    for (const std::size_t side : {host, added}) {
       const double length = edge(generator);
-      std::vector<char> within(count);
-      for (const std::size_t i : side) within[i] = true;
-      for (const std::size_t i : side) {
-        for (std::size_t j = 0; j < count; ++j) {
-          if (!within[j]) d[i][j] = d[j][i] = d[i][j] + length;
-        }
+      for (std::size_t j = 0; j <= added; ++j) {
+        if (j != side) d[side][j] = d[j][side] = d[side][j] + length;
       }
     }
-    clusters.back().insert(clusters.back().end(), joined.begin(), joined.end());
   }
   return [d, generator, noise](int i, int j) mutable {
     return d[Index(i)][Index(j)] *
@@ -87,11 +79,17 @@ std::function<double(int, int)> TreeLikeDistances(int taxa_count, double noise,
   };
 }
 
+std::vector<std::pair<int, int>> Pairs(int taxa_count) {
+  std::vector<std::pair<int, int>> pairs;
+  for (int i = 0; i < taxa_count; ++i) {
+    for (int j = i + 1; j < taxa_count; ++j) pairs.emplace_back(i, j);
+  }
+  return pairs;
+}
+
 wide::DistanceMatrix Matrix(int taxa_count, const std::function<double(int, int)>& distance) {
   wide::DistanceMatrix matrix(taxa_count);
-  for (int i = 0; i < taxa_count; ++i) {
-    for (int j = i + 1; j < taxa_count; ++j) matrix.Set(i, j, distance(i, j));
-  }
+  for (const auto& [i, j] : Pairs(taxa_count)) matrix.Set(i, j, distance(i, j));
   return matrix;
 }
 

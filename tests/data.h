@@ -50,9 +50,12 @@ std::function<double(int, int)> DyadicDistances(std::uint32_t seed);
 // The same with all bits of a double, in 0.01..1.
 std::function<double(int, int)> RandomDistances(std::uint32_t seed);
 
-// Distances along a tree grown by random joins with random edge lengths, times a little noise: data
+// Distances along a tree that grows at random taxa, with random edge lengths, times a little noise: data
 // as the search meets them.
 std::function<double(int, int)> TreeLikeDistances(int taxa_count, double noise, std::uint32_t seed);
+
+// All pairs of taxa i < j, row by row.
+std::vector<std::pair<int, int>> Pairs(int taxa_count);
 
 // The same distances as a matrix of the wide search.
 wide::DistanceMatrix Matrix(int taxa_count, const std::function<double(int, int)>& distance);

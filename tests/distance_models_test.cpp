@@ -4,7 +4,8 @@
 #include <array>
 #include <regex>
 
-#include "tests/wide_program.h"
+#include "tests/data.h"
+#include "tests/files.h"
 #include "wide/distance/pair_distances.h"
 
 namespace zorvek::wide {
@@ -27,22 +28,19 @@ Alignment RandomAlignment(std::size_t sites, bool three, std::mt19937& random) {
   return alignment;
 }
 
-double Determinant(std::vector<std::vector<double>> m) {
-  double product = 1;
-  for (std::size_t i = 0; i < m.size(); ++i) {
-    std::size_t pivot = i;
-    for (std::size_t r = i; r < m.size(); ++r) {
-      if (std::abs(m[r][i]) > std::abs(m[pivot][i])) pivot = r;
+// The sum over all permutations.
+double Determinant(const double (&m)[5][5]) {
+  double sum = 0;
+  std::array<std::size_t, 4> to{0, 1, 2, 3};
+  do {
+    double product = 1;
+    for (std::size_t i = 0; i < 4; ++i) {
+      product *= m[i][to[i]];
+      for (std::size_t k = 0; k < i; ++k) product *= to[k] > to[i] ? -1 : 1;
     }
-    if (m[pivot][i] == 0) return 0;
-    if (pivot != i) product = -product;
-    std::swap(m[i], m[pivot]);
-    product *= m[i][i];
-    for (std::size_t r = i + 1; r < m.size(); ++r) {
-      for (std::size_t c = m.size(); c-- > i;) m[r][c] -= m[r][i] / m[i][i] * m[i][c];
-    }
-  }
-  return product;
+    sum += product;
+  } while (std::next_permutation(to.begin(), to.end()));
+  return sum;
 }
 
 // From the shares of the pairings alone, with logarithms as they are printed; NaN without a number.
@@ -92,21 +90,17 @@ double Defined(const Alignment& alignment, int i, int j, const ModelSettings& se
              (k2 > 0 ? k2 * ln(1 - p2 / k2 - q / (2 * y)) : 0);
     }
     case Model::kLogdet: {
-      std::vector<std::size_t> there;
       double sums = 0;
       for (std::size_t x = 0; x < 4; ++x) {
         const double row = f[x][0] + f[x][1] + f[x][2] + f[x][3];
         const double column = f[0][x] + f[1][x] + f[2][x] + f[3][x];
-        if (row + column == 0) continue;
-        there.push_back(x);
+        if (row + column == 0) {
+          f[x][x] = 1;  // as if it were not there
+          continue;
+        }
         sums += std::log(row) + std::log(column);
       }
-      std::vector<std::vector<double>> m;
-      for (const std::size_t x : there) {
-        m.emplace_back();
-        for (const std::size_t z : there) m.back().push_back(f[x][z]);
-      }
-      return (sums / 2 - std::log(Determinant(m))) / 4;
+      return (sums / 2 - std::log(Determinant(f))) / 4;
     }
     case Model::kSpectral:
       break;
@@ -128,18 +122,16 @@ TEST(DistanceModels, AreThoseOfTheirFormulas) {
               PairDistances(alignment, AllSites(alignment), settings, 2);
           long saturated = 0;
           double largest = 0;
-          for (int i = 0; i < 7; ++i) {
-            for (int j = 0; j < i; ++j) {
-              double expected = Defined(alignment, j, i, settings);
-              if (!std::isfinite(expected)) {
-                ++saturated;
-                expected = found.kinds.stand_in;
-              } else {
-                largest = std::max(largest, expected);
-              }
-              EXPECT_EQ(found.matrix(i, j), found.matrix(j, i));
-              EXPECT_NEAR(found.matrix(i, j), expected, 1e-12 * (1 + expected));
+          for (const auto& [i, j] : test::Pairs(7)) {
+            double expected = Defined(alignment, i, j, settings);
+            if (!std::isfinite(expected)) {
+              ++saturated;
+              expected = found.kinds.stand_in;
+            } else {
+              largest = std::max(largest, expected);
             }
+            EXPECT_EQ(found.matrix(i, j), found.matrix(j, i));
+            EXPECT_NEAR(found.matrix(i, j), expected, 1e-12 * (1 + expected));
           }
           EXPECT_EQ(found.kinds.saturated, saturated);
           EXPECT_NEAR(found.kinds.largest, largest, 1e-12 * largest);
@@ -168,16 +160,14 @@ TEST(DistanceModels, SpectralIsTheRuns) {
       }
       const NucleotidePlanes planes = TablePlanes(alignment, AllSites(alignment), codes, 1);
       EXPECT_TRUE(alignment.rna || found(5, 6) == 0);
-      for (int i = 0; i < 7; ++i) {
-        for (int j = i + 1; j < 7; ++j) {
-          PairTable table;
-          CountPairs(planes.NucleotidesOnly(Index(i)).data(), planes.Planes(Index(j)),
-                     planes.Words(), table);
-          const double expected = PairDistance(table);
-          if (found(i, j) == 0) continue;  // no difference
-          undefined += expected == 0 ? 1 : 0;
-          EXPECT_NEAR(std::isnan(found(i, j)) ? 0 : found(i, j), expected, 1e-12 * expected);
-        }
+      for (const auto& [i, j] : test::Pairs(7)) {
+        PairTable table;
+        CountPairs(planes.NucleotidesOnly(Index(i)).data(), planes.Planes(Index(j)), planes.Words(),
+                   table);
+        const double expected = PairDistance(table);
+        if (found(i, j) == 0) continue;  // no difference
+        undefined += expected == 0 ? 1 : 0;
+        EXPECT_NEAR(std::isnan(found(i, j)) ? 0 : found(i, j), expected, 1e-12 * expected);
       }
     }
   }

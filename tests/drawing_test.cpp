@@ -8,37 +8,22 @@
 #include "wide/drawing/layout.h"
 #include "wide/drawing/picture.h"
 #include "wide/drawing/text.h"
+#include "wide/search/neighbour_joining.h"
 
 namespace zorvek::wide {
 namespace {
 
-// Grown by taxa put into random edges, or always into the newest. Every fifth edge has length 0 or
-// less, the others up to 1 and no less than `least`.
+// Joined at random, or a comb. Every fifth edge has length 0 or less, the others up to 1 and no less than
+// `least`.
 Tree GrownTree(int taxa, bool comb, unsigned seed, double least = 0) {
   std::mt19937 generator(seed);
-  Tree tree;
-  tree.taxa = taxa;
-  tree.root = taxa;
-  tree.nodes.resize(Index(2 * taxa - 2));
-  tree.nodes[Index(taxa)].children = {0, 1, 2};
-  for (int node = 0; node < 3; ++node) tree.nodes[Index(node)].parent = taxa;
-  for (int taxon = 3; taxon < taxa; ++taxon) {
-    int below = comb ? taxon - 1 : static_cast<int>(generator() % (2 * Index(taxon) - 3));
-    if (below >= taxon) below += taxa - taxon + 1;
-    const int above = tree.At(below).parent;
-    const int node = taxa + taxon - 2;
-    for (int& child : tree.nodes[Index(above)].children) child = child == below ? node : child;
-    tree.nodes[Index(node)].parent = above;
-    tree.nodes[Index(node)].children = {below, taxon};
-    tree.nodes[Index(below)].parent = tree.nodes[Index(taxon)].parent = node;
-  }
-  for (Tree::Node& node : tree.nodes) {
+  const auto steps = [](int i, int j) { return j - i + 2.0; };
+  const DistanceMatrix distances =
+      comb ? test::Matrix(taxa, steps) : test::Matrix(taxa, test::RandomDistances(seed));
+  return MakeTree(JoinNeighbours(taxa, distances.Rows()), [&](int, int) {
     const double length = std::ldexp(static_cast<double>(generator()), -32);
-    node.length = generator() % 5 == 0 ? -least : least + (1 - least) * length * length;
-  }
-  tree.nodes[Index(tree.root)].length = 0;
-  Ladderise(tree);
-  return tree;
+    return generator() % 5 == 0 ? -least : least + (1 - least) * length * length;
+  });
 }
 
 double Distance(Point a, Point b) {
@@ -63,15 +48,12 @@ int Crossings(const Tree& tree, const std::vector<Point>& places) {
     if (Distance(edge.first, edge.second) > 0) edges.push_back(edge);
   }
   int crossings = 0;
-  for (std::size_t i = 0; i < edges.size(); ++i) {
-    const auto& [a, b] = edges[i];
-    for (std::size_t k = 0; k < i; ++k) {
-      const auto& [c, d] = edges[k];
-      const double ends =
-          std::min({Distance(a, c), Distance(a, d), Distance(b, c), Distance(b, d)});
-      if (ends < 1e-12) continue;
-      crossings += Side(a, b, c) * Side(a, b, d) <= 0 && Side(c, d, a) * Side(c, d, b) <= 0;
-    }
+  for (const auto& [i, k] : test::Pairs(static_cast<int>(edges.size()))) {
+    const auto& [a, b] = edges[Index(i)];
+    const auto& [c, d] = edges[Index(k)];
+    const double ends = std::min({Distance(a, c), Distance(a, d), Distance(b, c), Distance(b, d)});
+    if (ends < 1e-12) continue;
+    crossings += Side(a, b, c) * Side(a, b, d) <= 0 && Side(c, d, a) * Side(c, d, b) <= 0;
   }
   return crossings;
 }
@@ -97,12 +79,10 @@ TEST(UnrootedLayout, LeavesEqualDaylight) {
   Tree tree = GrownTree(4, false, 1);
   for (Tree::Node& node : tree.nodes) node.length = 1;
   const std::vector<Point> places = UnrootedLayout(tree);
-  for (int one = 0; one < 4; ++one) {
-    for (int other = 0; other < one; ++other) {
-      if (tree.At(one).parent != tree.At(other).parent) continue;
-      const double gap = 2 * std::acos(-1) / 3.5;
-      EXPECT_NEAR(Distance(places[Index(one)], places[Index(other)]), 2 * std::sin(gap / 2), 2e-3);
-    }
+  for (const auto& [one, other] : test::Pairs(4)) {
+    if (tree.At(one).parent != tree.At(other).parent) continue;
+    const double gap = 2 * std::acos(-1) / 3.5;
+    EXPECT_NEAR(Distance(places[Index(one)], places[Index(other)]), 2 * std::sin(gap / 2), 2e-3);
   }
 }
 
@@ -117,43 +97,36 @@ struct Shown {
   using Key = std::pair<double, double>;
 
   explicit Shown(const std::string& svg) {
-    const std::string number = "(-?[0-9.]+)";
-    const std::regex edge("<path d=\"M" + number + " " + number + "(?:L" + number + " |V" + number +
-                          "H)" + number + "\"/>");
-    for (auto m = Begin(svg, edge); m != std::sregex_iterator(); ++m) {
-      elbows = (*m)[4].matched;
-      const Point from{Value(*m, 1), Value(*m, 2)};
-      const Point to =
-          elbows ? Point{Value(*m, 5), Value(*m, 4)} : Point{Value(*m, 3), Value(*m, 5)};
+    for (const std::smatch& m : All(svg, "<path d=\"M# #(?:L# |V#H)#\"/>")) {
+      elbows = m[4].matched;
+      const Point from{Value(m, 1), Value(m, 2)};
+      const Point to = elbows ? Point{Value(m, 5), Value(m, 4)} : Point{Value(m, 3), Value(m, 5)};
       if (edges.empty()) root = {from.x, from.y};
       edges.emplace_back(from, to);
       if (Distance(from, to) > 0) above[{to.x, to.y}] = {from.x, from.y};
     }
-    const std::regex leader("\"leader\" d=\"M" + number + " " + number + "L" + number + " " +
-                            number);
-    for (auto m = Begin(svg, leader); m != std::sregex_iterator(); ++m) {
-      leaders.push_back({{Value(*m, 1), Value(*m, 2)}, {Value(*m, 3), Value(*m, 4)}});
+    for (const std::smatch& m : All(svg, "\"leader\" d=\"M# #L# #")) {
+      leaders.push_back({{Value(m, 1), Value(m, 2)}, {Value(m, 3), Value(m, 4)}});
     }
-    const std::regex text("<text (class=\"support\")?([^>]*)translate\\(" + number + " " + number +
-                          "\\)(?: rotate\\(" + number + "\\))?\">([^<]*)<");
-    for (auto m = Begin(svg, text); m != std::sregex_iterator(); ++m) {
-      const double degrees = (*m)[5].matched ? Value(*m, 5) : 0;
-      const bool end = m->str(2).find("\"end\"") != std::string::npos;
-      ((*m)[1].matched ? supports : labels)
-          .push_back({{Value(*m, 3), Value(*m, 4)}, degrees * std::acos(-1) / 180, end, m->str(6)});
+    for (const std::smatch& m : All(svg,
+                                    "<text (class=\"support\")?([^>]*)translate\\(# #\\)"
+                                    "(?: rotate\\(#\\))?\">([^<]*)<")) {
+      const double degrees = m[5].matched ? Value(m, 5) : 0;
+      const bool end = test::Contains(m.str(2), "\"end\"");
+      (m[1].matched ? supports : labels)
+          .push_back({{Value(m, 3), Value(m, 4)}, degrees * std::acos(-1) / 180, end, m.str(6)});
     }
-    std::smatch box;
-    std::regex_search(
-        svg, box, std::regex("viewBox=\"" + number + " " + number + " " + number + " " + number));
+    const std::smatch box = All(svg, "viewBox=\"# # # #").at(0);
     least = {Value(box, 1), Value(box, 2)};
     most = {least.x + Value(box, 3), least.y + Value(box, 4)};
-    std::smatch bar;
-    std::regex_search(svg, bar, std::regex("\"scale\" d=\"M" + number + " [^L]*L" + number));
+    const std::smatch bar = All(svg, "\"scale\" d=\"M# [^L]*L#").at(0);
     bar_pixels = Value(bar, 2) - Value(bar, 1);
   }
 
-  static std::sregex_iterator Begin(const std::string& text, const std::regex& pattern) {
-    return {text.begin(), text.end(), pattern};
+  // All matches; # stands for a number.
+  static std::vector<std::smatch> All(const std::string& text, const std::string& pattern) {
+    const std::regex full(std::regex_replace(pattern, std::regex("#"), "(-?[0-9.]+)"));
+    return {std::sregex_iterator(text.begin(), text.end(), full), std::sregex_iterator()};
   }
   static double Value(const std::smatch& match, std::size_t group) {
     return std::stod(match[group]);

@@ -33,10 +33,8 @@ Real Average(const Leaves& x, const Leaves& y) {
 
 template <typename Real>
 Real ExternalLength(int leaf, int node, TreeTable tree) {
-  const double* row = tree[node - n];
   const Leaves i = {leaf};
-  const Leaves a = Collect(row[kParent], node, tree);
-  const Leaves b = Collect(row[kLeft] == leaf ? row[kRight] : row[kLeft], node, tree);
+  const auto [a, b] = SubtreesAt(node, leaf, tree);
   return (Average<Real>(i, a) + Average<Real>(i, b) - Average<Real>(a, b)) * Real(0.5);
 }
 

@@ -91,9 +91,7 @@ TEST(TreeLength, AnswersForTheDistancesAsTheyStand) {
     broken.data()[generator() % 6][kLeft] = 0;
     Evaluate(broken);
     auto distance = test::DyadicDistances(change);
-    for (int i = 0; i < n; ++i) {
-      for (int j = i + 1; j < n; ++j) DM1[i][j] = DM1[j][i] = distance(i, j);
-    }
+    for (const auto& [i, j] : test::Pairs(n)) DM1[i][j] = DM1[j][i] = distance(i, j);
     ASSERT_EQ(Emptied([] { return Evaluate(T1); }), reference::Evaluate<double>(plain));
     ASSERT_EQ(Lengths(T1), Lengths(plain));
     DM1[0][1] = DM1[1][0] += 0.5;

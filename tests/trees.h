@@ -2,6 +2,8 @@
 #ifndef ZORVEK_TESTS_TREES_H
 #define ZORVEK_TESTS_TREES_H
 
+#include <gtest/gtest.h>
+
 #include "tests/data.h"
 #include "wide/criterion/neighbourhood.h"
 #include "wide/data/topology.h"
