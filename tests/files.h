@@ -42,6 +42,21 @@ class FolderTest : public testing::Test {
   std::string folder_;
 };
 
+class WideProgramTest : public FolderTest {
+ protected:
+  Ended Run(const std::string& arguments) const {
+    return Shell(std::string(ZORVEK_WIDE_PROGRAM) + " " + arguments);
+  }
+
+  // The Newick text for the file.
+  std::string Tree(const std::string& arguments) const {
+    const Ended ended = Run(arguments + " --quiet --newick tree");
+    EXPECT_EQ(ended.status, 0) << arguments;
+    EXPECT_EQ(ended.out + ended.err, "") << arguments;
+    return Read("tree");
+  }
+};
+
 // A terminal for a program to write to.
 class Terminal {
  public:

@@ -1,9 +1,10 @@
-// Reading alignments and distance matrices from text.
+// Reading alignments and distance matrices from text, and what is counted of an alignment.
 #include <gtest/gtest.h>
 
 #include <regex>
 
 #include "tests/data.h"
+#include "wide/data/alignment_statistics.h"
 #include "wide/data/labels.h"
 #include "zorvek/error.h"
 #include "zorvek/io.h"
@@ -79,16 +80,13 @@ TEST(Formats, ReadLinesAcrossBlocks) {
     Strings expected;
     for (std::size_t taxon = 0; taxon < 5; ++taxon) {
       text += ">" + string(300, 'x') + std::to_string(taxon) + end;
-      for (std::size_t line = 0; line < 1500; ++line) {
-        text += string(97 + line % 7, "ACGT"[(line + taxon) % 4]) + end + (line % 50 ? "" : end);
-      }
-      const string longest(700001, "ACGT"[taxon % 4]);
-      text += longest + end;
       expected.emplace_back();
-      for (std::size_t line = 0; line < 1500; ++line) {
-        expected.back() += string(97 + line % 7, "ACGT"[(line + taxon) % 4]);
+      for (std::size_t line = 0; line <= 1500; ++line) {
+        const std::size_t length = line < 1500 ? 97 + line % 7 : 700001;
+        const string cells(length, "ACGT"[(line + taxon) % 4]);
+        text += cells + end + (line % 50 ? "" : end);
+        expected.back() += cells;
       }
-      expected.back() += longest;
     }
     const Alignment alignment = FromText(text);
     EXPECT_TRUE(Codes(alignment) == expected);
@@ -150,10 +148,6 @@ TEST(Formats, SayWhatIsWrongWithAnAlignment) {
   for (const auto& [text, expected] : cases) {
     EXPECT_EQ(Faults([](Source source) { ReadAlignment(std::move(source)); }, text), expected);
   }
-  const string bad = ">a\n" + string(25, '!') + "\n>b\nA\xC3\n";
-  const string what = Faults([](Source source) { ReadAlignment(std::move(source)); }, bad);
-  EXPECT_NE(what.find("f:2:20: '!' stands for no nucleotide; write a code, ? or -\nand 6 more"),
-            what.npos);
 }
 
 // Distances 12, 13, 14, 23, ... of taxa 1 to 4 in every shape.
@@ -196,8 +190,8 @@ TEST(Formats, ReadLargeTriangles) {
       }
     }
     const DistanceMatrix read = ReadMatrix(Source("f", text)).distances;
-    for (int i = 0; i < 70; ++i) {
-      for (int j = 0; j < 70; ++j) ASSERT_TRUE(i == j || read(i, j) == distance(i, j));
+    for (const auto& [i, j] : test::Pairs(70)) {
+      ASSERT_TRUE(read(i, j) == distance(i, j) && read(j, i) == distance(i, j));
     }
   }
 }
@@ -239,6 +233,33 @@ TEST(Formats, WriteMatricesThatReadBackTheSame) {
   for (int i = 0; i < 40; ++i)
     EXPECT_TRUE(std::equal(back.Rows()[i], back.Rows()[i] + 40, random.Rows()[i]));
   EXPECT_EQ(Listed(Strings(22, "x"), ""), string(20, 'x') + "and 2 more");
+}
+
+// Sites: the same; one that differs; informative; informative in two of three nucleotides; an
+// ambiguity or a gap makes no difference, nor does it repeat one.
+TEST(AlignmentStatistics, AreThoseCountedByHand) {
+  const AlignmentStatistics found = StatisticsOf(
+      MakeAlignment("", {"a", "b", "c", "d", "e", "f"},
+                    {"-AAARA-", "ACAAA-N", "AACCAAT", "AACCARC", "AACGAAT", "AACGAAT"}));
+  EXPECT_EQ(found.variable, 4u);
+  EXPECT_EQ(found.informative, 2u);
+  ASSERT_EQ(found.sequences.size(), 6u);
+  const std::size_t gaps[] = {2, 1, 0, 0, 0, 0}, ambiguous[] = {1, 1, 0, 1, 0, 0};
+  for (std::size_t taxon = 0; taxon < 6; ++taxon) {
+    EXPECT_EQ(found.sequences[taxon].gaps, gaps[taxon]);
+    EXPECT_EQ(found.sequences[taxon].ambiguous, ambiguous[taxon]);
+  }
+  EXPECT_EQ(found.identical, (std::vector<std::vector<std::size_t>>{{4, 5}}));
+}
+
+// What is not definite comes first, and labels tell those apart that are the same.
+TEST(AlignmentOrder, DoesNotDependOnTheFile) {
+  Alignment alignment = MakeAlignment("", {"z", "y", "b", "x"}, {"AC", "AN", "AC", "A-"});
+  alignment.rna = true;
+  alignment.Reorder(CanonicalOrder(alignment));
+  EXPECT_EQ(alignment.labels, (Strings{"x", "y", "b", "z"}));
+  EXPECT_EQ(alignment.cells[1][1], kAnyState);
+  EXPECT_TRUE(alignment.rna);
 }
 
 }  // namespace

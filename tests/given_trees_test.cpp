@@ -1,6 +1,6 @@
 // Whole runs of zorvek-wide with trees given, roots chosen, and supports from several places.
 
-#include "tests/wide_program.h"
+#include "tests/files.h"
 
 namespace zorvek::test {
 namespace {

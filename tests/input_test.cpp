@@ -7,7 +7,6 @@
 #include "core/nexus_guard.h"
 #include "core/pair_table.h"
 #include "driver/run_state.h"
-#include "input/diagnosis.h"
 #include "input/distances.h"
 #include "input/nexus_reading.h"
 #include "tests/files.h"
@@ -220,47 +219,6 @@ TEST(CandidateLists, TiesComeAsTheExchangeSortLeavesThem) {
     std::vector<int> expected = list;
     reference::ExchangeSort(expected, distance);
     ASSERT_EQ(Sorted(list, distance), expected) << "trial " << trial;
-  }
-}
-
-std::string With(std::string text, const std::string& old, const std::string& replacement) {
-  return text.replace(text.find(old), old.size(), replacement);
-}
-
-// Every one gives fewer than 4 taxa without a word, a signal, a hang or the memory that it
-// announces; the diagnosis tells the cause and leaves the reading log alone.
-TEST(Diagnosis, OfWhatTheLibraryRefuses) {
-  const std::string taxaBlock = "BEGIN TAXA; DIMENSIONS NTAX=3; TAXLABELS x y z; END;\n";
-  const std::vector<std::pair<std::string, std::string>> inputs = {
-      {"", "it is empty"},
-      {std::string(400, 'x'), "Expecting #NEXUS to be the first token in the file, but found " +
-                                  std::string(238, 'x') + "... (line 1, column 401)"},
-      {">a\nACGT\n",
-       "Expecting #NEXUS to be the first token in the file, but found > instead (line 1, column "
-       "2)"},
-      {With(kFour, "DATA;", "CHARACTERS;"),
-       "it has a CHARACTERS block but no DATA block; name the block DATA and give NTAX in its "
-       "DIMENSIONS command"},
-      {NexusFile(1, 4, kDna, "a ACGT"), "only 1 taxon was read from its DATA block"},
-      {kFour + taxaBlock, "only 3 taxa were left by a TAXA block after its DATA block with 4"},
-      {"#NEXUS\n'open",
-       "Unexpected end-of-file (end-of-file inside ' quoted token that started on line 2, column "
-       "2) (line 2, column 6)"},
-  };
-  for (const auto& [content, why] : inputs) {
-    SCOPED_TRACE(content);
-    const TemporaryFile file(content);
-    const Input input(file.Path());
-    EXPECT_LT(input.count, 4);
-    EXPECT_EQ(input.error, "");
-    const std::string log = test::Contents(file.LogPath());
-    EXPECT_LT(log.size(), 5000U);
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(DiagnoseInput(file.Path()), why);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(test::Contents(file.LogPath()), log);
   }
 }
 

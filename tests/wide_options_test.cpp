@@ -1,7 +1,7 @@
 // The options of zorvek-wide: each changes what it says, and what cannot be meant is refused.
 
 #include "tests/data.h"
-#include "tests/wide_program.h"
+#include "tests/files.h"
 #include "wide/distance/models.h"
 #include "wide/program/values.h"
 #include "zorvek/io.h"
@@ -126,23 +126,20 @@ TEST_F(WideOptionsTest, StandBeforeTheFileToo) {
   EXPECT_EQ(Run("noise " + given).out, ended.out);
 }
 
-TEST_F(WideOptionsTest, StandInTheManual) {
+TEST_F(WideOptionsTest, StandInTheManualAndTellTheirDefaults) {
   string manual = Contents(ZORVEK_SOURCE_DIR "/man/zorvek-wide.1");
   manual.erase(std::remove(manual.begin(), manual.end(), '\\'), manual.end());
-  std::vector<string> names = FindAll(Run("-h").out, "(-[a-z]|--[a-z-]+)[, =]");
+  const string help = Run("-h").out;
+  EXPECT_EQ(Run("--help").out, help);
+  std::vector<string> names = FindAll(help, "(-[a-z]|--[a-z-]+)[, =]");
   EXPECT_GT(names.size(), 30u);
   for (const auto& model : wide::Models()) names.push_back(model.name);
   for (const string& format : wide::AlignmentFormats()) names.push_back(format);
   for (const string& name : names) EXPECT_TRUE(Contains(manual, name)) << name;
-}
-
-TEST_F(WideOptionsTest, TellTheirDefaults) {
-  const string help = Run("-h").out;
   for (const char* line : {"--criterion NAME=balanced ", "--search NAME=spr ", "--starts N=1 ",
                            "--greedy X=0.5 ", "--seed N=1 ", "--iterations N=0 "}) {
     EXPECT_TRUE(Contains(help, line)) << line;
   }
-  EXPECT_EQ(Run("--help").out, help);
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <regex>
 
-#include "tests/wide_program.h"
+#include "tests/files.h"
 
 namespace zorvek::test {
 namespace {

@@ -1,8 +1,8 @@
 // Whole runs of zorvek-wide, seen as a user sees them.
-#include "tests/wide_program.h"
-
 #include <filesystem>
 #include <regex>
+
+#include "tests/files.h"
 
 namespace zorvek::test {
 namespace {
@@ -160,8 +160,10 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
     EXPECT_EQ(ended.err, expected);
   }
   EXPECT_EQ(Files().size(), cases.size());  // nothing was written
-  Write("many.fa", ">a\n" + string(22, '!') + "\n");
-  EXPECT_TRUE(Contains(Run("many.fa").err, "\nzorvek-wide: and 2 more\n"));
+  Write("many.fa", ">a\n" + string(22, '!') + "\n>b\nA\xC3\n");
+  EXPECT_TRUE(Contains(Run("many.fa").err,
+                       "many.fa:2:20: '!' stands for no nucleotide; write a "
+                       "code, ? or -\nzorvek-wide: and 3 more\n"));
   EXPECT_TRUE(Contains(Run("nowhere.fa").err, "nowhere.fa: cannot be read: No such file"));
   EXPECT_TRUE(Contains(Run(".").err, ".: cannot be read: Is a directory"));
 }
