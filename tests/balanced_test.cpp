@@ -1,5 +1,7 @@
 // The balanced criterion against its definition, and the search under it against all trees.
 
+#include <tuple>
+
 #include "tests/trees.h"
 #include "wide/criterion/balanced_neighbourhood.h"
 #include "wide/criterion/criterion.h"
@@ -7,7 +9,6 @@
 #include "wide/search/neighbour_joining.h"
 #include "wide/search/sectors.h"
 #include "zorvek/error.h"
-#include "zorvek/search.h"
 
 namespace zorvek::wide {
 namespace {
@@ -16,21 +17,16 @@ namespace {
 double DirectLength(const Topology& tree, const DistanceMatrix& distances, int taxa = 0) {
   long double sum = 0;
   for (int i = 0; i < (taxa > 0 ? taxa : tree.taxa); ++i) {
-    struct Visit {
-      int node, behind;
-      long double weight;
-    };
-    std::vector<Visit> open{{tree.leaf_adjacent[Index(i)], i, 1}};
+    std::vector<std::tuple<int, int, long double>> open{{tree.leaf_adjacent[Index(i)], i, 1}};
     while (!open.empty()) {
-      const Visit at = open.back();
+      const auto [node, behind, weight] = open.back();
       open.pop_back();
-      if (tree.IsLeaf(at.node)) {
-        sum += at.weight * distances(i, at.node) / 2;
+      if (tree.IsLeaf(node)) {
+        sum += weight * distances(i, node) / 2;
         continue;
       }
-      const auto [a, b] = tree.Others(at.node, at.behind);
-      open.push_back({a, at.node, at.weight / 2});
-      open.push_back({b, at.node, at.weight / 2});
+      const auto [a, b] = tree.Others(node, behind);
+      for (const int next : {a, b}) open.emplace_back(next, node, weight / 2);
     }
   }
   return static_cast<double>(sum);

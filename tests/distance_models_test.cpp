@@ -1,5 +1,4 @@
-// The distances of zorvek-wide against their definitions in plain loops, against the run's, and through
-// the program.
+// The distances of zorvek-wide against their definitions, against the run's, and through the program.
 
 #include <array>
 #include <regex>

@@ -13,8 +13,7 @@
 namespace zorvek::wide {
 namespace {
 
-// Joined at random, or a comb. Every fifth edge has length 0 or less, the others up to 1 and no less than
-// `least`.
+// Joined at random, or a comb. Every fifth edge has length -`least`, the others `least` to 1.
 Tree GrownTree(int taxa, bool comb, unsigned seed, double least = 0) {
   std::mt19937 generator(seed);
   const auto steps = [](int i, int j) { return j - i + 2.0; };
@@ -73,8 +72,7 @@ TEST(UnrootedLayout, KeepsLengthsAndLetsNoEdgesCross) {
   }
 }
 
-// With edges of length 1 the gaps at both ends of the middle are g, and the two taxa there are seen
-// from the other end under g / 2: 3 g + g / 2 is a full turn.
+// With edges of 1 the gaps are g, and two taxa are seen from the other end under g / 2: 3.5 g is a turn.
 TEST(UnrootedLayout, LeavesEqualDaylight) {
   Tree tree = GrownTree(4, false, 1);
   for (Tree::Node& node : tree.nodes) node.length = 1;

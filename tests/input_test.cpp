@@ -5,10 +5,8 @@
 #include <regex>
 
 #include "core/nexus_guard.h"
-#include "core/pair_table.h"
 #include "driver/run_state.h"
 #include "input/distances.h"
-#include "input/nexus_reading.h"
 #include "tests/files.h"
 #include "tests/reference_input.h"
 #include "tree/candidate_lists.h"

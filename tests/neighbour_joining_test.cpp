@@ -8,7 +8,6 @@
 #include "tests/data.h"
 #include "tests/plain_joining.h"
 #include "wide/criterion/fitted_tree.h"
-#include "wide/data/topology.h"
 #include "wide/support/splits.h"
 #include "zorvek/tree.h"
 
@@ -36,8 +35,7 @@ Distances WholeNumbers(int largest, unsigned seed) {
   };
 }
 
-// Points in a cube, with whole-number coordinates when `grid`: near ones are joined after far ones, so
-// that bounds grow old.
+// Points in a cube, or a `grid`: near ones are joined after far ones, so that bounds grow old.
 Distances Points(int n, int dimensions, bool grid, unsigned seed) {
   std::mt19937 generator(seed);
   std::uniform_real_distribution<double> unit(0, 1);
@@ -45,14 +43,12 @@ Distances Points(int n, int dimensions, bool grid, unsigned seed) {
   for (auto& point : points) {
     for (double& x : point) x = grid ? std::floor(8 * unit(generator)) : unit(generator);
   }
-  return [points, grid](int i, int j) {
-    double sum = 0, squares = 0;
+  return [points](int i, int j) {
+    double sum = 0;
     for (std::size_t k = 0; k < points[0].size(); ++k) {
-      const double apart = std::fabs(points[Index(i)][k] - points[Index(j)][k]);
-      sum += apart;
-      squares += apart * apart;
+      sum += std::fabs(points[Index(i)][k] - points[Index(j)][k]);
     }
-    return grid ? sum : std::sqrt(squares);
+    return sum;
   };
 }
 

@@ -1,6 +1,5 @@
 // Whole runs of the real program, seen as a user sees them: what it prints, the files it leaves and
-// its exit status. Searches are interrupted as soon as they have begun, so nothing here waits for
-// one.
+// its exit status. Searches are interrupted as soon as they have begun.
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -117,8 +116,7 @@ TEST_F(ProgramTest, OneSignalEndsTheSearchAndALaterOneTheProcess) {
   EXPECT_GT(Interrupted("primates.nex", both + "sleep 1; kill -INT $!").status, 128);
 }
 
-// Every file without 4 taxa gives one line with the true cause, and leaves older results and the log of
-// its reading alone.
+// Without 4 taxa there is one line with the true cause, and older results and the log stay as they are.
 TEST_F(ProgramTest, TooFewTaxaGiveOneLineWithTheCause) {
   const string three = kMatrix.substr(0, 39);
   const string taxa = "BEGIN TAXA; DIMENSIONS NTAX=3; TAXLABELS x y z; END;\n";
@@ -152,6 +150,7 @@ TEST_F(ProgramTest, TooFewTaxaGiveOneLineWithTheCause) {
               "Error: " + input + ": " + cause + "; at least 4 taxa are needed.\n");
     const string log = Read(input + ".log");
     EXPECT_EQ(log.rfind(ended.out.substr(0, told) + "\nTAXA block", 0), 0u);
+    EXPECT_EQ(FindAll(log, "Data matrix:\n(?:    \\w +\\w+\n)*$").size(), 1u) << log;
     EXPECT_LT(log.size(), 5000u);
     EXPECT_EQ(Read(input + ".Tavlen.log") + Read(input + ".phylogeny"), kStale + kStale);
   }

@@ -6,7 +6,6 @@
 
 #include "driver/mt_rand.h"
 #include "tests/data.h"
-#include "tree/tree_table.h"
 
 namespace zorvek::reference {
 
@@ -19,8 +18,7 @@ Real Delta(int u, int v, TreeTable tree);
 
 bool FastLocalSearch(TreeTable tree);
 
-// The run's search in plain double arithmetic on trees of its own, from the run's starting
-// tree.
+// The run's search in plain double arithmetic on trees of its own, from the run's starting tree.
 struct Search {
   explicit Search(std::uint32_t seed);
 

@@ -10,8 +10,7 @@
 
 namespace zorvek::reference {
 
-// Counts the pairings of taxa i and j cell by cell, every question put to NCL, and the column
-// totals in single precision.
+// Counts the pairings of taxa i and j cell by cell as NCL has them, and their columns in single precision.
 void CountPairs(const NxsDataBlock& data, unsigned i, unsigned j, PairTable& table,
                 float (&totals)[kNucleotides]);
 

@@ -169,8 +169,7 @@ TEST(Moves, PermuteDealsInDepthFirstOrderAndRepairsWhatIsNotShorter) {
   });
 }
 
-// The step with an inner limit: repairs until nothing changes, 25 calls of the 2-opt search, a
-// shift.
+// The step with an inner limit: repairs until nothing changes, 25 calls of the 2-opt search, a shift.
 TEST(Moves, StepWithinTheInnerLimitRepeatsItsSearches) {
   OnRandomTrees([](const Tree& start, std::uint32_t seed) {
     MAX_TIME = 1000;
@@ -227,8 +226,7 @@ Joins JoinsOfT2() {
   return joins;
 }
 
-// Distances of few values, so that they tie often, and multiples of what they are divided by, so that all
-// arithmetic is exact.
+// Distances of few values, which tie often, and multiples of their divisors, so that sums are exact.
 TEST(RandomNJ, NeighbourJoiningTakesTheFirstOfEqualPairs) {
   std::mt19937 generator(4);
   for (int taxa_count = 4; taxa_count <= 14; ++taxa_count) {

@@ -7,7 +7,6 @@
 #include "driver/run_state.h"
 #include "search/random_perturbation.h"
 #include "search/shift.h"
-#include "tests/data.h"
 #include "tests/reference.h"
 #include "tree/fast_local_search.h"
 #include "tree/starting_tree.h"
@@ -181,8 +180,7 @@ TEST(OrderedSum, IsThatOfThePlainLoopBitByBit) {
     std::vector<double> plain(Index(terms));
     for (int change = 0; change < 4000; ++change) {
       const std::size_t term = generator() % plain.size();
-      // Few significant bits over many magnitudes: halfway cases and changes of binade at every
-      // turn.
+      // Few significant bits over many magnitudes: halfway cases and changes of binade.
       plain[term] =
           std::ldexp(static_cast<double>(generator() % 8), static_cast<int>(generator() % 60));
       if (generator() % 3 == 0) plain[term] = 0;

@@ -5,7 +5,6 @@
 #include <atomic>
 
 #include "tests/trees.h"
-#include "wide/data/topology.h"
 #include "zorvek/io.h"
 
 namespace zorvek::wide {
@@ -14,8 +13,7 @@ namespace {
 using test::Edges;
 using Group = std::set<int>;
 
-// A tree of n taxa, much or little like one that all have in common, with polytomies and edges that
-// are no groups.
+// A tree much or little like one that all have in common, with polytomies and edges that are no groups.
 Tree Variant(const Tree& common, int moves, std::mt19937& generator) {
   Topology topology = TopologyOf(common);
   const unsigned n = static_cast<unsigned>(common.taxa);
@@ -136,8 +134,7 @@ Tree WithTheGroup() {
       .trees[0];
 }
 
-// A group that rests on one site of 60 is found in as many replicates as draw that site, and in no
-// other, for its edge is 0 there.
+// A group that rests on one site of 60 is found in those replicates that draw the site, and in no other.
 TEST(Bootstrap, DrawsAsManySitesAsThereAreFromAllOfThem) {
   const double share = 1 - std::pow(1 - 1.0 / kSites, kSites);
   for (const int site : {0, kSites - 1}) {

@@ -9,8 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Per room the rooms that it may include, besides itself. The public headers are the faces of rooms, and
-// open to all of wide/.
+// Per room the rooms that it may include, besides itself. The public headers are open to all of wide/.
 using Walls = std::map<std::string, std::set<std::string>>;
 
 const std::set<std::string> kRun{"core", "driver", "input", "tree", "search", "output"};

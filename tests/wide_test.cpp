@@ -1,5 +1,4 @@
-// zorvek-wide, its search and the parts around it, against slow definitions on random trees and
-// graphs and the optimum of small data by dynamic programming.
+// The search of zorvek-wide and the parts around it, against slow definitions and the optimum.
 
 #include <limits>
 
@@ -10,7 +9,6 @@
 #include "wide/search/descent.h"
 #include "wide/search/identical.h"
 #include "wide/search/neighbour_joining.h"
-#include "zorvek/search.h"
 #include "zorvek/tree.h"
 
 namespace zorvek::wide {
@@ -186,8 +184,7 @@ TEST(OlsNeighbourhood, FindsEveryPlaceWithItsGainAndLength) {
           }
         }
       }
-      // Every subtree can go into every edge but those at its node: 2 (n-2) - |its own nodes| of
-      // them, which over both ends of all edges comes to 4 (n-2) (n-3).
+      // Into every edge but its own and those at its node, over both ends of all edges.
       ASSERT_EQ(places, 4 * (n - 2) * (n - 3));
       if (!found.empty()) tree.Apply(found[generator() % found.size()]);
     }
@@ -243,10 +240,8 @@ class Optimum {
   double Length() const { return length_; }
 
  private:
-  struct Below {
-    unsigned part;  // one of the two sets, the one with the lowest leaf
-    double length;  // of all edges below, the two at the top included
-  };
+  // One of the two sets, that with the lowest leaf, and the length of all edges below the whole.
+  using Below = std::pair<unsigned, double>;
 
   static int Lowest(unsigned set) { return __builtin_ctz(set); }
   static double Size(unsigned set) { return __builtin_popcount(set); }
