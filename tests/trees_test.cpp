@@ -263,14 +263,12 @@ constexpr std::size_t kStack = 256 * 1024;
 
 // (t0:1,(t1:1,... or, with a step of 7, taxa in another order.
 std::string Caterpillar(int step) {
-  std::string text;
-  std::string end;
-  for (int k = 0; k < kTaxa; ++k) {
-    const bool last = k + 1 == kTaxa;
-    text += (last ? "" : "(") + ("t" + std::to_string(k * step % kTaxa)) + (last ? "" : ":1,");
-    if (!last) end += last ? "" : "):1";
+  std::string text, end;
+  for (int k = 0; k + 1 < kTaxa; ++k) {
+    text += "(t" + std::to_string(k * step % kTaxa) + ":1,";
+    if (k > 0) end += "):1";
   }
-  return text + ":1" + end.substr(0, end.size() - 2) + ";";
+  return text + "t" + std::to_string((kTaxa - 1) * step % kTaxa) + ":1" + end + ");";
 }
 
 void* ReadWriteSupportAndDraw(void*) {

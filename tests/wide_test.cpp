@@ -126,9 +126,8 @@ TEST(WideSearch, EndsWhereLengthsAreNegative) {
 int SmallestCover(int n, const std::vector<std::pair<int, int>>& edges) {
   int best = n;
   for (unsigned chosen = 0; chosen < 1u << n; ++chosen) {
-    const bool covers = std::all_of(edges.begin(), edges.end(), [&](const auto& edge) {
-      return ((chosen >> edge.first | chosen >> edge.second) & 1u) != 0;
-    });
+    bool covers = true;
+    for (const auto& [a, b] : edges) covers = covers && ((chosen >> a | chosen >> b) & 1u) != 0;
     if (covers) best = std::min(best, __builtin_popcount(chosen));
   }
   return best;
