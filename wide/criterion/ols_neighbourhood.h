@@ -65,8 +65,8 @@ class OlsNeighbourhood : public Neighbourhood {
   // Cost: LengthAfter of two moves.
   bool BestNni(int u, int v, SprMove& best) override;
 
-  // After Scan(), appends the SPR moves of the subtree `subtree` held by `holder` that may shorten the tree by more
-  // than `margin`, with the gains by which they are ranked, in the order of the walk.
+  // After Scan(), appends the SPR moves of the subtree `subtree` held by `holder` that may shorten the
+  // tree by more than `margin`, with the gains by which they are ranked, in the order of the walk.
   // Cost: constant for each edge outside the subtree.
   void SprMoves(int holder, int subtree, double margin, std::vector<SprMove>& found);
 
