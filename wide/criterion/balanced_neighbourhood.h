@@ -45,7 +45,7 @@ class BalancedNeighbourhood final : public Neighbourhood {
                         std::vector<int> taxa = {});
 
   int Threads() const override { return static_cast<int>(reached_.size()); }
-  void UseThreads(int threads) override;
+  void UseThreads(int threads);
 
   // Makes all averages anew.  Cost: n^2, shared by the threads.
   void Set(const Topology& topology) override;

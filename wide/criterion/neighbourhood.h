@@ -24,7 +24,6 @@ class Neighbourhood {
 
   // By how many threads work on the whole tree is shared. A criterion that cannot share it stays at 1.
   virtual int Threads() const { return 1; }
-  virtual void UseThreads(int) {}
 
   // Takes another tree.
   virtual void Set(const Topology& topology) = 0;
