@@ -224,6 +224,7 @@ TEST(WideTreeFile, ReadsWhatOthersWrite) {
   EXPECT_EQ(Edges(star[1]).at({1, 2}).second, Tree::kNoSupport);
   EXPECT_EQ(Edges(Read("(A,B_C,('it''s',d)3,5);", kFive)[0]).at({2, 3}).second, 0.03);
   EXPECT_EQ(Read("((d,c),(b,a)); (a,b,c,d);", {}).size(), 2u);
+  EXPECT_EQ(Read("#NEXUS begin trees; title ''; tree x=(a,b,c,d);", {}).size(), 1u);
 }
 
 TEST(WideTreeFile, SaysWhereAndWhatIsWrong) {
@@ -244,6 +245,7 @@ TEST(WideTreeFile, SaysWhereAndWhatIsWrong) {
       {"#NEXUS begin trees; tree x (A,b);", "f:1:28: no = after the name"},
       {"#NEXUS begin trees; translate 1;", "f:1:31: a TRANSLATE entry"},
       {"#NEXUS begin trees; tree x", "f:1:27: no = after"},
+      {"#NEXUS begin notes; text ''", "f:1:28: the file ends within a command"},
   };
   for (const auto& [text, told] : faults) {
     try {

@@ -104,7 +104,9 @@ std::string TreeReader::Word() {
 void TreeReader::SkipCommand() {
   while (Peek() != ';') {
     if (at_ >= text_.size()) Fail(at_, "the file ends within a command; add the ;");
-    if (Label(kNewickEnds).empty()) ++at_;
+    const std::size_t begin = at_;
+    Label(kNewickEnds);
+    if (at_ == begin) ++at_;
   }
   ++at_;
 }
