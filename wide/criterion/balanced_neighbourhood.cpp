@@ -28,6 +28,7 @@ namespace {
 constexpr double kShorter = 1e-12;   // share of the largest distance
 constexpr int kMostExponent = 1000;  // of the unit, so that it and its inverse are ordinary numbers
 constexpr int kBlock = 256;          // columns of D that are filled together
+constexpr std::size_t kRefreshed = 1024;  // nodes whose averages a thread remakes at a time
 
 double Largest(const std::vector<int>& taxa, const double* const* distances) {
   double largest = 0;
@@ -58,7 +59,9 @@ BalancedNeighbourhood::BalancedNeighbourhood(const Topology& topology,
       first_(row_.size()),
       averages_(MakeLargeTable<double>(row_.size() * row_.size())),
       place_(row_.size()),
-      behind_(row_.size()) {
+      reached_(Index(std::max(1, threads))),
+      behind_(row_.size()),
+      ways_(reached_.size(), {std::vector<int>(row_.size()), std::vector<int>(row_.size())}) {
   if (taxa_.empty()) {
     taxa_.resize(Index(topology.taxa));
     std::iota(taxa_.begin(), taxa_.end(), 0);
@@ -66,12 +69,7 @@ BalancedNeighbourhood::BalancedNeighbourhood(const Topology& topology,
   const double largest = Largest(taxa_, distances);
   unit_ = UnitOf(largest);
   margin_ = kShorter * (largest / unit_);
-  UseThreads(threads);
   Set(topology);
-}
-
-void BalancedNeighbourhood::UseThreads(int threads) {
-  reached_.resize(Index(std::max(1, threads)));
 }
 
 // Columns do not depend on each other but within the rows of leaves.
@@ -453,39 +451,58 @@ void BalancedNeighbourhood::Apply(const SprMove& move) {
   topology_.Apply(move);
   Link(move);
   const int last = static_cast<int>(path_.size());
-  RefreshHanging(path_.front().left, -1);
-  for (int place = 0; place < last; ++place) RefreshHanging(path_[Index(place)].beside, place);
-  RefreshHanging(path_.back().right, last);
+  hanging_.clear();
+  ListHanging(path_.front().left, -1);
+  for (int place = 0; place < last; ++place) ListHanging(path_[Index(place)].beside, place);
+  ListHanging(path_.back().right, last);
+  const std::size_t parts = (hanging_.size() + kRefreshed - 1) / kRefreshed;
+  ForEach(static_cast<int>(parts), Threads(), [this](int part, int thread) {
+    const std::size_t from = Index(part) * kRefreshed;
+    RefreshHanging(from, std::min(from + kRefreshed, hanging_.size()), ways_[Index(thread)]);
+  });
   RefreshPath();
   ordered_ = false;
   SumLength();
 }
 
-// Remakes what changes of the subtree at `root`, which hangs beside the path at `place`, or off its ends.
-void BalancedNeighbourhood::RefreshHanging(int root, int place) {
+// Lists the nodes of the subtree at `root`, which hangs beside the path at `place`, or off its ends.
+void BalancedNeighbourhood::ListHanging(int root, int place) {
   const int last = static_cast<int>(path_.size()) - 1;
   const int at = path_[Index(std::clamp(place, 0, last))].node;
-  open_.assign(1, {root, at, -1, 0});
+  open_.assign(1, {root, at, -1, 0, place});
   while (!open_.empty()) {
     const Hanging here = open_.back();
     open_.pop_back();
-    ancestors_.resize(std::max(ancestors_.size(), here.depth + 1));
-    beside_.resize(ancestors_.size());
-    if (here.depth > 0) {
-      ancestors_[here.depth - 1] = here.parent;
-      beside_[here.depth - 1] = here.sibling;
-    }
-    RefreshFrom(place, here);
+    hanging_.push_back(here);
     if (IsLeaf(here.node)) continue;
     const auto [f, g] = Others(here.node, here.parent);
-    open_.push_back({f, here.node, g, here.depth + 1});
-    open_.push_back({g, here.node, f, here.depth + 1});
+    open_.push_back({f, here.node, g, here.depth + 1, place});
+    open_.push_back({g, here.node, f, here.depth + 1, place});
+  }
+}
+
+// Remakes what changes of a part of the listed nodes. No two of them change the same averages, nor does any
+// read what another changes.
+void BalancedNeighbourhood::RefreshHanging(std::size_t from, std::size_t to, Way& way) {
+  const auto enter = [&way](const Hanging& here) {
+    way.parents[Index(here.depth)] = here.parent;
+    way.siblings[Index(here.depth)] = here.sibling;
+  };
+  int depth = hanging_[from].depth;
+  for (std::size_t k = from; depth > 0; --k) {
+    if (hanging_[k].depth != depth) continue;
+    enter(hanging_[k]);
+    --depth;
+  }
+  for (std::size_t k = from; k < to; ++k) {
+    enter(hanging_[k]);
+    RefreshFrom(hanging_[k], way);
   }
 }
 
 // Remakes D between one node of a hanging subtree and the path, then the nodes above it there.
-void BalancedNeighbourhood::RefreshFrom(int place, const Hanging& here) {
-  const int v = here.node;
+void BalancedNeighbourhood::RefreshFrom(const Hanging& here, const Way& way) {
+  const int v = here.node, place = here.place;
   const int last = static_cast<int>(path_.size()) - 1;
   double* row = Row(v);
   double from_right = At(path_.back().right, v);
@@ -507,9 +524,9 @@ void BalancedNeighbourhood::RefreshFrom(int place, const Hanging& here) {
     Row(node)[v] = row[node] = outside;
   }
   if (here.depth == 0) return WriteAcross(v, here.parent, outside);
-  for (std::size_t k = 0; k < here.depth; ++k) {
-    const int u = ancestors_[k];
-    outside = (outside + At(beside_[k], v)) * 0.5;
+  for (std::size_t depth = 1; depth <= Index(here.depth); ++depth) {
+    const int u = way.parents[depth];
+    outside = (outside + At(way.siblings[depth], v)) * 0.5;
     if (row[u] == outside) return;
     row[u] = Row(u)[v] = outside;
   }

@@ -45,7 +45,6 @@ class BalancedNeighbourhood final : public Neighbourhood {
                         std::vector<int> taxa = {});
 
   int Threads() const override { return static_cast<int>(reached_.size()); }
-  void UseThreads(int threads);
 
   // Makes all averages anew.  Cost: n^2, shared by the threads.
   void Set(const Topology& topology) override;
@@ -73,7 +72,7 @@ class BalancedNeighbourhood final : public Neighbourhood {
 
   // Remakes the averages of the pairs of subtrees that the move changes.
   // Cost: n for each node on the way, and n times the mean depth of the subtrees that hang from it; from
-  // some 50 levels down nothing changes any more.
+  // some 50 levels down nothing changes any more. Threads share it.
   void Apply(const SprMove& move) override;
 
   double EdgeLength(int u, int v) const override;
@@ -114,10 +113,16 @@ class BalancedNeighbourhood final : public Neighbourhood {
     const double* noise;
   };
 
-  // A node of a hanging subtree, its parent, its sibling, and its depth there.
+  // A node of a hanging subtree, its parent, its sibling, its depth there, and the place on the path of what
+  // it hangs from, which is -1 or the number of places off its ends.
   struct Hanging {
-    int node, parent, sibling;
-    std::size_t depth;
+    int node, parent, sibling, depth;
+    int place = 0;
+  };
+
+  // By depth, the parent and the sibling of each node on the way to one of a hanging subtree.
+  struct Way {
+    std::vector<int> parents, siblings;
   };
 
   // One of the nodes whose subtrees a move changes, which are a path in the tree: its neighbours on the
@@ -163,8 +168,9 @@ class BalancedNeighbourhood final : public Neighbourhood {
   void Link(const SprMove& move);
   int FindEnd(int holder, int from, int a, int b);
   void FindPath(int holder, int from, int to, int a, int b);
-  void RefreshHanging(int root, int place);
-  void RefreshFrom(int place, const Hanging& at);
+  void ListHanging(int root, int place);
+  void RefreshHanging(std::size_t from, std::size_t to, Way& way);
+  void RefreshFrom(const Hanging& here, const Way& way);
   void RefreshPath();
 
   Topology topology_;
@@ -188,7 +194,8 @@ class BalancedNeighbourhood final : public Neighbourhood {
   std::vector<Hanging> open_;
   std::vector<int> behind_;
   std::vector<PathNode> path_;
-  std::vector<int> ancestors_, beside_;  // of the node that is refreshed, from the path on
+  std::vector<Hanging> hanging_;  // all nodes off the path, each before those below it
+  std::vector<Way> ways_;         // of each thread
 };
 
 }  // namespace zorvek::wide
