@@ -370,7 +370,7 @@ Supported FindSupported(const Input& input, const ModelSettings& model,
   distances.Reorder(order);
   alignment.Reorder(order);
   Supported result;
-  result.found = FindShortestTree(distances.Size(), distances.Rows(), settings.search);
+  result.found = FindShortestTree(distances, settings.search);
   result.trees = Bootstrap(alignment, model, settings, result.found.tree).trees;
   result.found.tree = Renumbered(result.found.tree, order);
   for (Tree& tree : result.trees) tree = Renumbered(tree, order);

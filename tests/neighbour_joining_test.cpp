@@ -5,9 +5,11 @@
 
 #include <memory>
 
-#include "tests/data.h"
 #include "tests/plain_joining.h"
+#include "tests/trees.h"
+#include "wide/criterion/criterion.h"
 #include "wide/criterion/fitted_tree.h"
+#include "wide/data/folded_matrix.h"
 #include "wide/support/splits.h"
 #include "zorvek/tree.h"
 
@@ -145,6 +147,34 @@ TEST(NeighbourJoining, IsAsGoodInSinglePrecision) {
       return (told = share) > 0.5;
     };
     EXPECT_GT(length(JoinNeighbours(kTaxa, matrix.rows.data(), joining)), joined);
+  }
+}
+
+// A matrix that was folded, or joined within itself, holds what it held.
+TEST(NeighbourJoining, InTheMatrixItselfIsThatOfACopy) {
+  SearchSettings joined = test::Settings(Criterion::kBalanced);
+  joined.moves = Moves::kNone;
+  for (const int n : {4, 5, 40, kSinglePrecision + 1}) {
+    DistanceMatrix matrix = test::Matrix(n, Points(n, 2, false, 1));
+    const DistanceMatrix before = test::Matrix(n, Points(n, 2, false, 1));
+    const auto expect_as_before = [&] {
+      for (int i = 0; i < n; ++i) {
+        ASSERT_TRUE(std::equal(matrix.Rows()[i], matrix.Rows()[i] + n, before.Rows()[i])) << i;
+      }
+    };
+    {
+      FoldedMatrix folded(matrix, 2);
+      for (int i = 0; i < n; ++i) {
+        float* const row = folded.Rows()[i];
+        ASSERT_TRUE(std::equal(row, row + n, before.Rows()[i],
+                               [](float single, double whole) { return single == float(whole); }));
+        std::fill_n(row, n, -1.0F);
+      }
+    }
+    expect_as_before();
+    const SearchResult found = FindShortestTree(matrix, joined);
+    EXPECT_EQ(found.length, test::Find(before, joined).length);
+    expect_as_before();
   }
 }
 

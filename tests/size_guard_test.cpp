@@ -27,7 +27,10 @@ TEST(SizeGuard, RefusesWhatCannotFitAndNamesWhatWould) {
   options.search.criterion = Criterion::kOls;
   EXPECT_EQ(Refusal(options, 20000, 8e9), "");
   EXPECT_EQ(Refusal(options, 20000, 4e9),
-            "x: 20000 taxa need 4.8 GB of memory, and the machine has 4.0 GB; leave out taxa or "
+            "x: 20000 taxa need 4.8 GB of memory, and the machine has 4.0 GB; with --search none "
+            "they fit");
+  EXPECT_EQ(Refusal(options, 20000, 3e9),
+            "x: 20000 taxa need 4.8 GB of memory, and the machine has 3.0 GB; leave out taxa or "
             "take a larger machine");
   EXPECT_EQ(Refusal(options, 3900, 3.6e8),
             "x: 3900 taxa need 0.4 GB of memory, and the machine has 0.4 GB; with --search none "

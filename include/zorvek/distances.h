@@ -3,6 +3,7 @@
 #define ZORVEK_DISTANCES_H
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -41,7 +42,7 @@ class DistanceMatrix {
   DistanceMatrix Without(const std::vector<bool>& left_out) const;
 
  private:
-  std::vector<double> values_;  // row-major
+  std::unique_ptr<double[], void (*)(void*)> values_;  // row-major
   std::vector<double*> rows_;
 };
 

@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "zorvek/criterion.h"
+#include "zorvek/distances.h"
 #include "zorvek/names.h"
 #include "zorvek/tree.h"
 
@@ -67,6 +68,10 @@ struct SearchResult {
 // and while one is joined 8 n^2, or then 4 n^2, which is all that Moves::kNone needs.
 SearchResult FindShortestTree(int n, const double* const* distances,
                               const SearchSettings& settings);
+
+// The same, in less memory: a single tree that is joined in single precision and not searched needs none
+// but that of the matrix, which holds what it held again when the tree is there.
+SearchResult FindShortestTree(DistanceMatrix& distances, const SearchSettings& settings);
 
 // The neighbour-joining tree [Saitou1987] with its own edge lengths, some of which may be negative; its
 // length is their sum. Number is double or float. The matrix is used up.

@@ -1,18 +1,22 @@
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
+#include "core/index.h"
+#include "core/large_table.h"
 #include "zorvek/distances.h"
 
 namespace zorvek::wide {
 
 DistanceMatrix::DistanceMatrix(int n)
-    : values_(static_cast<std::size_t>(n) * static_cast<std::size_t>(n)) {
-  for (int i = 0; i < n; ++i) rows_.push_back(values_.data() + static_cast<std::ptrdiff_t>(i) * n);
+    : values_(MakeLargeTable<double>(Index(n) * Index(n)).release(), std::free) {
+  for (int i = 0; i < n; ++i) rows_.push_back(&values_[Index(i) * Index(n)]);
+  std::fill_n(values_.get(), Index(n) * Index(n), 0.0);
 }
 
 void DistanceMatrix::Set(int i, int j, double distance) {
-  rows_[static_cast<std::size_t>(i)][j] = distance;
-  rows_[static_cast<std::size_t>(j)][i] = distance;
+  rows_[Index(i)][j] = distance;
+  rows_[Index(j)][i] = distance;
 }
 
 // In tiles, so that the rows of one half and the columns of the other stay in the cache.
@@ -43,10 +47,9 @@ void DistanceMatrix::Reorder(const std::vector<int>& order) {
   std::vector<double*> rows;
   std::vector<double> before(rows_.size());
   for (const int taxon : order) {
-    double* const row = rows_[static_cast<std::size_t>(taxon)];
+    double* const row = rows_[Index(taxon)];
     std::copy_n(row, before.size(), before.begin());
-    for (std::size_t k = 0; k < order.size(); ++k)
-      row[k] = before[static_cast<std::size_t>(order[k])];
+    for (std::size_t k = 0; k < order.size(); ++k) row[k] = before[Index(order[k])];
     rows.push_back(row);
   }
   rows_ = std::move(rows);
@@ -55,13 +58,13 @@ void DistanceMatrix::Reorder(const std::vector<int>& order) {
 DistanceMatrix DistanceMatrix::Without(const std::vector<bool>& left_out) const {
   std::vector<int> kept;
   for (int i = 0; i < Size(); ++i) {
-    if (!left_out[static_cast<std::size_t>(i)]) kept.push_back(i);
+    if (!left_out[Index(i)]) kept.push_back(i);
   }
   const int count = static_cast<int>(kept.size());
   DistanceMatrix rest(count);
   for (int i = 0; i < count; ++i) {
     for (int j = 0; j < i; ++j) {
-      rest.Set(i, j, (*this)(kept[static_cast<std::size_t>(i)], kept[static_cast<std::size_t>(j)]));
+      rest.Set(i, j, (*this)(kept[Index(i)], kept[Index(j)]));
     }
   }
   return rest;

@@ -69,8 +69,7 @@ void SearchTree(const std::atomic<bool>& stop, ProgressLine& line, Results& resu
   };
   const Tree start = StartingTree(results.options, results.input);
   if (start.taxa > 0) settings.start = &start;
-  const DistanceMatrix& distances = results.input.distances;
-  results.found = {FindShortestTree(distances.Size(), distances.Rows(), settings)};
+  results.found = {FindShortestTree(results.input.distances, settings)};
 }
 
 void AddSupport(const std::atomic<bool>& stop, ProgressLine& line, Results& results) {

@@ -39,10 +39,13 @@ double BytesOfTree(Criterion criterion, double taxa) {
   return 0;
 }
 
-// What a thread holds of these: of the first start the tree after the joining, later both.
+// What a thread holds of these: of the first start the tree after the joining, later both; where a tree is
+// only joined in single precision, nothing but the distances.
 double BytesOfThread(const SearchSettings& search, double taxa) {
   const double joining = BytesOfJoining(taxa);
-  if (search.moves == Moves::kNone && search.iterations == 0) return joining;
+  if (search.moves == Moves::kNone && search.iterations == 0) {
+    return taxa < kSinglePrecision || search.starts > 1 ? joining : 0;
+  }
   const double tree = BytesOfTree(search.criterion, taxa);
   return search.starts > 1 ? tree + joining : std::max(tree, joining);
 }

@@ -21,6 +21,7 @@
 #include "core/parallel.h"
 #include "wide/criterion/criterion.h"
 #include "wide/criterion/fitted_tree.h"
+#include "wide/data/folded_matrix.h"
 #include "wide/data/topology.h"
 #include "wide/search/descent.h"
 #include "wide/search/identical.h"
@@ -89,8 +90,14 @@ class Passes {
 // The whole search: its clock, its best tree, and the threads.
 class Search {
  public:
-  Search(int n, const double* const* distances, const SearchSettings& settings)
-      : n_(n), distances_(distances), settings_(settings), identical_(IdenticalTaxa(n, distances)) {
+  // The matrix that holds the distances is null where that may not be changed meanwhile.
+  Search(int n, const double* const* distances, DistanceMatrix* matrix,
+         const SearchSettings& settings)
+      : n_(n),
+        distances_(distances),
+        matrix_(matrix),
+        settings_(settings),
+        identical_(IdenticalTaxa(n, distances)) {
     std::vector<int> distinct = DistinctTaxa(n, identical_);
     if (settings.criterion != Criterion::kBalanced || distinct.size() < 4 || identical_.empty() ||
         OnlyStarts())
@@ -199,8 +206,12 @@ class Search {
     };
     if (reports && Starts() == 1) joining.threads = settings_.threads;
     if (!distinct_.empty()) return JoinDistinct(joining);
-    return n_ < kSinglePrecision ? JoinNeighbours<double>(n_, distances_, joining)
-                                 : JoinNeighbours<float>(n_, distances_, joining);
+    if (n_ < kSinglePrecision) return JoinNeighbours<double>(n_, distances_, joining);
+    if (matrix_ == nullptr || !OnlyStarts() || Starts() > 1) {
+      return JoinNeighbours<float>(n_, distances_, joining);
+    }
+    FoldedMatrix folded(*matrix_, settings_.threads);
+    return JoinNeighboursInPlace(n_, folded.Rows(), joining);
   }
 
   Topology JoinDistinct(const Joining& joining) const {
@@ -344,6 +355,7 @@ class Search {
 
   int n_;
   const double* const* distances_;
+  DistanceMatrix* matrix_;
   const SearchSettings& settings_;
   Groups identical_;
   int taxa_ = n_;              // those that are searched
@@ -362,7 +374,12 @@ class Search {
 SearchResult FindShortestTree(int n, const double* const* distances,
                               const SearchSettings& settings) {
   CheckFinite(n, distances);
-  return Search(n, distances, settings).Run();
+  return Search(n, distances, nullptr, settings).Run();
+}
+
+SearchResult FindShortestTree(DistanceMatrix& distances, const SearchSettings& settings) {
+  CheckFinite(distances.Size(), distances.Rows());
+  return Search(distances.Size(), distances.Rows(), &distances, settings).Run();
 }
 
 }  // namespace zorvek::wide

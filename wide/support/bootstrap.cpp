@@ -55,7 +55,7 @@ class Replicates {
                        static_cast<std::uint32_t>(settings_.first + index)};
     std::mt19937_64 generator(seed);
     for (int draw = 0; draw < kMostDraws && !Stopped(); ++draw) {
-      const DistanceMatrix distances =
+      DistanceMatrix distances =
           PairDistances(alignment_, DrawSites(alignment_.Sites(), generator), model_, 1).matrix;
       if (distances.Undefined().empty()) return Count(index, distances, draw);
     }
@@ -76,9 +76,8 @@ class Replicates {
   bool Stopped() const { return settings_.search.stop != nullptr && *settings_.search.stop; }
 
  private:
-  void Count(int index, const DistanceMatrix& distances, int redrawn) {
-    SearchResult found =
-        FindShortestTree(distances.Size(), distances.Rows(), OneDescent(settings_.search));
+  void Count(int index, DistanceMatrix& distances, int redrawn) {
+    SearchResult found = FindShortestTree(distances, OneDescent(settings_.search));
     if (Stopped()) return;  // perhaps no descent was made
     const std::vector<int> misses = count_.Misses(found.tree);
     const std::lock_guard<std::mutex> lock(mutex_);
