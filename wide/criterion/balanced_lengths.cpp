@@ -11,12 +11,11 @@
 // before those above. A node below has a row of averages between it and all nodes outside, which the node
 // above makes its own from two of them; then they are no longer needed. Since the larger subtree comes
 // first, no more rows are kept at a time than a number of taxa can be halved.
-#include "wide/criterion/balanced_lengths.h"
-
 #include <algorithm>
 #include <utility>
 
 #include "core/index.h"
+#include "wide/criterion/edge_lengths.h"
 #include "wide/criterion/numbering.h"
 
 namespace zorvek::wide {

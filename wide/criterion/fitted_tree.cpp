@@ -5,9 +5,8 @@
 #include <vector>
 
 #include "core/index.h"
-#include "wide/criterion/balanced_lengths.h"
+#include "wide/criterion/edge_lengths.h"
 #include "wide/criterion/numbering.h"
-#include "wide/criterion/ols_lengths.h"
 #include "wide/data/topology.h"
 
 namespace zorvek::wide {

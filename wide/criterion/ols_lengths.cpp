@@ -7,13 +7,12 @@
 //       \   /
 //         p         are enough for the averages around the edge between u and p. A taxon adds to these three
 //         |         at the nodes above it, by the sums of its row over the leaves below each node.
-#include "wide/criterion/ols_lengths.h"
-
 #include <tuple>
 #include <utility>
 
 #include "core/index.h"
 #include "core/subtree_sums.h"
+#include "wide/criterion/edge_lengths.h"
 
 namespace zorvek::wide {
 
