@@ -80,12 +80,14 @@ TEST(Clocks, AreToldInTheReport) {
   tzset();
   Options options;
   options.paths.resize(7);
+  options.bootstrap.replicates = 5;
   Results results{options, 86400};
   const DistanceMatrix distances = test::RandomMatrix(4, 1);
   results.input.matrix_labels = {"a", "b", "c", "d"};
   results.found.push_back(test::Find(distances, options.search));
   results.improvements = {{1.5, 3}, {62.25, 2}};
   results.seconds = 12.25;
+  results.support = {3, 207, 2, {}};
   std::string report;
   {
     const test::Clocks clocks;
@@ -93,6 +95,7 @@ TEST(Clocks, AreToldInTheReport) {
   }
   for (const char* part :
        {"\nbegan       1970-01-02 00:00:00 UTC\n", "\n1.500000\t3\n62.250000\t2\n",
+        "\nsupport     3 replicates, 207 samples without all distances drawn again, 2 given up\n",
         "\ntime        12.25 s, processor 5071.25 s\n"}) {
     EXPECT_TRUE(test::Contains(report, part)) << part << report;
   }

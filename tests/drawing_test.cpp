@@ -264,6 +264,7 @@ TEST(Picture, APageHoldsTheTree) {
   }
   EXPECT_EQ(test::FindAll(page, "\"(t\\d+)\""), shown);
   EXPECT_TRUE(test::Contains(page, "\"layout\":\"phylogram\",\n\"unit\":\"u\""));
+  EXPECT_FALSE(test::Contains(page, ",-1,")) << "should be null";
   const auto parents = ListIn(page, "parent"), depths = ListIn(page, "depth");
   const auto xs = ListIn(page, "x"), ys = ListIn(page, "y"), supports = ListIn(page, "support");
   ASSERT_EQ(parents.size(), tree.nodes.size());
@@ -294,6 +295,9 @@ TEST(Picture, LetsSupportsCoverNothing) {
     const Shown shown(
         DrawPicture("x.svg", tree, std::vector<std::string>(80, "taxon"), {layout, ""}));
     EXPECT_GT(shown.supports.size(), 20u);
+    for (const auto& [i, k] : test::Pairs(80)) {
+      EXPECT_GT(Distance(shown.labels[Index(i)].at, shown.labels[Index(k)].at), 0.9 * Canvas::kRow);
+    }
     EXPECT_LT(shown.most.x - shown.least.x, 1500);
     const auto wanted = DrawnSupports(layout == Layout::kPhylogram ? RootedForDrawing(tree) : tree);
     EXPECT_EQ(shown.supports.size() + std::stoul(shown.labels.back().text),  // found no room
@@ -322,6 +326,7 @@ TEST(Picture, LetsSupportsCoverNothing) {
 }
 
 TEST(Picture, TakesLabelsOfAnyBytes) {
+  EXPECT_EQ(TextWidth("caf\xC3\xA9"), TextWidth("cafe"));
   EXPECT_EQ(Drawable("a\tb\x01\x7F"), "ab");
   EXPECT_EQ(Drawable("caf\xC3\xA9 \xF0\x9F\xA6\x8E"), "caf\xC3\xA9 \xF0\x9F\xA6\x8E");
   EXPECT_EQ(Drawable("caf\xE9"), "caf\xC3\xA9");

@@ -44,13 +44,13 @@ TEST(Formats, GiveTheSameSequences) {
   const Strings labels{"Homo sap 1", "b", "seq3.1", "d_4"};
   const Strings codes{"ACGTACGTACNA", "RYMKSWHBVDNN", "--GTACGTAC-A", "TTTTACGTACTT"};
   const Strings texts{
-      "#NEXUS\nbegin data; dimensions ntax=4 nchar=12; format datatype=dna gap=- missing=?; "
+      "#nexus\nbegin data; dimensions ntax=4 nchar=12; format datatype=dna gap=- missing=?; "
       "matrix\n"
       "'Homo sap 1' ACGTACGTACNA\nb RYMKSWHBVDNX\n'seq3.1' ??{G}TACGTAC{C-}A\n'd_4' TTTTACGTACTT; "
       "end;",
       "4 12\nHomo sap 1ACGTAC GTACNA\nb         rymkswHBVDnx\nseq3.1    ??GT ACGTAC-A\n"
       "d_4       TUTTACGTACTT\n",
-      "4 12\nHomo sap 1ACGTAC\nb         RYMKSW\nseq3.1    ??GTAC\nd_4       TuTTAC\n\n"
+      "4 12\nHomo sap 1ACGTAC\nb         RYMKSW\nseq3.1    ??GTAC\nd_4       TuTTAC\n \t\n"
       "GTACNA\nHBVDNX\nGTAC-A\nGTACTT\n",
       "4 12 I\rHomo sap 1\rACGTACGTAC\rNA\rb\rRYMKSWHBVDNX\rseq3.1    ??GTACGTAC-A\rd_4       "
       "TUTTACGTACTT"};
@@ -139,6 +139,7 @@ TEST(Formats, SayWhatIsWrongWithAnAlignment) {
       {"LOCUS       X\n",
        "f:1:1: this is GenBank's format; align its sequences and give them as FASTA"},
       {">a\r\nA\r\n>\r\nA\r\n", "f:3:1: no label; write one"},
+      {"clustal\n\na A\nb J\n", "f:4:3: 'J' stands for no nucleotide; write a code, ? or -"},
       {"CLUSTAL\n\na A\nb C\n\na A\nc C\n",
        "f:7:1: label c where the first block has b; fix the order of the lines"},
       {"CLUSTAL\n\na A\nb C\n\na A\nb C\nc C\n",

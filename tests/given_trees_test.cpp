@@ -43,6 +43,10 @@ TEST_F(GivenTreesTest, StartsFromATreeOrOnlyFitsTrees) {
   EXPECT_EQ(Read("fitted").substr(0, 31), "(a:1,b:2,(c:4,(d:5,e:6):7):3);\n");
   EXPECT_EQ(Files(), (std::vector<string>{"fitted", "m", "other", "star", "two"}));
 
+  Run("m --matrix --evaluate two --support-from star other --newick supported");
+  EXPECT_EQ(FindAll(Read("supported"), kSupport), (std::vector<string>{"50.0", "0.0", "50.0"}));
+  EXPECT_TRUE(Contains(Run("m --matrix --evaluate two --outgroup a,b").err, "1 of the 2 trees;"));
+
   const string other = Read("fitted").substr(31);
   EXPECT_TRUE(Contains(other, ":0") && !Contains(other, "-")) << "negative edges are written as 0";
   EXPECT_EQ(Tree("m --matrix --tree other --search none"), other);
@@ -114,7 +118,8 @@ TEST_F(GivenTreesTest, ReplicatesAreSearchedAsTheTreeIsButOnce) {
   };
   const string plain = replicates("");
   Write("start", FindAll(plain, "(.*)\n").at(0));
-  for (const char* search : {"--starts 3", "--iterations 20 -t 3", "--tree start"}) {
+  for (const char* search :
+       {"--starts 3", "--iterations 20 -t 3", "--tree start", "--time .000001s"}) {
     EXPECT_EQ(replicates(search), plain) << search;
   }
   EXPECT_EQ(replicates("--search none --tree start"), replicates("--search none"));

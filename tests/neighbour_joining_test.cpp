@@ -77,9 +77,10 @@ void ExpectThePlainTree(int n, const Distances& distance) {
   Joining shared;
   shared.threads = 3;
   EXPECT_TRUE(Same(JoinNeighbours<Number>(n, wide.rows.data(), shared), expected));
-  for (const int power : {-3, 3}) {
+  constexpr int kMost = std::numeric_limits<Number>::max_exponent;
+  for (const int power : {-3 * kMost / 4, kMost - 8}) {
     for (Number& value : matrix.values) {
-      value = std::ldexp(value, power * std::numeric_limits<Number>::max_exponent / 4);
+      value = std::ldexp(value, power);
     }
     EXPECT_TRUE(Same(JoinNeighboursInPlace<Number>(n, matrix.rows.data()), expected));
     matrix = Rows<Number>(n, distance);

@@ -49,8 +49,11 @@ TEST(SizeGuard, WarnsOfLongRunsOnly) {
   const double seconds = NeedsOf(options, 5000, 1000).seconds;
   options.model.model = Model::kSpectral;
   EXPECT_GT(NeedsOf(options, 5000, 1000).seconds, 1.5 * seconds);
+  options.search.threads = 8;
+  EXPECT_LT(NeedsOf(options, 5000, 1000).seconds, seconds);
   options = Options();
   options.search.starts = 1000;
+  EXPECT_EQ(Forewarning(options, 20000, 1000, 1e11), "20000 taxa: about 30 h and 18 GB of memory");
   options.search.seconds = seconds;
   EXPECT_LT(NeedsOf(options, 5000, 1000).seconds, 2 * seconds);
   options = Options();

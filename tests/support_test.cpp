@@ -191,6 +191,7 @@ TEST(Bootstrap, DrawsAgainWhereADistanceIsMissing) {
   settings.replicates = 2;
   const BootstrapResult none = Bootstrap(alignment, ModelSettings(), settings, tree);
   EXPECT_EQ(none.given_up, 2);
+  EXPECT_EQ(none.redrawn, 198);
   EXPECT_EQ(none.done, 0);
   EXPECT_EQ(test::Edges(tree).at({3, 4}).second, Tree::kNoSupport);
 }

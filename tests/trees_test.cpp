@@ -256,7 +256,7 @@ TEST(WideTreeFile, SaysWhereAndWhatIsWrong) {
     }
   }
   EXPECT_THROW(Read("(a,b,c);", {}), Error);
-  EXPECT_THROW(Read("(a,b,c,d);(a,b,c,e);", {}), Error);
+  EXPECT_THROW(Read("(a,b,c,d);(a,b,c,d,e);", {}), Error);
 }
 
 // Trees as deep as they have taxa, on a small stack: nothing may recurse along them.

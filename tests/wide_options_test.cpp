@@ -1,10 +1,12 @@
 // The options of zorvek-wide: each changes what it says, and what cannot be meant is refused.
+#include <thread>
 
 #include "tests/data.h"
 #include "tests/files.h"
 #include "wide/distance/models.h"
 #include "wide/program/values.h"
 #include "zorvek/io.h"
+#include "zorvek/version.h"
 
 namespace zorvek::test {
 namespace {
@@ -104,6 +106,11 @@ TEST_F(WideOptionsTest, ChangeWhatTheySay) {
 // A limit that had no effect would let these go on for ever.
 TEST_F(WideOptionsTest, LimitTheTime) {
   WriteNoise(12);
+  // With fewer threads than that this one is not interrupted.
+  const Ended shared =
+      Run("--matrix noise --time 20 -t 3 & while kill -0 $! && [ $(ls /proc/$!/task | wc -l) -lt "
+          "4 ]; do :; done; kill -INT $!; wait $!");
+  EXPECT_TRUE(Contains(shared.out, ", interrupted\n")) << shared.out;
   for (const char* options :
        {"--time .0001m", "--patience .02s", "--time .02 --patience 1000h --iterations 999999999999",
         "--patience .00001h --time 1000m --iterations 999999999999"}) {
@@ -130,16 +137,22 @@ TEST_F(WideOptionsTest, StandInTheManualAndTellTheirDefaults) {
   string manual = Contents(ZORVEK_SOURCE_DIR "/man/zorvek-wide.1");
   manual.erase(std::remove(manual.begin(), manual.end(), '\\'), manual.end());
   const string help = Run("-h").out;
-  EXPECT_EQ(Run("--help").out, help);
+  EXPECT_EQ(Run("--help && " ZORVEK_WIDE_PROGRAM " --version").out,
+            help + "zorvek-wide " + kVersion + "\n");
   std::vector<string> names = FindAll(help, "(-[a-z]|--[a-z-]+)[, =]");
   EXPECT_GT(names.size(), 30u);
   for (const auto& model : wide::Models()) names.push_back(model.name);
   for (const string& format : wide::AlignmentFormats()) names.push_back(format);
   for (const string& name : names) EXPECT_TRUE(Contains(manual, name)) << name;
-  for (const char* line : {"--criterion NAME=balanced ", "--search NAME=spr ", "--starts N=1 ",
-                           "--greedy X=0.5 ", "--seed N=1 ", "--iterations N=0 "}) {
-    EXPECT_TRUE(Contains(help, line)) << line;
-  }
+  const string cores = std::to_string(std::thread::hardware_concurrency());
+  const std::vector<string> defaults{"--threads N=" + cores + " ",
+                                     "--criterion NAME=balanced ",
+                                     "--search NAME=spr ",
+                                     "--starts N=1 ",
+                                     "--greedy X=0.5 ",
+                                     "--seed N=1 ",
+                                     "--iterations N=0 "};
+  for (const string& line : defaults) EXPECT_TRUE(Contains(help, line)) << line;
 }
 
 }  // namespace

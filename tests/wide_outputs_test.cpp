@@ -73,6 +73,9 @@ TEST_F(WideOutputsTest, ReplaceFilesWholeOrNotAtAll) {
     EXPECT_EQ(Read("x.fa.wide.nex") + Read("x.fa.wide.log"), "oldold") << options;
     EXPECT_EQ(Files(), (Names{"x.fa", "x.fa.wide.log", "x.fa.wide.nex"})) << options;
   }
+  // Before there are distances.
+  Write("far.fa", ">a\nAAAA\n>b\nCCCC\n>c\nGGGG\n>d\nTTTT\n");
+  EXPECT_TRUE(Contains(Run("far.fa --newick x.fa/n").err, "x.fa/n:" + kCannot));
   // A file size limit strikes at the second file, when the first is complete.
   EXPECT_EQ(Shell("ulimit -f 1; " + kProgram + " x.fa --draw x.svg --bootstrap 1").status, 1);
   EXPECT_EQ(Read("x.fa.wide.nex") + Read("x.fa.wide.log"), "oldold");
@@ -97,8 +100,9 @@ TEST_F(WideOutputsTest, ReportOnTheRun) {
         "\nvariable    2 sites\n"
         "informative 1 sites, under parsimony\nidentical   d = e\n\ntaxon\tgaps\tambiguous\n"
         "a\t1\t1\nc\t0\t0\nd\t0\t0\ne\t0\t0\n",
-        "\n--iterations      7\n", "\n--criterion       balanced\n", "\n--bootstrap       3\n",
-        "\n--midpoint        yes\n", "\nseconds\tlength\n0.", "\nsupport     3 replicates\n"}) {
+        "\n--iterations      7\n", "\n--seed            1\n", "\n--criterion       balanced\n",
+        "\n--bootstrap       3\n", "\n--midpoint        yes\n", "\nseconds\tlength\n0.",
+        "\nsupport     3 replicates\n"}) {
     EXPECT_TRUE(Contains(ended.out, part)) << part << "\nin\n" << ended.out;
   }
 }
@@ -132,6 +136,12 @@ TEST_F(WideOutputsTest, ShowTheirProgressOnATerminal) {
       "best length 0\\.[0-9]+[^\r]*\riterations, 100 %, best length 0\\.[0-9]+[^\r]*\rbootstrap, "
       "33 %[^\r]*\r {30,}\r");
   EXPECT_TRUE(std::regex_match(shown, lines)) << shown;
+  Run("x.fa -t 1 --time 1 2>" + terminal.Name());
+  const string clock = terminal.Shown();
+  const std::regex seconds(
+      "[^]*\riterations, [0-9]+ %, best length [0-9.]+, 1 s left[^]*\riterations, [5-9][0-9] "
+      "%[^]*");
+  EXPECT_TRUE(std::regex_match(clock, seconds)) << clock;
 }
 
 // A tree that no pipe holds, so that the program waits for a reader with its files written but not
@@ -155,6 +165,10 @@ TEST_F(WideOutputsTest, LeaveNoTemporaryFileBehind) {
     Shell("trap - QUIT; " + WhileWriting(kill + "wait $!"));
     EXPECT_EQ(Files(), (Names{"long.fa", "x.fa"})) << kill;
   }
+  const Ended taken = Shell(WhileWriting("mkdir long.fa.wide.nex; cat <&3 >tree; wait $!"));
+  EXPECT_TRUE(Contains(taken.err, "long.fa.wide.nex:" + kCannot + "Is a directory")) << taken.err;
+  EXPECT_EQ(Files(), (Names{"long.fa", "long.fa.wide.nex", "tree", "x.fa"}));
+  Shell("rm -r tree long.fa.wide.nex");
   // What is ignored already, as under nohup, stays so.
   const Ended ended = Shell("trap '' USR1 HUP; " +
                             WhileWriting("kill -USR1 $!; kill -HUP $!; cat <&3 >tree; wait $!"));
@@ -164,9 +178,9 @@ TEST_F(WideOutputsTest, LeaveNoTemporaryFileBehind) {
 
 TEST_F(WideOutputsTest, HoldTheBestTreeAfterAnInterruption) {
   for (const char* signals : {"INT", "TERM", "HUP", "TERM HUP INT"}) {
-    const Ended ended =
-        Shell("mkfifo p; " + kProgram + " x.fa --newick p --patience 1000 & exec 3<p; for s in " +
-              string(signals) + "; do kill -$s $!; done; wait $! && cat <&3; rm p");
+    const Ended ended = Shell("trap '' TERM; mkfifo p; " + kProgram +
+                              " x.fa --newick p --patience 1000 & exec 3<p; for s in " +
+                              string(signals) + "; do kill -$s $!; done; wait $! && cat <&3; rm p");
     EXPECT_TRUE(Contains(ended.out, ", interrupted\n")) << signals;
     EXPECT_TRUE(Contains(ended.out, tree_)) << signals;
     EXPECT_EQ(Files(), (Names{"x.fa", "x.fa.wide.log", "x.fa.wide.nex"}));

@@ -112,18 +112,18 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
       {"few.fa", ">a\nAC\n>b\nAC\n>c\nAC\n", "few.fa: 3 taxa; a tree needs at least 4\n"},
       {"--leave-out=A leave.fa", ">a\nAC\n>b\nAC\n>c\nAC\n>d\nAC\n",
        "leave.fa: 3 taxa left; a tree needs at least 4\n"},
-      {"twice.fa", ">a\nA\n>b\nA\n>A x\nA\n>b\nA\n",
-       "twice.fa:5:1: label A stands in line 1 already; give each taxon its own, with _ for "
-       "blanks: a label ends at the first blank\n"
-       "twice.fa:7:1: label b stands in line 3 already; give each taxon its own\n"},
+      {"twice.fa", ">b\nA\n>a\nA\n>A x\nA\n>b\nA\n",
+       "twice.fa:7:1: label b stands in line 1 already; give each taxon its own\n"
+       "twice.fa:5:1: label A stands in line 3 already; give each taxon its own, with _ for "
+       "blanks: a label ends at the first blank\n"},
       {"ragged.fa", ">a\nACGT\n>b\nAC\nG\n>c\n>d\nACGT\n",
        "ragged.fa:3:1: b has 3 sites, not the 4 of a; align the sequences to one length\n"
        "ragged.fa:6:1: c has 0 sites, not the 4 of a; align the sequences to one length\n"},
       {"odd.fa", ">a\nAC!T\n>b\nA CJU\n",
        "odd.fa:2:3: '!' stands for no nucleotide; write a code, ? or -\n"
        "odd.fa:4:4: 'J' stands for no nucleotide; write a code, ? or -\n"},
-      {"short.phy", "5 3\na ACG\nb ACG\nc ACG\n",
-       "short.phy:4:1: 3 sequences, not the 5 of the first line; fix that line, or sequences that "
+      {"short.phy", "5 3\n\na ACG\nb ACG\nc ACG\n",
+       "short.phy:5:1: 3 sequences, not the 5 of the first line; fix that line, or sequences that "
        "are not 3 sites long\n"},
       {"hyphen.nex",
        "#NEXUS\nBEGIN DATA;\nDIMENSIONS NTAX=2 NCHAR=4;\nFORMAT DATATYPE=DNA;\nMATRIX\n"
@@ -137,8 +137,8 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
        "if it does\n"},
       {"trees.nex", "#NEXUS\nBEGIN TREES;\nTREE x=(a,b,c);\nEND;\n",
        "trees.nex: no DATA or CHARACTERS block; add one\n"},
-      {"--matrix m1", "4\na 0 1 2 x\nb 1 0 1 1\nc 1 1 0 1\n",
-       "m1:2:9: \"x\" where distance 4 of 4 of a should stand; write a number, or NA for none\n"},
+      {"--matrix m1", "4\na 0 1 2 1x\nb 1 0 1 1\nc 1 1 0 1\n",
+       "m1:2:9: \"1x\" where distance 4 of 4 of a should stand; write a number, or NA for none\n"},
       {"--matrix m2", "2000000000\na 0\n",
        "m2:2: the file ends where distance 2 of 2000000000 of a should stand; write a number, or "
        "NA for none\n"},
@@ -195,14 +195,15 @@ TEST_F(WideProgramTest, NamesPairsWithoutADistanceAndLeavesTaxaOut) {
 }
 
 TEST_F(WideProgramTest, KeepsIdenticalSequencesTogether) {
-  Write("same.fa", Fasta() + ">a2\n" + kA + "\n>a3\n" + kA + "\n>d2\n" + kD + "\n");
+  Write("same.fa", Fasta() + ">a2\n" + kA + "\n>a3\n" + kA + "\n>d-2\n" + kD + "\n");
   const string tree = Tree("same.fa");
   EXPECT_TRUE(std::regex_search(
       tree,
       std::regex(
           "^\\(a:0,\\(.*,a3:0\\):0,a2:0|^\\(a:0,.*\\(a2:0,a3:0\\):0|^\\(a:0,a3:0,\\(a2:0,.*")))
       << tree;
-  EXPECT_TRUE(Contains(tree, "(d:0,d2:0)")) << tree;
+  EXPECT_TRUE(Contains(tree, "(d:0,d-2:0)")) << tree;
+  EXPECT_TRUE(Contains(Read("same.fa.wide.nex"), "'d-2'\n"));
   Write("code.fa", Fasta({{"a", kA}, {"b", kA}, {"c", kB}, {"d", kC}}));
   EXPECT_TRUE(
       Contains(Run("code.fa").out, "\nleft aside  0 gaps and missing sites, 1 ambiguity code\n"));
@@ -211,6 +212,7 @@ TEST_F(WideProgramTest, KeepsIdenticalSequencesTogether) {
     EXPECT_EQ(Run(string("all.fa --draw all.svg --bootstrap 2 --layout ") + layout).status, 0);
     EXPECT_FALSE(Contains(Read("all.svg"), "nan"));
   }
+  EXPECT_EQ(FindAll(Tree("all.fa --midpoint"), "(:0)").size(), 6u);
 }
 
 TEST_F(WideProgramTest, FindsTheSameSupportOnAnyNumberOfThreads) {

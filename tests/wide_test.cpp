@@ -43,9 +43,11 @@ TEST(WideIdentical, TaxaThatAreTheSameStayTogether) {
       for (const int taxon : group) EXPECT_EQ(view.At(taxon).length, 0);
     }
   }
-  // At distance 0, and yet not the same.
+  // At distance 0, and yet not the same; and almost the same.
   const DistanceMatrix near = test::Matrix(4, [](int i, int j) { return i + j - 1.0; });
   EXPECT_TRUE(IdenticalTaxa(4, near.Rows()).empty());
+  const DistanceMatrix close = test::Matrix(4, [](int, int j) { return j == 1 ? 1e-9 : 1.0; });
+  EXPECT_TRUE(IdenticalTaxa(4, close.Rows()).empty());
 }
 
 TEST(WideIdentical, TaxaComeTogetherWhereTheTreeIsShortest) {
@@ -290,6 +292,24 @@ TEST(WideSearch, FindsTheOptimumOfSmallData) {
       settings.seed = seed;
       EXPECT_NEAR(test::Find(matrix, settings).length, Optimum(matrix).Length(), 1e-12);
     }
+  }
+}
+
+// All trees in which taxa 0 and 1 are together are equal.
+TEST(WideSearch, TakesTheFirstOfEqualTrees) {
+  auto random = test::RandomDistances(1);
+  const DistanceMatrix other =
+      test::Matrix(30, [&](int i, int j) { return i + j == 1 ? -9 : random(i, j); });
+  const DistanceMatrix equal =
+      test::Matrix(30, [](int i, int j) { return i + j == 1 ? 0.0 : 1.0; });
+  const Tree start = MakeTree(JoinNeighbours(30, other.Rows()), [](int, int) { return 1; });
+  for (const Moves moves : {Moves::kNone, Moves::kNni, Moves::kSpr}) {
+    SearchSettings settings = test::Settings(Criterion::kBalanced);
+    settings.start = &start;
+    settings.starts = 3;
+    settings.moves = moves;
+    const auto edges = test::Edges(test::Find(equal, settings).tree);
+    for (const auto& [split, edge] : test::Edges(start)) EXPECT_EQ(edges.count(split), 1u);
   }
 }
 
