@@ -1,7 +1,6 @@
 // The distances of zorvek-wide against their definitions, against the run's, and through the program.
 
 #include <array>
-#include <regex>
 
 #include "tests/data.h"
 #include "tests/files.h"

@@ -1,7 +1,5 @@
 // Pictures of trees: what stands where, told by value.
 
-#include <regex>
-
 #include "tests/data.h"
 #include "tests/files.h"
 #include "wide/drawing/canvas.h"

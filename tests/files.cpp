@@ -6,14 +6,10 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <regex>
 #include <sstream>
 
 namespace zorvek::test {
-
-namespace fs = std::filesystem;
 
 std::string Contents(const std::string& path) {
   std::ostringstream text;

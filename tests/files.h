@@ -4,9 +4,15 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <regex>
+
 #include "tests/prelude.h"
 
 namespace zorvek::test {
+
+namespace fs = std::filesystem;
+using std::string;
 
 std::string Contents(const std::string& path);
 

@@ -5,8 +5,6 @@
 namespace zorvek::test {
 namespace {
 
-using std::string;
-
 const string kSupport = "\\)([0-9.]+):";
 
 class GivenTreesTest : public WideProgramTest {
@@ -119,7 +117,7 @@ TEST_F(GivenTreesTest, ReplicatesAreSearchedAsTheTreeIsButOnce) {
   const string plain = replicates("");
   Write("start", FindAll(plain, "(.*)\n").at(0));
   for (const char* search :
-       {"--starts 3", "--iterations 20 -t 3", "--tree start", "--time .000001s"}) {
+       {"--starts 3", "-t 1", "--iterations 20 -t 7", "--tree start", "--time .000001s"}) {
     EXPECT_EQ(replicates(search), plain) << search;
   }
   EXPECT_EQ(replicates("--search none --tree start"), replicates("--search none"));

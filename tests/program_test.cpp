@@ -2,8 +2,6 @@
 // its exit status. Searches are interrupted as soon as they have begun.
 #include <sys/stat.h>
 
-#include <filesystem>
-#include <regex>
 #include <sstream>
 
 #include "tests/files.h"
@@ -12,10 +10,8 @@
 namespace zorvek::test {
 namespace {
 
-namespace fs = std::filesystem;
 using reference::NexusFile;
 using std::regex;
-using std::string;
 
 const string kStale = "left by an earlier run\n";
 const string kDna = "DATATYPE=DNA GAP=- MISSING=?";
@@ -85,7 +81,7 @@ TEST_F(ProgramTest, TurnsTheExampleIntoATreeAndThreeFiles) {
   const string tree_file = Read("primates.nex.phylogeny");
   const regex frame("#NEXUS\n\n\nBegin trees;\n\ntree PAUP_1=(\\([^\n]*:0\\));\n\nEnd;\n");
   ASSERT_TRUE(std::regex_match(tree_file, match, frame)) << tree_file;
-  string rest = match.str(1);
+  const string rest = match.str(1);
   double length = 0;
   for (const string& edge : FindAll(rest, ":(-?[0-9.e-]+)"))
     length += std::max(0., std::stod(edge));
@@ -95,12 +91,7 @@ TEST_F(ProgramTest, TurnsTheExampleIntoATreeAndThreeFiles) {
   std::sort(expected.begin(), expected.end());
   std::sort(labels.begin(), labels.end());
   EXPECT_EQ(labels, expected);
-  // Binary: replacing pairs of neighbouring leaves by one leaf, again and again, leaves one.
-  for (string before; before != rest;) {
-    before = std::exchange(
-        rest, std::regex_replace(rest, regex("\\([^(),]+:[^(),]+,[^(),]+:[^(),]+\\)"), "x"));
-  }
-  EXPECT_EQ(rest, "x");
+  EXPECT_EQ(FindAll(rest, "(\\()").size(), 11u);
 }
 
 // A tree file that is a pipe keeps the process from its end until somebody reads.

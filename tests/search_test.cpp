@@ -2,7 +2,6 @@
 // copy of the tree, evaluated by itself, so that undoing plays no part here), and trees by neighbour
 // joining and by random pairs.
 
-#include <regex>
 #include <sstream>
 
 #include "driver/run_state.h"

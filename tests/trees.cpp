@@ -43,8 +43,7 @@ Topology RandomTopology(const DistanceMatrix& distances, std::mt19937_64& genera
   return wide::JoinNeighbours(distances.Size(), distances.Rows(), {0, &generator});
 }
 
-double LeastOfAll(int n, const std::function<double(const Topology&)>& length,
-                  const std::function<bool(const Topology&, int)>& hopeless) {
+double LeastOfAll(int n, const std::function<double(const Topology&)>& length) {
   double least = std::numeric_limits<double>::infinity();
   Topology three(n);
   three.adjacent[0] = {0, 1, 2};
@@ -62,13 +61,12 @@ double LeastOfAll(int n, const std::function<double(const Topology&)>& length,
         more.Replace(v, u, node);
         more.leaf_adjacent[Index(next)] = node;
         more.adjacent[Index(node - n)] = {u, v, next};
-        if (next + 1 < n) {
-          if (hopeless(more, next + 1)) continue;
-          open.emplace_back(more, next + 1);
-          continue;
-        }
         more.root = {node, u};
-        least = std::min(least, length(more));
+        if (next + 1 < n) {
+          open.emplace_back(more, next + 1);
+        } else {
+          least = std::min(least, length(more));
+        }
       }
     }
   }

@@ -28,10 +28,8 @@ wide::Tree RandomTree(int n, std::mt19937& generator);
 // Joined at random.
 wide::Topology RandomTopology(const wide::DistanceMatrix& distances, std::mt19937_64& generator);
 
-// The least length of all trees, made by adding the taxa one after the other in all places; a tree of
-// those before the second argument of `hopeless` gets no more where that is true.
-double LeastOfAll(int n, const std::function<double(const wide::Topology&)>& length,
-                  const std::function<bool(const wide::Topology&, int)>& hopeless);
+// The least length of all trees, made by adding the taxa one after the other in all places.
+double LeastOfAll(int n, const std::function<double(const wide::Topology&)>& length);
 
 // The side of a split without taxon 0.
 std::set<int> WithoutFirst(const std::set<int>& side, int n);

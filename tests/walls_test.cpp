@@ -1,13 +1,9 @@
 // The walls of the house: a room includes only what stands below it.
 
-#include <filesystem>
-
 #include "tests/files.h"
 
 namespace zorvek {
 namespace {
-
-namespace fs = std::filesystem;
 
 // Per room the rooms that it may include, besides itself. The public headers are open to all of wide/.
 using Walls = std::map<std::string, std::set<std::string>>;
@@ -39,7 +35,8 @@ const Walls kWalls{
 
 TEST(Walls, ARoomIncludesOnlyWhatStandsBelowIt) {
   for (const auto& [room, below] : kWalls) {
-    for (const auto& entry : fs::directory_iterator(fs::path(ZORVEK_SOURCE_DIR) / room)) {
+    for (const auto& entry :
+         test::fs::directory_iterator(test::fs::path(ZORVEK_SOURCE_DIR) / room)) {
       const std::string file = entry.path().string();
       for (const std::string& included :
            test::FindAll(test::Contents(file), "#include \"([^\"]+)/[^/\"]+\"")) {

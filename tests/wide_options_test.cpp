@@ -11,8 +11,6 @@
 namespace zorvek::test {
 namespace {
 
-using std::string;
-
 class WideOptionsTest : public WideProgramTest {
  protected:
   // A matrix without any tree in it, so that each search ends elsewhere.

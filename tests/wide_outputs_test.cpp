@@ -1,15 +1,10 @@
 // What zorvek-wide writes, where, and what stays when it is stopped.
 
-#include <filesystem>
-#include <regex>
-
 #include "tests/files.h"
 
 namespace zorvek::test {
 namespace {
 
-namespace fs = std::filesystem;
-using std::string;
 using Names = std::vector<string>;
 
 const string kProgram = ZORVEK_WIDE_PROGRAM;

@@ -1,14 +1,9 @@
 // Whole runs of zorvek-wide, seen as a user sees them.
-#include <filesystem>
-#include <regex>
 
 #include "tests/files.h"
 
 namespace zorvek::test {
 namespace {
-
-namespace fs = std::filesystem;
-using std::string;
 
 // 48 sites, changed (A to C to G to T to A) at some.
 string Sites(const std::vector<std::size_t>& changed) {
@@ -213,13 +208,6 @@ TEST_F(WideProgramTest, KeepsIdenticalSequencesTogether) {
     EXPECT_FALSE(Contains(Read("all.svg"), "nan"));
   }
   EXPECT_EQ(FindAll(Tree("all.fa --midpoint"), "(:0)").size(), 6u);
-}
-
-TEST_F(WideProgramTest, FindsTheSameSupportOnAnyNumberOfThreads) {
-  Write("x.fa", Fasta());
-  const string tree = Tree("x.fa --bootstrap 40 --threads 1 --seed 5");
-  EXPECT_EQ(Tree("x.fa --bootstrap 40 --threads 7 --seed 5"), tree);
-  EXPECT_NE(Tree("x.fa --bootstrap 40 --threads 7 --seed 8"), tree);
 }
 
 // A caterpillar is the deepest tree: nothing may recurse as deep as that.
