@@ -208,7 +208,7 @@ TEST(Formats, TakeMissingDistancesAndRefuseWrongOnes) {
        "f:3:11: distance -3; write a number that is 0 or more, or NA for none\n"
        "f:3:3: distance 1.001 of b to a, but 1 the other way; make them the same\n"
        "f:4:9: distance 0.5 of c to itself; write 0\n"
-       "f:4:12: distance inf; write a number that is 0 or more, or NA for none\n"
+       "f:4:12: distance inf; write a number of 1e300 at most, or NA for none\n"
        "f:5:5: distance nan of d to b, but 1 the other way; make them the same"},
       {"3\na 0 1 2\nb 1 0 2 5\nc 2 2 0\n",
        "f:3:9: \"5\" after the 3 distances of b; begin the next row on a line of its own"},

@@ -21,7 +21,11 @@ TEST_F(GivenTreesTest, RootsWhereItIsAsked) {
   EXPECT_EQ(Tree("m --matrix --midpoint"), "((d:5,e:6):3,(c:4,(a:1,b:2):3):4);\n");
   EXPECT_TRUE(Contains(Read("m.wide.nex"), "[&R] ((4:5,5:6):3,(3:4,(1:1,2:2):3):4);"));
   EXPECT_EQ(Tree("m --matrix --outgroup C"), "(c:2,((a:1,b:2):3,(d:5,e:6):7):2);\n");
-  EXPECT_EQ(Tree("m --matrix --outgroup a,c,b"), "((d:5,e:6):3.5,(c:4,(a:1,b:2):3):3.5);\n");
+  EXPECT_EQ(Tree("m --matrix --outgroup 'a, c,b'"), "((d:5,e:6):3.5,(c:4,(a:1,b:2):3):3.5);\n");
+
+  Write("bare", "((a,b),c,(d,e));");
+  Tree("m --matrix --midpoint --support-from bare --consensus again");
+  EXPECT_EQ(Read("again"), "(a,(b,(c,(d,e)100.0)100.0));\n");  // where no edge has a length
 
   const Ended loose = Run("m --matrix --quiet --newick tree --outgroup a --outgroup c");
   EXPECT_EQ(loose.status, 0);

@@ -214,6 +214,7 @@ TEST(WideTreeFile, ReadsWhatOthersWrite) {
   EXPECT_EQ(Edges(star[1]).at({1, 2}).second, Tree::kNoSupport);
   EXPECT_EQ(Edges(Read("(A,B_C,('it''s',d)3,5);", kFive)[0]).at({2, 3}).second, 0.03);
   EXPECT_EQ(Read("((d,c),(b,a)); (a,b,c,d);", {}).size(), 2u);
+  EXPECT_EQ(Read("(caf\xE9,b,c,d);", {"caf\xC3\xA9", "b", "c", "d"}).size(), 1u);
   EXPECT_EQ(Read("#NEXUS begin trees; title ''; tree x=(a,b,c,d);", {}).size(), 1u);
 }
 

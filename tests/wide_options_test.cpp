@@ -38,6 +38,7 @@ TEST_F(WideOptionsTest, AreRefusedInWords) {
       {"a.fa --alpha .5",
        "--alpha is no longer an option: the share of greedy joins is --greedy, the shape of the "
        "gamma distribution --gamma"},
+      {"a.fa --outgroup ''", "--outgroup wants taxa, commas between them, not ''"},
       {"a.fa --iterations -1",
        "--iterations wants a whole number from 0 to 1000000000000, not '-1'"},
       {"a.fa --seed -1", "--seed wants a whole number of 0 or more, not '-1'"},
@@ -109,13 +110,18 @@ TEST_F(WideOptionsTest, LimitTheTime) {
       Run("--matrix noise --time 20 -t 3 & while kill -0 $! && [ $(ls /proc/$!/task | wc -l) -lt "
           "4 ]; do :; done; kill -INT $!; wait $!");
   EXPECT_TRUE(Contains(shared.out, ", interrupted\n")) << shared.out;
-  for (const char* options :
-       {"--time .0001m", "--patience .02s", "--time .02 --patience 1000h --iterations 999999999999",
-        "--patience .00001h --time 1000m --iterations 999999999999"}) {
+  for (const char* options : {"--time .0001m", "--time .01s --starts 1000000",
+                              "--time .01 --starts 1000000 --search none", "--patience .02s",
+                              "--time .02 --patience 1000h --iterations 999999999999",
+                              "--patience .00001h --time 1000m --iterations 999999999999"}) {
     EXPECT_GT(Length(options), 0) << options;
   }
   EXPECT_TRUE(Contains(Run("--matrix noise --time 1000h --rounds 8").out, "1, iterations 8\n"));
   EXPECT_TRUE(Contains(Run("--matrix noise --time .02s").out, "1, by the clock\n"));
+  // Nor are these told at its end.
+  for (const string& fault : {string("--support-from none"), "-o " + string(250, 'x')}) {
+    EXPECT_EQ(Run("--matrix noise --time 1000h " + fault).status, 1) << fault;
+  }
   const std::map<string, double> times{{"90", 90}, {"90s", 90}, {"10m", 600}, {"1.5h", 5400}};
   for (const auto& [text, seconds] : times) {
     double read = 0;

@@ -20,7 +20,7 @@ void CheckLabels(const std::string& file, const std::vector<std::string>& labels
 void CheckNumberOfTaxa(const std::string& file, std::size_t taxa, bool left = false);
 
 // Faults are the numbers of a square matrix that ReadMatrix would not take either: negative ones,
-// infinite ones, distances of a taxon to itself, and pairs whose two numbers differ by more than rounding.
+// those above 1e300, distances of a taxon to itself, and pairs whose two numbers differ by more than rounding.
 // NaN is none. Returns whether the two numbers of every pair are the same; see Symmetrise if not. Number
 // is double or float.  Cost: n^2.
 template <typename Number>

@@ -87,7 +87,7 @@ struct LabelledMatrix {
 // Reads a matrix of any of these shapes, holding a line of the text at a time. NaN, NA, -, ? and -1
 // stand for a missing distance. The two numbers of a pair may differ by rounding; their mean is
 // taken. Throws Error: at once where the shape is at fault, else with all numbers that are negative
-// or not finite, distances of a taxon to itself, and pairs whose two numbers are not the same.
+// or above 1e300, distances of a taxon to itself, and pairs whose two numbers are not the same.
 // Cost: 8 n^2 bytes, 12 n^2 for a lower triangle.
 LabelledMatrix ReadMatrix(Source source);
 

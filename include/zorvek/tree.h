@@ -68,7 +68,7 @@ Tree Renumbered(const Tree& tree, const std::vector<int>& number);
 Tree RootedAbove(const Tree& tree, int node, double share);
 
 // The unrooted tree rooted midway between the two taxa that are farthest apart, the edges taken as
-// they are written [Farris1972].
+// they are written, one without a length as 0 [Farris1972].
 Tree RootedAtMidpoint(const Tree& tree);
 
 // The node above which a root parts the smallest group with all the given taxa from the rest, and

@@ -61,7 +61,7 @@ OlsNeighbourhood::OlsNeighbourhood(const Topology& topology, const double* const
                                    Precision precision, int threads)
     : OlsNeighbourhood(OlsTree(topology, distances, precision), topology.Nodes(),
                        Largest(topology.taxa, distances)) {
-  UseThreads(threads);
+  walkers_.resize(Index(std::max(1, threads)));
 }
 
 OlsNeighbourhood::OlsNeighbourhood(OlsTree tree, int closed, double largest_distance)

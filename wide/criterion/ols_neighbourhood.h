@@ -38,7 +38,6 @@ class OlsNeighbourhood : public Neighbourhood {
   OlsNeighbourhood(OlsTree tree, int closed, double largest_distance);
 
   int Threads() const override { return static_cast<int>(walkers_.size()); }
-  void UseThreads(int threads) { walkers_.resize(Index(threads)); }
 
   // Cost: n, and n for each node at or above a changed one.
   void Set(const Topology& topology) override { tree_.Set(topology); }

@@ -89,12 +89,18 @@ void SortChildren(const std::vector<int>& order, Tree& tree) {
   }
 }
 
+// Of the edge above a node as a root is looked for: one without a length counts as 0.
+double PathLength(const Tree& tree, int node) {
+  const double length = tree.ShownLength(node);
+  return std::isnan(length) ? 0 : length;
+}
+
 // For each node the greatest distance to a taxon below it, and the child on the way (-1 for a taxon).
 std::vector<std::pair<double, int>> Depths(const Tree& tree) {
   std::vector<std::pair<double, int>> depths(tree.nodes.size(), {0, -1});
   for (auto node = tree.preorder.rbegin(); node != tree.preorder.rend(); ++node) {
     for (const int child : tree.At(*node).children) {
-      const double depth = depths[Index(child)].first + tree.ShownLength(child);
+      const double depth = depths[Index(child)].first + PathLength(tree, child);
       std::pair<double, int>& deepest = depths[Index(*node)];
       if (deepest.second < 0 || depth > deepest.first) deepest = {depth, child};
     }
@@ -210,7 +216,7 @@ Tree RootedAtMidpoint(const Tree& tree) {
     double second = 0;
     for (const int child : tree.At(node).children) {
       if (child == depths[Index(node)].second) continue;
-      second = std::max(second, depths[Index(child)].first + tree.ShownLength(child));
+      second = std::max(second, depths[Index(child)].first + PathLength(tree, child));
     }
     if (!tree.IsTaxon(node) && depths[Index(node)].first + second > longest) {
       longest = depths[Index(node)].first + second;
@@ -219,7 +225,7 @@ Tree RootedAtMidpoint(const Tree& tree) {
   }
   int node = depths[Index(top)].second;
   while (depths[Index(node)].first > longest / 2) node = depths[Index(node)].second;
-  const double length = tree.ShownLength(node);
+  const double length = PathLength(tree, node);
   const double share = (longest / 2 - depths[Index(node)].first) / length;
   return RootedAbove(tree, node, length > 0 ? std::clamp(share, 0.0, 1.0) : 0.5);
 }

@@ -52,10 +52,11 @@ std::vector<double> NeverFalling(const std::vector<double>& values) {
 std::vector<double> DrawnLengths(const Tree& tree) {
   double longest = 0;
   for (const int node : tree.preorder) longest = std::max(longest, tree.ShownLength(node));
+  const double least = std::max(kLeastDrawn * longest, kLeastDrawnLength);
   std::vector<double> lengths(tree.nodes.size());
   for (const int node : tree.preorder) {
     const double length = tree.ShownLength(node);
-    if (node != tree.root && length > kLeastDrawn * longest) lengths[Index(node)] = length;
+    if (node != tree.root && length > least) lengths[Index(node)] = length;
   }
   return lengths;
 }

@@ -14,8 +14,9 @@ struct Point {
 };
 
 // Shorter edges than this share of the longest have length 0 in a picture: nobody can see them, and
-// rounding would decide which way they point.
+// rounding would decide which way they point. So have all that are too short for pixels per length.
 constexpr double kLeastDrawn = 1e-9;
+constexpr double kLeastDrawnLength = 1e-300;
 
 // The lengths of the edges above the nodes as they are drawn, none of them negative; 0 at the root.
 std::vector<double> DrawnLengths(const Tree& tree);

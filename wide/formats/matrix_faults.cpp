@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 
 #include "wide/formats/numbers.h"
 #include "zorvek/check.h"
@@ -28,13 +27,13 @@ void ForPairs(std::size_t n, const Visit& visit) {
   }
 }
 
-// Symmetric, finite, 0 or more, and 0 from a taxon to itself.
+// Symmetric, nothing but distances, and 0 from a taxon to itself.
 template <typename Number>
 bool IsSound(std::size_t n, const Number* const* distances) {
   bool sound = true;
   ForPairs(n, [&](std::size_t i, std::size_t j) {
     const Number a = distances[i][j];
-    sound &= a == distances[j][i] && a >= 0 && a <= std::numeric_limits<Number>::max();
+    sound &= a == distances[j][i] && IsDistance(a);
     sound &= i != j || a == 0;
   });
   return sound;
@@ -53,7 +52,8 @@ std::string NotToItself(double distance, const std::string& label) {
 
 std::string NotADistance(double distance, const std::string& of) {
   return "distance " + Shortest(distance) + of +
-         "; write a number that is 0 or more, or NA for none";
+         (distance > 0 ? "; write a number of 1e300 at most, or NA for none"
+                       : "; write a number that is 0 or more, or NA for none");
 }
 
 std::string NotTheSame(double distance, const std::string& of, double other) {
@@ -72,9 +72,8 @@ bool CheckNumbers(const std::string& file, const std::vector<std::string>& label
     for (std::size_t j = 0; j < i; ++j) {
       const double a = distances[i][j], b = distances[j][i];
       const std::string of = " of " + labels[i] + " to " + labels[j];
-      const double bad = a < 0 || std::isinf(a) ? a : b;
-      if (bad < 0 || std::isinf(bad)) {
-        faults.Add(0, 0, NotADistance(bad, of));
+      if (!IsDistance(a) || !IsDistance(b)) {
+        faults.Add(0, 0, NotADistance(IsDistance(a) ? b : a, of));
       } else if (!SameButForRounding(a, b)) {
         faults.Add(0, 0, NotTheSame(a, of, b));
       }

@@ -6,6 +6,12 @@
 
 namespace zorvek::wide {
 
+// Whether the number is a distance, or NaN: it is not negative, nor so large that a sum over the pairs of
+// many taxa could overflow.
+inline bool IsDistance(double number) {
+  return !(number < 0) && !(number > 1e300);
+}
+
 // Whether the two numbers of a pair are the same. Matrices are mostly written with 5 or 6 decimals, and each
 // half rounded by itself. NaN is the same as NaN.
 bool SameButForRounding(double a, double b);

@@ -266,7 +266,7 @@ class MatrixReader {
         value = 0;
       } else if (value == kMissing) {
         value = std::numeric_limits<double>::quiet_NaN();
-      } else if (value < 0 || std::isinf(value)) {
+      } else if (!IsDistance(value)) {
         AddFault(j, NotADistance(value, ""));
         value = std::numeric_limits<double>::infinity();
       }

@@ -149,7 +149,8 @@ void TreeReader::ReadTranslation() {
 
 int TreeReader::Taxon(const std::string& label, std::size_t place) {
   const auto translated = translation_.find(label);
-  const std::string& name = translated == translation_.end() ? label : translated->second;
+  const std::string name =
+      CleanLabel(translated == translation_.end() ? label : translated->second);
   auto taxon = taxa_.find(Folded(name));
   if (taxon == taxa_.end()) {
     if (!labels_open_) {

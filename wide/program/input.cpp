@@ -7,6 +7,7 @@
 
 #include "core/index.h"
 #include "wide/data/labels.h"
+#include "wide/formats/text.h"
 #include "wide/program/progress_line.h"
 #include "zorvek/check.h"
 #include "zorvek/error.h"
@@ -26,7 +27,7 @@ std::vector<std::string> Named(const std::vector<std::string>& values,
       continue;
     }
     std::istringstream parts(value);
-    for (std::string part; std::getline(parts, part, ',');) named.push_back(part);
+    for (std::string part; std::getline(parts, part, ',');) named.emplace_back(Trimmed(part));
   }
   return named;
 }

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <system_error>
 
 #include "wide/program/messages.h"
 #include "wide/program/options.h"
@@ -33,6 +34,9 @@ int main(int argc, char** argv) {
     return status;
   } catch (const std::bad_alloc&) {
     Tell("not enough memory; give fewer --threads or fewer taxa");
+  } catch (const std::system_error& fault) {
+    Tell(std::string("no thread can be begun (") + fault.what() +
+         "); raise the limits of memory and processes");
   } catch (const Error& error) {
     Tell(Message(error));
   } catch (const std::exception& fault) {

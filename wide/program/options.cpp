@@ -80,6 +80,9 @@ void AddTaxa(CLI::App& app, const std::string& names, std::vector<std::string>& 
              const std::string& help) {
   app.add_option(names, taxa, help)
       ->type_name("TAXON[,...]")
+      ->each([names](const std::string& text) {
+        if (text.empty()) throw BadUsage(names + " wants taxa, commas between them, not ''");
+      })
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->allow_extra_args(false);  // what follows may be FILE
 }

@@ -62,10 +62,16 @@ OutputFile::OutputFile(const std::string& path)
   const bool there = access(target_.c_str(), F_OK) == 0;
   if (there && access(target_.c_str(), W_OK) != 0) Fail();
   if (access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) != 0) Fail();
+  if (access(TemporaryName().c_str(), F_OK) != 0 && errno != ENOENT)
+    Fail();  // the name is too long
 }
 
 OutputFile::~OutputFile() {
   if (descriptor_ >= 0) close(descriptor_);
+}
+
+std::string OutputFile::TemporaryName() const {
+  return target_ + ".tmp" + std::to_string(getpid());
 }
 
 void OutputFile::Put(int descriptor, const std::string& text) const {
@@ -86,7 +92,7 @@ void OutputFile::Write(const std::string& text, std::mutex& lock) {
   int descriptor = -1;
   {
     const std::lock_guard<std::mutex> locked(lock);
-    const std::string name = target_ + ".tmp" + std::to_string(getpid());
+    const std::string name = TemporaryName();
     descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor < 0) Fail();
     temporary_ = name;

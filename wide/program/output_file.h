@@ -36,6 +36,7 @@ class OutputFile {
 
  private:
   [[noreturn]] void Fail() const;
+  std::string TemporaryName() const;
   void Put(int descriptor, const std::string& text) const;
 
   std::string path_;       // as the user gave it

@@ -121,9 +121,12 @@ bool UsesStandardOutput(const Options& options) {
 
 void Outputs::Prepare(const Options& options) {
   const std::vector<OutputKind> kinds = OutputKinds();
+  std::list<Entry> entries;
   for (std::size_t k = 0; k < kinds.size(); ++k) {
-    if (!options.paths[k].empty()) entries_.emplace_back(options.paths[k], kinds[k]);
+    if (!options.paths[k].empty()) entries.emplace_back(options.paths[k], kinds[k]);
   }
+  const std::lock_guard<std::mutex> lock(mutex_);
+  entries_.swap(entries);
 }
 
 void Outputs::Write(bool direct, const Results& results) {
@@ -139,6 +142,7 @@ void Outputs::WriteAll(const Results& results) {
     const std::lock_guard<std::mutex> lock(mutex_);
     for (Entry& entry : entries_) entry.file.Commit();
   } catch (...) {
+    const std::lock_guard<std::mutex> lock(mutex_);
     for (Entry& entry : entries_) entry.file.Discard();
     throw;
   }

@@ -60,7 +60,7 @@ class Outputs {
 
   void Write(bool direct, const Results& results);
 
-  std::mutex mutex_;  // of the temporary files' names
+  std::mutex mutex_;  // of the entries and their temporary files' names
   std::list<Entry> entries_;
 };
 

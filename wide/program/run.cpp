@@ -88,18 +88,26 @@ void AddSupport(const std::atomic<bool>& stop, ProgressLine& line, Results& resu
       Bootstrap(*results.input.alignment, results.options.model, settings, results.found[0].tree);
 }
 
+void AddGivenSupport(Results& results) {
+  for (SearchResult& found : results.found) {
+    SetSupports(results.support.trees, results.options.bootstrap.measure, found.tree);
+  }
+}
+
 // The phases between distances and roots. Here alone the taxa stand in the order for the search.
 void FindTrees(const Interruption& interruption, Results& results) {
   const std::vector<int> order = SearchOrder(results.options, results.input);
   Reorder(order, results.input);
   {
     ProgressLine line(!results.options.quiet);
+    results.support.trees = TreesForSupport(results.options, results.input);
     if (results.options.evaluate.empty()) {
       SearchTree(interruption.Stop(), line, results);
     } else {
       EvaluateTrees(results);
     }
     if (results.options.bootstrap.replicates > 0) AddSupport(interruption.Stop(), line, results);
+    if (!results.options.support_from.empty()) AddGivenSupport(results);
   }
   Reorder(Inverse(order), results.input);
   for (SearchResult& found : results.found) found.tree = Renumbered(found.tree, order);
@@ -124,8 +132,8 @@ void Run(const Options& options) {
   Results results{options, std::time(nullptr)};
   results.input = ReadInput(options);
   Forewarn(results);
+  outputs.Prepare(options);  // may wait for the reader of a pipe
   interruption.ExpectTree();
-  outputs.Prepare(options);
   CheckOutgroup(options, results.input);
   {
     ProgressLine line(!options.quiet);
@@ -133,7 +141,6 @@ void Run(const Options& options) {
   }
   CheckOutgroup(options, results.input);  // of which a taxon may have been left out
   FindTrees(interruption, results);
-  if (!options.support_from.empty()) AddGivenSupport(results);
   SetRoots(results);
   results.interrupted = interruption.Stop();
   results.seconds = SecondsSince(began);

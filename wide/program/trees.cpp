@@ -37,16 +37,13 @@ void EvaluateTrees(Results& results) {
   }
 }
 
-void AddGivenSupport(Results& results) {
-  const Options& options = results.options;
-  std::vector<Tree>& given = results.support.trees;
+std::vector<Tree> TreesForSupport(const Options& options, const Input& input) {
+  std::vector<Tree> given;
   for (const std::string& path : options.support_from) {
-    for (Tree& tree : ReadTrees(Source(path), results.input.Labels()).trees)
+    for (Tree& tree : ReadTrees(Source(path), input.Labels()).trees)
       given.push_back(std::move(tree));
   }
-  for (SearchResult& found : results.found) {
-    SetSupports(given, options.bootstrap.measure, found.tree);
-  }
+  return given;
 }
 
 void CheckOutgroup(const Options& options, const Input& input) {

@@ -17,8 +17,8 @@ Tree StartingTree(const Options& options, const Input& input);
 // Fits the given trees to the distances.
 void EvaluateTrees(Results& results);
 
-// Sets the supports of the trees of the run from given ones.
-void AddGivenSupport(Results& results);
+// The trees that the supports are to come from; none if no files are named.
+std::vector<Tree> TreesForSupport(const Options& options, const Input& input);
 
 // Throws Error if the outgroup has taxa that the input has not, or all that it has.
 void CheckOutgroup(const Options& options, const Input& input);

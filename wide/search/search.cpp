@@ -243,6 +243,7 @@ class Search {
 
   void DescendFromStarts() {
     const auto descend = [this](std::unique_ptr<Descent>& descent, int number) {
+      if (number > 0 && Stopped()) return Outcome();
       const bool reports = &descent == &descents_[0];  // on the thread that called
       Place(descent, Start(number, reports));
       Passes passes;
@@ -261,8 +262,10 @@ class Search {
 
   // The shortest of the starting trees as they are, for which no neighbourhood is needed.
   SearchResult ShortestStart() {
-    std::vector<SearchResult> found(Index(Starts()));
+    constexpr double kNever = std::numeric_limits<double>::infinity();
+    std::vector<SearchResult> found(Index(Starts()), {Tree(), kNever});
     ForEach(Starts(), settings_.threads, [&](int number, int thread) {
+      if (number > 0 && Stopped()) return;
       Topology start = Start(number, thread == 0);
       KeepTogether(identical_, start);
       FittedTree fitted = Fit(settings_.criterion, start, distances_);
@@ -273,7 +276,7 @@ class Search {
         found.begin(), found.end(),
         [](const SearchResult& x, const SearchResult& y) { return x.length < y.length; });
     best_length_ = best.length;
-    Report(Progress::kDescent, 1, std::numeric_limits<double>::infinity());
+    Report(Progress::kDescent, 1, kNever);
     return std::move(best);
   }
 

@@ -50,9 +50,10 @@ class Replicates {
         trees_(settings.keep_trees ? Index(settings.replicates) : 0) {}
 
   void Run(int index) {
-    std::seed_seq seed{static_cast<std::uint32_t>(settings_.search.seed),
-                       static_cast<std::uint32_t>(settings_.search.seed >> 32),
-                       static_cast<std::uint32_t>(settings_.first + index)};
+    std::seed_seq seed{
+        static_cast<std::uint32_t>(settings_.search.seed),
+        static_cast<std::uint32_t>(settings_.search.seed >> 32),
+        static_cast<std::uint32_t>(settings_.first) + static_cast<std::uint32_t>(index)};
     std::mt19937_64 generator(seed);
     for (int draw = 0; draw < kMostDraws && !Stopped(); ++draw) {
       DistanceMatrix distances =
