@@ -228,6 +228,8 @@ TEST_F(DistanceProgramTest, GivesSaturatedPairsAStandInAndTellsSo) {
   EXPECT_TRUE(test::Contains(Read("l"), "\nmodel       jc69, gamma 0.5, substitutions per site\n"));
   EXPECT_EQ(test::FindAll(Read("d"), "\nc +(0\\.0517\\S*) 0\\.0517\\S* 0 0\\.0517").size(), 1u)
       << Read("d");
+  Write("z.fa", ">a\n" + x + "\n>b\n" + near + "\n>c\nGGGGTTTTAAAGTTTTACGT\n>d\n" + x + "\n");
+  EXPECT_TRUE(test::Contains(Run("z.fa -m k80").out, "jc69 would have 0; f81 would have 0\n"));
   Write("y.fa", ">a\nAAAA\n>b\nCCCC\n>c\nGGGG\n>d\nTTTT\n");
   EXPECT_EQ(Run("y.fa --model jc69").err,
             "zorvek-wide: y.fa: all pairs of taxa are too far apart for jc69; check that the "

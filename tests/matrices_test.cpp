@@ -33,32 +33,19 @@ struct Factors {
   int result, inverted;
 };
 
-TEST(LU, FactorsAndInverseOfRandomMatrices) {
+TEST(LU, InvertsRandomMatricesOfRowsOfVeryDifferentSize) {
   MTRand random;
   random.seedWithValue(11);
   for (std::size_t order = 0; order <= 6; ++order) {
     Values a(order, std::vector<double>(order));
-    std::vector<double> units;  // the rows are of very different size
     for (auto& row : a) {
-      units.push_back(std::pow(10.0, 3 + random.nextAtMost(4)));
-      for (double& entry : row) entry = units.back() * (random.nextAtMost(2000) / 1000.0 - 1);
+      const double unit = std::pow(10.0, 3 + random.nextAtMost(4));
+      for (double& entry : row) entry = unit * (random.nextAtMost(2000) / 1000.0 - 1);
     }
     const Factors f(a);
     ASSERT_EQ(f.result + f.inverted, 0);
-    Values exchanged = a;
-    double parity = 1;
-    for (std::size_t j = 0; j < order; ++j) {
-      const auto other = Index(f.indx[j]);
-      std::swap(exchanged[j], exchanged[other]);
-      std::swap(units[j], units[other]);
-      if (other != j) parity = -parity;
-    }
-    EXPECT_EQ(f.d, parity);
     for (std::size_t i = 0; i < order; ++i) {
       for (std::size_t j = 0; j < order; ++j) {
-        double lower_upper = i <= j ? f.a[i][j] : 0;
-        for (std::size_t k = 0; k < std::min(i, j + 1); ++k) lower_upper += f.a[i][k] * f.a[k][j];
-        EXPECT_NEAR(lower_upper, exchanged[i][j], 1e-13 * units[i]);
         double identity = 0;
         for (std::size_t k = 0; k < order; ++k) identity += f.y[i][k] * a[k][j];
         EXPECT_NEAR(identity, i == j, 1e-9);
@@ -70,6 +57,9 @@ TEST(LU, FactorsAndInverseOfRandomMatrices) {
 TEST(LU, KnownPivotsAndSingularMatrices) {
   const Factors relative({{2, 1000}, {1, 1}});
   EXPECT_EQ(relative.indx[0], 1);
+  EXPECT_EQ(relative.d, -1);
+  EXPECT_EQ(relative.a, (Values{{1, 1}, {2, 998}}));
+  EXPECT_EQ(Factors({{3, 1}, {1, 2}}).d, 1);
   EXPECT_EQ(relative.scale, (std::vector<double>{0.001, 0.001}));  // the pivot's is written over
   EXPECT_EQ(Factors({{1, 1}, {1, 0}}).indx[0], 1) << "ties go to the later row";
   const Values zero_row{{1, 2}, {0, 0}};

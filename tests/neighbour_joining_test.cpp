@@ -1,10 +1,6 @@
 // Neighbour joining with bounds against the plain double loop: the same topology.
 #include "wide/search/neighbour_joining.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
-
 #include "tests/plain_joining.h"
 #include "tests/trees.h"
 #include "wide/criterion/criterion.h"
@@ -17,18 +13,6 @@ namespace zorvek::wide {
 namespace {
 
 using Distances = std::function<double(int, int)>;
-
-template <typename Number>
-struct Rows {
-  Rows(int n, Distances distance) : values(Index(n) * Index(n)) {
-    for (int i = 0; i < n; ++i) {
-      rows.push_back(&values[Index(i) * Index(n)]);
-      for (int j = 0; j < i; ++j) rows[Index(i)][j] = rows[Index(j)][i] = Number(distance(i, j));
-    }
-  }
-  std::vector<Number> values;
-  std::vector<Number*> rows;
-};
 
 // Whole numbers 0..largest, whose sums are exact, so that ties are ties in any order of addition.
 Distances WholeNumbers(int largest, unsigned seed) {
@@ -70,20 +54,16 @@ bool Same(const Topology& topology, const Topology& other) {
 }
 
 template <typename Number>
-void ExpectThePlainTree(int n, const Distances& distance) {
-  Rows<Number> matrix(n, distance);
-  const Topology expected = test::JoinPlainly<Number>(n, matrix.rows.data());
-  const Rows<double> wide(n, distance);
+void ExpectThePlainTree(const DistanceMatrix& distances) {
+  const int n = distances.Size();
+  const Topology expected = test::JoinPlainly<Number>(n, distances.Rows());
   Joining shared;
   shared.threads = 3;
-  EXPECT_TRUE(Same(JoinNeighbours<Number>(n, wide.rows.data(), shared), expected));
   constexpr int kMost = std::numeric_limits<Number>::max_exponent;
-  for (const int power : {-3 * kMost / 4, kMost - 8}) {
-    for (Number& value : matrix.values) {
-      value = std::ldexp(value, power);
-    }
-    EXPECT_TRUE(Same(JoinNeighboursInPlace<Number>(n, matrix.rows.data()), expected));
-    matrix = Rows<Number>(n, distance);
+  for (const int power : {0, -3 * kMost / 4, kMost - 8}) {
+    const auto scaled = [&](int i, int j) { return std::ldexp(distances(i, j), power); };
+    const DistanceMatrix matrix = test::Matrix(n, scaled);
+    EXPECT_TRUE(Same(JoinNeighbours<Number>(n, matrix.Rows(), shared), expected));
   }
 }
 
@@ -106,10 +86,9 @@ TEST(NeighbourJoining, JoinsThePairsThatThePlainDoubleLoopFindsFirst) {
         {"twins", Twins(Points(n, 2, true, seed))}};
     for (const auto& [kind, distance] : kinds) {
       SCOPED_TRACE(kind + (" " + std::to_string(n)));
-      Rows<double> matrix(n, distance);  // drawn once for both kinds of numbers
-      const Distances drawn = [&](int i, int j) { return matrix.rows[Index(i)][j]; };
-      ExpectThePlainTree<double>(n, drawn);
-      ExpectThePlainTree<float>(n, drawn);
+      const DistanceMatrix matrix = test::Matrix(n, distance);
+      ExpectThePlainTree<double>(matrix);
+      ExpectThePlainTree<float>(matrix);
     }
   }
 }
@@ -120,11 +99,11 @@ TEST(NeighbourJoining, SearchesFewRows) {
        {test::TreeLikeDistances(kTaxa, 0.05, 1), Twins(Points(kTaxa, 2, true, 1)),
         Distances([](int, int) { return 3.0; }),
         Distances([](int i, int j) { return i % 5 == j % 5 ? 1.0 : 2.0; })}) {
-    const Rows<double> matrix(kTaxa, distance);
+    const DistanceMatrix matrix = test::Matrix(kTaxa, distance);
     long searched = 0;
     Joining joining;
     joining.searched = &searched;
-    JoinNeighbours(kTaxa, matrix.rows.data(), joining);
+    JoinNeighbours(kTaxa, matrix.Rows(), joining);
     EXPECT_GT(searched, kTaxa);
     EXPECT_LE(searched, 10 * kTaxa);
   }
@@ -135,19 +114,19 @@ TEST(NeighbourJoining, IsAsGoodInSinglePrecision) {
   constexpr int kTaxa = 300;
   for (const Distances& distance :
        {test::TreeLikeDistances(kTaxa, 0.2, 1), test::RandomDistances(1)}) {
-    const Rows<double> matrix(kTaxa, distance);
+    const DistanceMatrix matrix = test::Matrix(kTaxa, distance);
     const auto length = [&](const Topology& tree) {
-      return Fit(Criterion::kBalanced, tree, matrix.rows.data()).length;
+      return Fit(Criterion::kBalanced, tree, matrix.Rows()).length;
     };
-    const double joined = length(JoinNeighbours(kTaxa, matrix.rows.data()));
-    EXPECT_LT(length(JoinNeighbours<float>(kTaxa, matrix.rows.data())), joined * (1 + 1e-9));
+    const double joined = length(JoinNeighbours(kTaxa, matrix.Rows()));
+    EXPECT_LT(length(JoinNeighbours<float>(kTaxa, matrix.Rows())), joined * (1 + 1e-9));
     Joining joining;
     double told = 0;  // so far
     joining.poll = [&](double share) {
       EXPECT_TRUE(share >= told && share < told + 0.2) << share;
       return (told = share) > 0.5;
     };
-    EXPECT_GT(length(JoinNeighbours(kTaxa, matrix.rows.data(), joining)), joined);
+    EXPECT_GT(length(JoinNeighbours(kTaxa, matrix.Rows(), joining)), joined);
   }
 }
 
@@ -181,17 +160,18 @@ TEST(NeighbourJoining, InTheMatrixItselfIsThatOfACopy) {
 
 TEST(NeighbourJoining, MixesBestAndRandomPairs) {
   constexpr int kTaxa = 50;
-  const Rows<double> matrix(kTaxa, test::TreeLikeDistances(kTaxa, 0.2, 3));
+  const DistanceMatrix matrix = test::Matrix(kTaxa, test::TreeLikeDistances(kTaxa, 0.2, 3));
   std::mt19937_64 generator(1);
   const auto join = [&](double greedy) {
-    return JoinNeighbours<double>(kTaxa, matrix.rows.data(), {greedy, &generator});
+    return JoinNeighbours<double>(kTaxa, matrix.Rows(), {greedy, &generator});
   };
-  EXPECT_TRUE(Same(join(1), test::JoinPlainly<double>(kTaxa, matrix.rows.data())));
+  EXPECT_TRUE(Same(join(1), test::JoinPlainly<double>(kTaxa, matrix.Rows())));
   EXPECT_FALSE(Same(join(0.5), join(0.5)));
   // Of four taxa the random one is joined to its best partner: always one of the two pairs of the tree.
-  const Rows<double> four(4, [](int i, int j) { return i / 2 == j / 2 ? 1.0 : 3.0; });
+  const DistanceMatrix four =
+      test::Matrix(4, [](int i, int j) { return i / 2 == j / 2 ? 1.0 : 3.0; });
   for (int repeat = 0; repeat < 20; ++repeat) {
-    const Topology tree = JoinNeighbours<double>(4, four.rows.data(), {0, &generator});
+    const Topology tree = JoinNeighbours<double>(4, four.Rows(), {0, &generator});
     EXPECT_EQ(tree.leaf_adjacent[0], tree.leaf_adjacent[1]);
     EXPECT_NE(tree.leaf_adjacent[0], tree.leaf_adjacent[2]);
   }

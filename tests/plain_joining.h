@@ -13,12 +13,12 @@ namespace zorvek::test {
 
 // A new node takes the place of the first of the two that it joins, or the last one.  Cost: n^3.
 template <typename Number>
-wide::Topology JoinPlainly(int n, const Number* const* distances, bool last = false) {
+wide::Topology JoinPlainly(int n, const double* const* distances, bool last = false) {
   std::vector<std::size_t> open(Index(n));  // the nodes that are not yet joined
   std::iota(open.begin(), open.end(), 0);
   std::vector<std::vector<Number>> d(Index(2 * n - 3), std::vector<Number>(Index(2 * n - 3)));
   for (const std::size_t i : open) {
-    for (const std::size_t k : open) d[i][k] = i == k ? 0 : distances[i][k];
+    for (const std::size_t k : open) d[i][k] = i == k ? 0 : static_cast<Number>(distances[i][k]);
   }
   wide::Topology tree(n);
   const auto link = [&tree](std::size_t child, int node, std::size_t place) {

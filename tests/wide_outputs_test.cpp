@@ -134,8 +134,9 @@ TEST_F(WideOutputsTest, ShowTheirProgressOnATerminal) {
   Run("x.fa -t 1 --time 1 2>" + terminal.Name());
   const string clock = terminal.Shown();
   const std::regex seconds(
-      "[^]*\riterations, [0-9]+ %, best length [0-9.]+, 1 s left[^]*\riterations, [5-9][0-9] "
-      "%[^]*");
+      "[^]*\rstarting trees, 0 %, 1 s left *\r[^]*\riterations, [0-9]+ %, best length [0-9.]+, "
+      "[01] "
+      "s left[^]*\riterations, [5-9][0-9] %[^]*");
   EXPECT_TRUE(std::regex_match(clock, seconds)) << clock;
 }
 
