@@ -12,7 +12,7 @@
 
 namespace zorvek::wide {
 
-// The labels that belong to several taxa are faults. NEXUS tells neither upper from lower case nor a
+// The labels that are blank, or belong to several taxa, are faults. NEXUS tells neither upper from lower case nor a
 // blank from an underscore, so such labels are the same.  Cost: n log n.
 void CheckLabels(const std::string& file, const std::vector<std::string>& labels);
 

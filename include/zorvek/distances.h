@@ -13,6 +13,9 @@
 
 namespace zorvek::wide {
 
+// Sums over the pairs of many taxa are finite up to this distance.
+constexpr double kMostDistance = 1e300;
+
 // n x n distances, symmetric, the diagonal 0. A pair that has no distance holds NaN.
 class DistanceMatrix {
  public:

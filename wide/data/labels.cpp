@@ -87,6 +87,10 @@ std::vector<std::vector<std::size_t>> Duplicates(const std::vector<std::string>&
 
 void CheckLabels(const std::string& file, const std::vector<std::string>& labels) {
   FaultList faults(file);
+  for (std::size_t i = 0; i < labels.size(); ++i) {
+    if (!std::all_of(labels[i].begin(), labels[i].end(), IsBlank)) continue;
+    faults.Add(0, 0, "taxon " + std::to_string(i + 1) + " has no label; write one");
+  }
   for (const std::vector<std::size_t>& group : Duplicates(labels)) {
     faults.Add(0, 0,
                "label " + labels[group[0]] + " belongs to " + std::to_string(group.size()) +

@@ -54,7 +54,7 @@ void ForEachCounts(const SitePlanes& planes, int threads, const TellShare& tell,
 double Distance(const Formula& formula, const PairCounts& counts) {
   if (counts.compared == 0) return kUndefined;
   const double distance = formula(counts);
-  return std::isfinite(distance) ? distance : kSaturated;
+  return distance <= kMostDistance ? distance : kSaturated;
 }
 
 DistanceMatrix SymmetricDistances(const Alignment& alignment, const SiteList& sites,

@@ -4,12 +4,13 @@
 
 #include <string>
 
+#include "zorvek/distances.h"
+
 namespace zorvek::wide {
 
-// Whether the number is a distance, or NaN: it is not negative, nor so large that a sum over the pairs of
-// many taxa could overflow.
+// Whether the number is 0 or more and not too large, or NaN.
 inline bool IsDistance(double number) {
-  return !(number < 0) && !(number > 1e300);
+  return !(number < 0) && !(number > kMostDistance);
 }
 
 // Whether the two numbers of a pair are the same. Matrices are mostly written with 5 or 6 decimals, and each

@@ -65,9 +65,11 @@ std::size_t Source::Read(char* to, std::size_t most) {
   const std::string message = gzerror(file_.get(), &error);
   if (error == Z_ERRNO) Refuse(name_, std::strerror(errno));
   if (error != Z_OK && error != Z_STREAM_END) {
-    throw Error(Fault{
-        name_, 0, 0,
-        "its gzip compression is broken or ends too early (" + message + "); make the file again"});
+    const std::size_t name = message.rfind(": ");  // zlib's own for the file
+    throw Error(Fault{name_, 0, 0,
+                      "its gzip compression is broken or ends too early (" +
+                          message.substr(name == message.npos ? 0 : name + 2) +
+                          "); make the file again"});
   }
   return 0;
 }

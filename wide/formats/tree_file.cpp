@@ -1,13 +1,13 @@
 #include "wide/formats/tree_file.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <utility>
 
 #include "core/index.h"
 #include "wide/data/ascii.h"
 #include "wide/data/labels.h"
+#include "wide/formats/numbers.h"
 #include "wide/formats/text.h"
 #include "zorvek/error.h"
 #include "zorvek/io.h"
@@ -21,8 +21,7 @@ constexpr std::string_view kNameEnds = "()[]':;,=";
 constexpr int kFewestTaxa = 4;
 
 bool ReadNumber(const std::string& word, double& number) {
-  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-  return error == std::errc() && end == word.data() + word.size() && std::isfinite(number);
+  return ReadDecimal(word, number) && std::isfinite(number);
 }
 
 }  // namespace

@@ -169,7 +169,7 @@ void AddSupport(CLI::App& app, Options& options) {
       });
   app.add_option("--support-from", options.support_from,
                  "files of trees from which the support comes instead; FILE comes first")
-      ->type_name("FILE ...");
+      ->type_name("FILE");
   AddChoice(app, "--support", bootstrap.measure, SupportNames(),
             "the share of trees with a branch, or their transfer distance from it");
 }
@@ -192,6 +192,7 @@ void AddOutput(CLI::App& app, Options& options) {
 // What the parser leaves over: options that there are not, and files beyond the first.
 void CheckExtras(const CLI::App& app, const Options& options) {
   for (const std::string& extra : app.remaining()) {
+    if (extra == "--") continue;  // what follows is no option
     if (extra.rfind("--alpha", 0) == 0) {
       throw BadUsage(
           "--alpha is no longer an option: the share of greedy joins is --greedy, the "
