@@ -132,8 +132,8 @@ void Run(const Options& options) {
   Results results{options, std::time(nullptr)};
   results.input = ReadInput(options);
   Forewarn(results);
-  outputs.Prepare(options);  // may wait for the reader of a pipe
   interruption.ExpectTree();
+  outputs.Prepare(options);
   CheckOutgroup(options, results.input);
   {
     ProgressLine line(!options.quiet);

@@ -2,10 +2,10 @@
 // subtrees elsewhere.
 //
 // Tries come in runs, in which the tree is annealed, each with a generator seeded by its own number, and
-// runs in batches that all begin at the same tree. A small tree is searched as a whole in each run of a
-// batch, and the best result, the earliest of equal ones, is the next tree. A large one is cut into sectors,
-// other ones each time, one to a run, and those that became shorter are put back together. So the outcome
-// does not depend on how many threads share the work.
+// runs in batches that all begin at the same tree. In some batches each run searches the whole tree, and the
+// best result, the earliest of equal ones, is the next tree. For the others it is cut into sectors, other
+// ones each time, one to a run, and those that became shorter are put back together. A small tree is always
+// searched as a whole, a large one never. So the outcome does not depend on how many threads share the work.
 #include "zorvek/search.h"
 
 #include <algorithm>
@@ -34,10 +34,11 @@ namespace zorvek::wide {
 
 namespace {
 
-constexpr int kBatch = 8;         // runs on the whole of a small tree
+constexpr int kBatch = 8;         // runs on the whole of a tree
 constexpr long kTries = 300;      // of a run
 constexpr long kSettled = 32;     // subtrees in a try
-constexpr int kWhole = 128;       // taxa of a small tree
+constexpr int kWhole = 128;       // taxa of a tree that is searched as a whole, if not always
+constexpr int kBatches = 4;       // of one that is not, to one on the whole
 constexpr int kSoonJoined = 512;  // taxa
 constexpr int kMoreStarts = 4;
 
@@ -282,16 +283,18 @@ class Search {
 
   void Improve() {
     Clock::time_point improved = Clock::now();
-    if (settings_.iterations > 0) noise_ = GumbelNoise();
-    const bool whole = taxa_ <= kWhole;
-    if (settings_.iterations > 0 && !whole) {
-      descents_.resize(1);
+    if (settings_.iterations > 0) {
+      noise_ = GumbelNoise();
+      if (taxa_ > kWhole) descents_.resize(1);
       Place(descents_[0], *best_);
     }
-    for (long done = 0; done < settings_.iterations && !Stopped();) {
+    const int small = ScheduleOf(settings_.criterion).taxa;
+    long done = 0;
+    for (int batch = 0; done < settings_.iterations && !Stopped(); ++batch) {
       if (settings_.patience > 0 && Seconds(improved) > settings_.patience) return;
       const double before = best_length_;
       const long left = settings_.iterations - done;
+      const bool whole = taxa_ <= small || (taxa_ <= kWhole && batch % kBatches == 0);
       done += whole ? SearchWhole(left) : SearchSectors(left);
       if (best_length_ < before) improved = Clock::now();
       Report(Progress::kIterations,
@@ -311,6 +314,7 @@ class Search {
     };
     const int count = static_cast<int>((tries + kTries - 1) / kTries);
     Adopt(Share(count, run));
+    Place(descents_[0], *best_);
     runs_ += static_cast<std::uint64_t>(count);
     return tries;
   }
