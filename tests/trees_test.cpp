@@ -5,6 +5,7 @@
 
 #include "tests/files.h"
 #include "wide/data/labels.h"
+#include "wide/distance/vertex_cover.h"
 #include "wide/drawing/svg.h"
 #include "wide/formats/tree_file.h"
 #include "zorvek/error.h"
@@ -283,6 +284,9 @@ void* ReadWriteSupportAndDraw(void*) {
   for (const Layout layout : {Layout::kPhylogram, Layout::kUnrooted}) {
     EXPECT_GT(DrawSvg(trees[0], reader.Labels(), {layout, ""}).size(), Index(kTaxa));
   }
+  std::vector<std::pair<int, int>> chain;  // of pairs without a distance
+  for (int k = 1; k < 4000; ++k) chain.emplace_back(k - 1, k);
+  EXPECT_EQ(FindVertexCover(4000, chain).vertices.size(), 2000u);
   return nullptr;
 }
 
