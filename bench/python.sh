@@ -7,7 +7,7 @@ build release
 build_python
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
-python3 "$root/tests/simulate.py" "$folder" 1 2000 1000
+python3 "$root/bench/simulate.py" "$folder" 1 2000 1000
 "$root/build/release/zorvek-wide" --quiet --search none --distances "$folder/matrix" \
   --output /dev/null --log /dev/null "$folder/gene0000.fasta"
 "$python" "$root/bench/python_search.py" "$root/build/release/zorvek-wide" "$folder/matrix"

@@ -7,7 +7,7 @@ install_missing snakemake
 build release
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
-python3 "$root/tests/simulate.py" "$folder/in" "${1:-1000}" 50 1000
+python3 "$root/bench/simulate.py" "$folder/in" "${1:-1000}" 50 1000
 cd "$folder"
 time snakemake --snakefile "$root/workflow/Snakefile" --cores 2 --quiet \
   --config alignments=in results=out program="$root/build/release/zorvek-wide"

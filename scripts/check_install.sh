@@ -9,7 +9,7 @@ shift
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 cmake --install "$build" --prefix "$scratch/prefix" >"$scratch/log"
-cmake -S "$root/tests/consumer" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$scratch/prefix" "$@" \
+cmake -S "$root/examples/library" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$scratch/prefix" "$@" \
   >>"$scratch/log"
 cmake --build "$scratch/build" >>"$scratch/log"
 

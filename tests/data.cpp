@@ -4,6 +4,7 @@
 
 #include "driver/run_state.h"
 #include "tree/starting_tree.h"
+#include "zorvek/error.h"
 
 namespace zorvek::test {
 
@@ -77,6 +78,15 @@ std::function<double(int, int)> TreeLikeDistances(int taxa_count, double noise,
     return d[Index(i)][Index(j)] *
            (1 + noise * std::uniform_real_distribution<double>(-1, 1)(generator));
   };
+}
+
+std::string FaultOf(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const wide::Error& error) {
+    return error.what();
+  }
+  return "";
 }
 
 std::vector<std::pair<int, int>> Pairs(int taxa_count) {

@@ -54,6 +54,9 @@ std::function<double(int, int)> RandomDistances(std::uint32_t seed);
 // as the search meets them.
 std::function<double(int, int)> TreeLikeDistances(int taxa_count, double noise, std::uint32_t seed);
 
+// What the call throws as an Error of zorvek-wide; empty if nothing.
+std::string FaultOf(const std::function<void()>& call);
+
 // All pairs of taxa i < j, row by row.
 std::vector<std::pair<int, int>> Pairs(int taxa_count);
 

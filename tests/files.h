@@ -27,6 +27,10 @@ struct Ended {
   std::string err;
 };
 
+// In the shell: waits until a program in the background searches on three threads (one listens to signals).
+const string kAwaitSearch =
+    "while kill -0 $! && [ $(ls /proc/$!/task | wc -l) -lt 4 ]; do :; done; ";
+
 // A folder of its own for each test, in which the programs run.
 class FolderTest : public testing::Test {
  protected:

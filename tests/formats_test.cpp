@@ -6,6 +6,7 @@
 #include "tests/data.h"
 #include "wide/data/alignment_statistics.h"
 #include "wide/data/labels.h"
+#include "wide/formats/numbers.h"
 #include "zorvek/error.h"
 #include "zorvek/io.h"
 
@@ -27,17 +28,6 @@ Strings Codes(const Alignment& alignment) {
     for (const StateSet cell : cells) rows.back() += "-ACMGRSVTWYHKDBN"[cell];
   }
   return rows;
-}
-
-// What reading the text throws; "none" if nothing.
-template <typename Read>
-string Faults(const Read& read, const string& text) {
-  try {
-    read(Source("f", text));
-  } catch (const Error& error) {
-    return error.what();
-  }
-  return "none";
 }
 
 TEST(Formats, GiveTheSameSequences) {
@@ -147,7 +137,7 @@ TEST(Formats, SayWhatIsWrongWithAnAlignment) {
       {"4 0\na\n", "f:1:1: no numbers of taxa and sites; begin a PHYLIP file with them"},
       {">a\n>b\n", "f: no sites; give aligned sequences"}};
   for (const auto& [text, expected] : cases) {
-    EXPECT_EQ(Faults([](Source source) { ReadAlignment(std::move(source)); }, text), expected);
+    EXPECT_EQ(test::FaultOf([&text = text] { FromText(text); }), expected);
   }
 }
 
@@ -179,20 +169,21 @@ TEST(Formats, ReadMatricesOfEveryShape) {
   }
 }
 
-// Triangles larger than what is mirrored at once.
-TEST(Formats, ReadLargeTriangles) {
-  const auto distance = [](int i, int j) { return 1000 * std::min(i, j) + std::max(i, j); };
-  for (const bool lower : {true, false}) {
-    string text = "70";
-    for (int i = 0; i < 70; ++i) {
-      text += "\nt" + std::to_string(i);
-      for (int j = lower ? 0 : i + 1; j < (lower ? i : 70); ++j) {
-        text += " " + std::to_string(distance(i, j));
-      }
+// Larger than what is mirrored at once.
+TEST(Formats, ReadLargeMatricesOfEveryShapeBackTheSame) {
+  const DistanceMatrix random = test::Matrix(70, test::RandomDistances(1));
+  const string square = FormatSquareMatrix(Strings(70, "x"), random);
+  string lower = "70", upper = "70";
+  for (int i = 0; i < 70; ++i) {
+    for (string* triangle : {&lower, &upper}) *triangle += "\nx";
+    for (int j = 0; j < 70; ++j) {
+      if (j != i) (j < i ? lower : upper) += " " + Shortest(random(i, j));
     }
-    const DistanceMatrix read = ReadMatrix(Source("f", text)).distances;
+  }
+  for (const string& text : {square, lower, upper}) {
+    const DistanceMatrix back = ReadMatrix(Source("f", text)).distances;
     for (const auto& [i, j] : test::Pairs(70)) {
-      ASSERT_TRUE(read(i, j) == distance(i, j) && read(j, i) == distance(i, j));
+      ASSERT_TRUE(back(i, j) == random(i, j) && back(j, i) == random(i, j));
     }
   }
 }
@@ -218,7 +209,7 @@ TEST(Formats, TakeMissingDistancesAndRefuseWrongOnes) {
        "f:4:1: text after the last distance; the first line says 2 taxa, fix it or the rows"},
       {">a\nAC\n", "f:1:1: no number of taxa; a distance matrix begins with it"}};
   for (const auto& [text, expected] : cases) {
-    EXPECT_EQ(Faults([](Source source) { ReadMatrix(std::move(source)); }, text), expected);
+    EXPECT_EQ(test::FaultOf([&text = text] { ReadMatrix(Source("f", text)); }), expected);
   }
 }
 

@@ -69,12 +69,11 @@ void ExpectThePlainTree(const DistanceMatrix& distances) {
 
 TEST(NeighbourJoining, JoinsThePairsThatThePlainDoubleLoopFindsFirst) {
   for (const int n : {4, 5, 6, 7, 8, 9, 12, 17, 40, 121}) {
-    const unsigned seed = static_cast<unsigned>(n);
-    const auto count = static_cast<std::uint32_t>(n);
+    const auto seed = static_cast<std::uint32_t>(n);
     const std::vector<std::pair<const char*, Distances>> kinds = {
-        {"random", test::RandomDistances(count)},
-        {"additive", test::TreeLikeDistances(n, 0, count)},
-        {"nearly additive", test::TreeLikeDistances(n, 0.2, count)},
+        {"random", test::RandomDistances(seed)},
+        {"additive", test::TreeLikeDistances(n, 0, seed)},
+        {"nearly additive", test::TreeLikeDistances(n, 0.2, seed)},
         {"two values", WholeNumbers(1, seed)},
         {"whole numbers", WholeNumbers(9, seed)},
         {"zeros", [](int, int) { return 0.0; }},

@@ -2,45 +2,39 @@
 
 #include <gtest/gtest.h>
 
-#include "zorvek/error.h"
+#include "tests/data.h"
 
 namespace zorvek::wide {
 namespace {
 
-std::string Refusal(const Options& options, double taxa, double memory) {
-  try {
-    Forewarning(options, taxa, 1000, memory);
-  } catch (const Error& error) {
-    return error.what();
-  }
-  return "";
-}
-
 TEST(SizeGuard, RefusesWhatCannotFitAndNamesWhatWould) {
   Options options;
   options.file = "x";
+  const auto refusal = [&](double taxa, double memory) {
+    return test::FaultOf([&] { Forewarning(options, taxa, 1000, memory); });
+  };
   EXPECT_NEAR(NeedsOf(options, 2000, 1000).bytes, 176e6, 20e6);  // as measured
-  EXPECT_EQ(Refusal(options, 10000, 5e9), "");
-  EXPECT_EQ(Refusal(options, 20000, 10e9),
+  EXPECT_EQ(refusal(10000, 5e9), "");
+  EXPECT_EQ(refusal(20000, 10e9),
             "x: 20000 taxa need 16 GB of memory, and the machine has 10 GB; with --criterion ols "
             "they fit");
   options.search.criterion = Criterion::kOls;
-  EXPECT_EQ(Refusal(options, 20000, 8e9), "");
-  EXPECT_EQ(Refusal(options, 20000, 4e9),
+  EXPECT_EQ(refusal(20000, 8e9), "");
+  EXPECT_EQ(refusal(20000, 4e9),
             "x: 20000 taxa need 4.8 GB of memory, and the machine has 4.0 GB; with --search none "
             "they fit");
-  EXPECT_EQ(Refusal(options, 20000, 3e9),
+  EXPECT_EQ(refusal(20000, 3e9),
             "x: 20000 taxa need 4.8 GB of memory, and the machine has 3.0 GB; leave out taxa or "
             "take a larger machine");
-  EXPECT_EQ(Refusal(options, 3900, 3.6e8),
+  EXPECT_EQ(refusal(3900, 3.6e8),
             "x: 3900 taxa need 0.4 GB of memory, and the machine has 0.4 GB; with --search none "
             "they fit");
   options.search.criterion = Criterion::kBalanced;
   options.search.starts = options.search.threads = 8;
   EXPECT_EQ(
-      Refusal(options, 10000, 8e9),
+      refusal(10000, 8e9),
       "x: 10000 taxa need 30 GB of memory, and the machine has 8.0 GB; with --threads 1 they fit");
-  EXPECT_EQ(Refusal(options, 10000, 0), "");  // nobody knows
+  EXPECT_EQ(refusal(10000, 0), "");  // nobody knows
 }
 
 TEST(SizeGuard, WarnsOfLongRunsOnly) {

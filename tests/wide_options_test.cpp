@@ -107,8 +107,7 @@ TEST_F(WideOptionsTest, LimitTheTime) {
   WriteNoise(12);
   // With fewer threads than that this one is not interrupted.
   const Ended shared =
-      Run("--matrix noise --time 20 -t 3 & while kill -0 $! && [ $(ls /proc/$!/task | wc -l) -lt "
-          "4 ]; do :; done; kill -INT $!; wait $!");
+      Run("--matrix noise --time 20 -t 3 & " + kAwaitSearch + "kill -INT $!; wait $!");
   EXPECT_TRUE(Contains(shared.out, ", interrupted\n")) << shared.out;
   for (const char* options : {"--time .0001m", "--time .01s --starts 1000000",
                               "--time .01 --starts 1000000 --search none", "--patience .02s",

@@ -167,9 +167,10 @@ TEST_F(WideOutputsTest, LeaveNoTemporaryFileBehind) {
 
 TEST_F(WideOutputsTest, HoldTheBestTreeAfterAnInterruption) {
   for (const char* signals : {"INT", "TERM", "HUP", "TERM HUP INT"}) {
-    const Ended ended = Shell("trap '' TERM; mkfifo p; " + kProgram +
-                              " x.fa --newick p --patience 1000 & exec 3<p; for s in " +
-                              string(signals) + "; do kill -$s $!; done; wait $! && cat <&3; rm p");
+    const Ended ended =
+        Shell("trap '' TERM; mkfifo p; " + kProgram +
+              " x.fa --newick p --patience 1000 -t 3 & exec 3<p; " + kAwaitSearch + "for s in " +
+              string(signals) + "; do kill -$s $!; done; wait $! && cat <&3; rm p");
     EXPECT_TRUE(Contains(ended.out, ", interrupted\n")) << signals;
     EXPECT_TRUE(Contains(ended.out, tree_)) << signals;
     EXPECT_EQ(Files(), (Names{"x.fa", "x.fa.wide.log", "x.fa.wide.nex"}));

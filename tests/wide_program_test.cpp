@@ -5,20 +5,12 @@
 namespace zorvek::test {
 namespace {
 
-// 48 sites, changed (A to C to G to T to A) at some.
-string Sites(const std::vector<std::size_t>& changed) {
-  string sites = "ACGTACGTAGGTACGATTGCACGGTCAATGCCGATTACAGCTTAGCAC";
-  const string next = "ACGTA";
-  for (const std::size_t k : changed) sites[k] = next[next.find(sites[k]) + 1];
-  return sites;
-}
-
 // Five taxa that fit one tree: ((a,b),c,(d,e)).
-const string kA = Sites({});
-const string kB = Sites({5});
-const string kC = Sites({10, 20, 30, 41}).replace(2, 1, "N");
-const string kD = Sites({10, 20, 30, 41, 3, 13}).replace(45, 1, "-");
-const string kE = Sites({10, 20, 30, 41, 3, 13, 23, 34}).replace(46, 1, "Y");
+const string kA = "ACGTACGTAGGTACGATTGCACGGTCAATGCCGATTACAGCTTAGCAC";
+const string kB = "ACGTAGGTAGGTACGATTGCACGGTCAATGCCGATTACAGCTTAGCAC";
+const string kC = "ACNTACGTAGTTACGATTGCCCGGTCAATGGCGATTACAGCATAGCAC";
+const string kD = "ACGAACGTAGTTAGGATTGCCCGGTCAATGGCGATTACAGCATAG-AC";
+const string kE = "ACGAACGTAGTTAGGATTGCCCGTTCAATGGCGAATACAGCATAGCYC";
 
 const std::vector<std::pair<string, string>> kTaxa{
     {"a", kA}, {"b", kB}, {"c", kC}, {"d", kD}, {"e_f", kE}};

@@ -150,13 +150,12 @@ TEST(WideVertexCover, IsSmallestOnSmallGraphsAndCoversLargeOnes) {
     for (const auto& [a, b] : edges) EXPECT_GT(chosen.count(a) + chosen.count(b), 0u);
   }
   // Three taxa without data among 400.
+  const std::set<int> centres{5, 70, 300};
   std::vector<std::pair<int, int>> stars;
-  for (int centre : {5, 70, 300}) {
-    for (int other = 0; other < 400; ++other) {
-      if (other != centre) stars.push_back(std::minmax({centre, other}));
-    }
+  for (const auto& [a, b] : test::Pairs(400)) {
+    if (centres.count(a) + centres.count(b) > 0) stars.emplace_back(a, b);
   }
-  EXPECT_EQ(FindVertexCover(400, stars).vertices, (std::vector<int>{5, 70, 300}));
+  EXPECT_EQ(FindVertexCover(400, stars).vertices, std::vector(centres.begin(), centres.end()));
 }
 
 TEST(OlsNeighbourhood, FindsEveryPlaceWithItsGainAndLength) {

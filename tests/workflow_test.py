@@ -4,12 +4,14 @@ import csv
 import os
 import re
 import subprocess
+import sys
 import tempfile
 import unittest
 
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+sys.path.insert(0, os.path.join(ROOT, "bench"))
 import simulate
 
-ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 PROGRAM = os.environ["ZORVEK_WIDE"]
 COUNT, TAXA, SITES = 20, 10, 120
 
