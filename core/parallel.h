@@ -11,13 +11,18 @@
 namespace zorvek {
 
 // Calls work(i, thread) for i from 0 to count-1, each once, on so many threads, which are numbered from
-// 0, the calling one. Returns when all are done. An exception that one of them throws comes out of here.
-// Where the system refuses a thread, those that there are do the work.
+// 0, the calling one. Returns when all are done. An exception that one of them throws ends the work and
+// comes out of here. Where the system refuses a thread, those that there are do the work.
 template <class Work>
 void ForEach(int count, int threads, const Work& work) {
   std::atomic<int> next{0};
   const auto worker = [&](int thread) {
-    for (int i = next++; i < count; i = next++) work(i, thread);
+    try {
+      for (int i = next++; i < count; i = next++) work(i, thread);
+    } catch (...) {
+      next = count;  // nor need the others go on
+      throw;
+    }
   };
   std::vector<std::future<void>> others;
   try {

@@ -17,7 +17,7 @@ namespace zorvek::wide {
 struct Progress {
   enum Phase { kStart, kDescent, kIterations } phase;
   double fraction;  // of the phase, 0..1
-  double length;    // of the best tree so far, in a descent of the present one
+  double length;    // of the best tree so far, in descents of those met on this thread
   bool improved;    // whether that length is new since the last report
 };
 

@@ -33,7 +33,7 @@ TreeReader::TreeReader(std::string path, std::string_view text, std::vector<std:
       labels_open_(labels_.empty()),
       seen_(labels_.size()) {
   for (const std::string& label : labels_) {
-    taxa_.emplace(Folded(label), static_cast<int>(taxa_.size()));
+    taxa_.emplace(Folded(CleanLabel(label)), static_cast<int>(taxa_.size()));
   }
   if (text_.substr(0, 3) == "\xEF\xBB\xBF") at_ = 3;  // UTF-8's mark
   const std::size_t begin = at_;

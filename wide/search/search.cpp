@@ -243,14 +243,16 @@ class Search {
   }
 
   void DescendFromStarts() {
-    const auto descend = [this](std::unique_ptr<Descent>& descent, int number) {
+    double least = std::numeric_limits<double>::infinity();  // on the thread that called
+    const auto descend = [&](std::unique_ptr<Descent>& descent, int number) {
       if (number > 0 && Stopped()) return Outcome();
       const bool reports = &descent == &descents_[0];  // on the thread that called
       Place(descent, Start(number, reports));
       Passes passes;
       Descend(*descent, [&](double fraction) {
         if (reports) {
-          ReportDescent((number + passes.Done(fraction)) / Starts(), descent->Around().Length());
+          least = std::min(least, descent->Around().Length());
+          ReportDescent((number + passes.Done(fraction)) / Starts(), least);
         }
         return Stopped();
       });
