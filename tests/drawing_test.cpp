@@ -325,7 +325,7 @@ TEST(Picture, LetsSupportsCoverNothing) {
 
 TEST(Picture, TakesLabelsOfAnyBytes) {
   EXPECT_EQ(TextWidth("caf\xC3\xA9"), TextWidth("cafe"));
-  EXPECT_EQ(Drawable("a\tb\x01\x7F"), "ab");
+  EXPECT_EQ(Drawable("a\tb\x01\x7F"), "a b  ");
   EXPECT_EQ(Drawable("caf\xC3\xA9 \xF0\x9F\xA6\x8E"), "caf\xC3\xA9 \xF0\x9F\xA6\x8E");
   EXPECT_EQ(Drawable("caf\xE9"), "caf\xC3\xA9");
   EXPECT_EQ(Drawable("\xEF\xBF\xBF\xC2\x85z"), "z");

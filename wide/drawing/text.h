@@ -6,8 +6,7 @@
 
 namespace zorvek::wide {
 
-// Valid UTF-8 of characters that XML and HTML have a place for: bytes that are no UTF-8 are taken for
-// Latin-1, control characters are dropped.
+// The text as CleanLabel has it, without the characters that XML or HTML have no place for.
 std::string Drawable(const std::string& text);
 
 // With &, < and > escaped, as XML wants it between tags.
