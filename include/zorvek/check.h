@@ -12,8 +12,8 @@
 
 namespace zorvek::wide {
 
-// The labels that are blank, or belong to several taxa, are faults. NEXUS tells neither upper from lower case nor a
-// blank from an underscore, so such labels are the same.  Cost: n log n.
+// The labels that are blank, or belong to several taxa, are faults. NEXUS tells neither upper from lower
+// case nor a blank from an underscore, so such labels are the same.  Cost: n log n.
 void CheckLabels(const std::string& file, const std::vector<std::string>& labels);
 
 // Fewer taxa than a tree needs are a fault; `left` says whether some were left out.
