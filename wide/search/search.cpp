@@ -37,24 +37,24 @@ namespace {
 constexpr int kBatch = 8;         // runs on the whole of a tree
 constexpr long kTries = 300;      // of a run
 constexpr long kSettled = 32;     // subtrees in a try
-constexpr int kWhole = 128;       // taxa of a tree that is searched as a whole, if not always
-constexpr int kBatches = 4;       // of one that is not, to one on the whole
+constexpr int kWhole = 128;       // taxa of a tree that is searched as a whole, at least sometimes
 constexpr int kSoonJoined = 512;  // taxa
 constexpr int kMoreStarts = 4;
 
-// The sectors of a large tree, and a run in one of them. Under least squares a try costs more the more
-// taxa there are.
+// The sectors of a tree, and a run in each of them. Under least squares a try costs more the more taxa there
+// are, and what sectors find the whole does not.
 struct Schedule {
   int taxa;
   long tries;
+  int batches;  // of a tree of up to kWhole taxa, to one on the whole
 };
 
 Schedule ScheduleOf(Criterion criterion) {
   switch (criterion) {
     case Criterion::kBalanced:
-      return {64, kTries};
+      return {64, kTries, 1};
     case Criterion::kOls:
-      return {32, kTries / 2};
+      return {32, kTries / 2, 4};
   }
   return {};
 }
@@ -290,13 +290,14 @@ class Search {
       if (taxa_ > kWhole) descents_.resize(1);
       Place(descents_[0], *best_);
     }
-    const int small = ScheduleOf(settings_.criterion).taxa;
+    const Schedule schedule = ScheduleOf(settings_.criterion);
     long done = 0;
     for (int batch = 0; done < settings_.iterations && !Stopped(); ++batch) {
       if (settings_.patience > 0 && Seconds(improved) > settings_.patience) return;
       const double before = best_length_;
       const long left = settings_.iterations - done;
-      const bool whole = taxa_ <= small || (taxa_ <= kWhole && batch % kBatches == 0);
+      const bool whole =
+          taxa_ <= schedule.taxa || (taxa_ <= kWhole && batch % schedule.batches == 0);
       done += whole ? SearchWhole(left) : SearchSectors(left);
       if (best_length_ < before) improved = Clock::now();
       Report(Progress::kIterations,
