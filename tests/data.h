@@ -50,8 +50,7 @@ std::function<double(int, int)> DyadicDistances(std::uint32_t seed);
 // The same with all bits of a double, in 0.01..1.
 std::function<double(int, int)> RandomDistances(std::uint32_t seed);
 
-// Distances along a tree that grows at random taxa, with random edge lengths, times a little noise: data
-// as the search meets them.
+// Distances along a tree that grows at random taxa, with random edge lengths, times a little noise.
 std::function<double(int, int)> TreeLikeDistances(int taxa_count, double noise, std::uint32_t seed);
 
 // What the call throws as an Error of zorvek-wide; empty if nothing.

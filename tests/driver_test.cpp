@@ -15,7 +15,7 @@
 namespace zorvek {
 namespace {
 
-TEST(MTRandTest, DrawsTheMersenneTwisterSequence) {
+TEST(MTRandTest, DrawsTheMersenneTwisterSequenceAndTheFirstMaskedWordsWithinABound) {
   MTRand source;
   for (const std::uint32_t seed : {0u, 5489u, 0xffffffffu}) {
     source.seedWithValue(seed);
@@ -30,10 +30,6 @@ TEST(MTRandTest, DrawsTheMersenneTwisterSequence) {
   for (const std::uint32_t word : {1067595299u, 955945823u, 477289528u, 4107218783u, 4228976476u}) {
     EXPECT_EQ(source.nextWord(), word);
   }
-}
-
-TEST(MTRandTest, TakesTheFirstMaskedWordWithinTheBound) {
-  MTRand source;
   source.seedWithValue(7);
   std::mt19937 words(7);
   for (const auto& [bound, mask] : {std::pair{5u, 7u}, {64u, 127u}, {1000u, 1023u}}) {

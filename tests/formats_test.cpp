@@ -108,7 +108,7 @@ TEST(Formats, KeepLabelsAndMakeThemUtf8) {
 TEST(Formats, SayWhatIsWrongWithAnAlignment) {
   const string nexus = "#NEXUS\nbegin data; dimensions ntax=2 nchar=4;\nformat datatype=";
   const std::vector<std::pair<string, string>> cases{
-      {">a\nMKVL\n>b\nEFIL\n", "f:2:4: the sequences are protein; give those of the nucleotides"},
+      {">a\nMKVL\n>b\nEFVV\n", "f:2:4: the sequences are protein; give those of the nucleotides"},
       {">a\n" + string(40, 'A') + "EEE\n>b\nA\n",
        "f:2:41: 'E' stands for no nucleotide; write a code, ? or -\n"
        "f:2:42: 'E' stands for no nucleotide; write a code, ? or -\n"

@@ -184,7 +184,7 @@ TEST(WideTreeFile, ReadsWhatOthersWrite) {
   for (const std::string text : {
            "(A:1,(B_C:2,'it''s':3):4,(D:5,5:6)0.87:7);",
            "[&R] ( ( a :1[x[y]z] , ('b c':2,'IT''S':3):4)87:3 ,(d:5\t,\r\n'5':6)87:4 ) ;",
-           "((A:1,((B_C:2,'it''s':3):4)):0,(D:5,(5:2):4)87:7)99:1;",
+           "((A:1,(((B_C:2,'it''s':3)):4)):0,(D:5,(5:2):4)87:7)99:1;",
            "\xEF\xBB\xBF#NEXUS begin DATA; matrix a 'x;y' [;] c; tree = (A,d,5); end;\nBegin "
            "Trees; translate 5 A; end; begin trees; Title x;\ntranslate 1 A, 2 b_c, 3 'it''s', 4 "
            "D;\nUTREE * 'my tree'=[&U](1:1,(2:2,3:3):4,(4:5,5:6)87:7);END;",

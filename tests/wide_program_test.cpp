@@ -150,8 +150,8 @@ TEST_F(WideProgramTest, TellsWhatIsWrongWhereAndWhatToDo) {
   }
   EXPECT_EQ(Files().size(), cases.size());  // nothing was written
   Write("many.fa", ">a\n" + string(22, '!') + "\n>b\nA\xC3\n");
-  EXPECT_TRUE(Contains(Run("many.fa").err,
-                       "many.fa:2:20: '!' stands for no nucleotide; write a "
+  EXPECT_TRUE(Contains(Run("- < many.fa").err,
+                       "standard input:2:20: '!' stands for no nucleotide; write a "
                        "code, ? or -\nzorvek-wide: and 3 more\n"));
   EXPECT_TRUE(Contains(Run("nowhere.fa").err, "nowhere.fa: cannot be read: No such file"));
   EXPECT_TRUE(Contains(Run(".").err, ".: cannot be read: Is a directory"));
