@@ -42,6 +42,7 @@ TEST_F(GivenTreesTest, StartsFromATreeOrOnlyFitsTrees) {
   const Ended table = Run("m --matrix --evaluate two --newick fitted");
   EXPECT_TRUE(Contains(table.out, "\n1\t28\t28\t28\t0\n2\t29.5\t29.5\t31\t1\n"))
       << table.out << table.err;
+  EXPECT_TRUE(Contains(table.out, "taxa        5\ntrees       2\n"));
   EXPECT_EQ(Read("fitted").substr(0, 31), "(a:1,b:2,(c:4,(d:5,e:6):7):3);\n");
   EXPECT_EQ(Files(), (std::vector<string>{"fitted", "m", "other", "star", "two"}));
 

@@ -1,6 +1,5 @@
-// The moves that trade leaves, against the list of trials each is to make (a trial is a relabelled
-// copy of the tree, evaluated by itself, so that undoing plays no part here), and trees by neighbour
-// joining and by random pairs.
+// The moves that trade leaves, against the list of trials each is to make, and trees by neighbour joining
+// and by random pairs.
 
 #include <sstream>
 

@@ -3,6 +3,7 @@
 #include "zorvek/support.h"
 
 #include <atomic>
+#include <numeric>
 
 #include "tests/trees.h"
 #include "zorvek/io.h"
@@ -15,19 +16,13 @@ using Group = std::set<int>;
 
 // A tree much or little like one that all have in common, with polytomies and edges that are no groups.
 Tree Variant(const Tree& common, int moves, std::mt19937& generator) {
-  Topology topology = TopologyOf(common);
-  const unsigned n = static_cast<unsigned>(common.taxa);
-  for (int k = 0; k < moves; ++k) {  // trades the places of two taxa
-    const int a = static_cast<int>(generator() % n);
-    const int b = static_cast<int>(generator() % n);
-    const int at_a = topology.leaf_adjacent[Index(a)];
-    const int at_b = topology.leaf_adjacent[Index(b)];
-    if (at_a == at_b) continue;
-    topology.Replace(at_a, a, b);
-    topology.Replace(at_b, b, a);
-    std::swap(topology.leaf_adjacent[Index(a)], topology.leaf_adjacent[Index(b)]);
+  std::vector<int> number(Index(common.taxa));
+  std::iota(number.begin(), number.end(), 0);
+  for (int k = 0; k < moves; ++k) {
+    std::swap(number[generator() % number.size()], number[generator() % number.size()]);
   }
-  Tree tree = MakeTree(topology, [](int u, int v) { return 1 + (u + v) % 3; });
+  Tree tree = MakeTree(TopologyOf(Renumbered(common, number)),
+                       [](int u, int v) { return 1 + (u + v) % 3; });
   for (int node = tree.taxa; node < static_cast<int>(tree.nodes.size()); ++node) {
     if (generator() % 8 == 0) tree.nodes[Index(node)].length = generator() % 2 == 0 ? 0 : -1;
   }

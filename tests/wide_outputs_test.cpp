@@ -81,7 +81,7 @@ TEST_F(WideOutputsTest, ReplaceFilesWholeOrNotAtAll) {
 TEST_F(WideOutputsTest, ReportOnTheRun) {
   Write("y.fa",
         ">a\nACGTNC-TACACGTACGTAC\n>b 1\nACGTACGTAGACGTACGTAC\n>c\nACGTTCGAACACGTACGTAC\n"
-        ">d\nACCTTCGAACACGTACGTAC\n>e\nACCTTCGAACACGTACGTAC\n");
+        ">d\nACCTTCGAACACGTACGTAC\n>e\nACCTTCGAACACGTACGTAC\n>f\nACGTTCGAACACGTACGTAC\n");
   const Ended ended =
       Run("y.fa --log - -b 3 --leave-out b --rounds 7 --midpoint --newick \"a'n\" -o /dev/null");
   for (const char* part :
@@ -89,12 +89,11 @@ TEST_F(WideOutputsTest, ReportOnTheRun) {
         "\ncommand     zorvek-wide y.fa --log - -b 3 --leave-out b --rounds 7 --midpoint --newick "
         "'a'\\''n' "
         "-o /dev/null\n",
-        "\nmachine     ", " UTC\n",
-        "\nfile        y.fa\ntaxa        4\nleft out    b\nsites       20\n",
+        " core", " UTC\n", "\nfile        y.fa\ntaxa        5\nleft out    b\nsites       20\n",
         "\nleft aside  1 gap or missing site, 1 ambiguity code\n",
         "\nvariable    2 sites\n"
-        "informative 1 sites, under parsimony\nidentical   d = e\n\ntaxon\tgaps\tambiguous\n"
-        "a\t1\t1\nc\t0\t0\nd\t0\t0\ne\t0\t0\n",
+        "informative 1 sites, under parsimony\nidentical   c = f; d = e\n\ntaxon\tgaps\tambiguous\n"
+        "a\t1\t1\nc\t0\t0\nd\t0\t0\ne\t0\t0\nf\t0\t0\n",
         "\n--iterations      7\n", "\n--seed            1\n", "\n--criterion       balanced\n",
         "\n--bootstrap       3\n", "\n--midpoint        yes\n", "\nseconds\tlength\n0.",
         "\nsupport     3 replicates\n"}) {
@@ -109,6 +108,7 @@ TEST_F(WideOutputsTest, FollowLinksAndKeepPermissions) {
   fs::create_symlink("far", Path("d/near"));
   fs::create_symlink("d/near", Path("near"));
   EXPECT_EQ(Run("x.fa --newick near --prefix p").status, 0);
+  EXPECT_EQ(fs::status(Path("p.wide.log")).permissions(), fs::status(Path("x.fa")).permissions());
   EXPECT_TRUE(fs::is_symlink(Path("near")) && fs::is_symlink(Path("d/near")));
   EXPECT_EQ(Read("d/far"), tree_);
   EXPECT_EQ(fs::status(Path("d/far")).permissions(),

@@ -59,7 +59,7 @@ TEST_F(WideProgramTest, ReadsTheSameAlignmentFromEveryFormat) {
 
 TEST_F(WideProgramTest, FindsTheShortestTreeOfTheExampleAndTellsAboutIt) {
   WriteExample();
-  const Ended ended = Run("primates.nex --bootstrap 20 --newick n");
+  const Ended ended = Run("primates.nex --bootstrap 20 --newick n --draw d.svg");
   EXPECT_EQ(ended.status, 0);
   EXPECT_EQ(ended.err, "");
   const string length = FindAll(ended.out, "\nlength +([0-9.]+) ").at(0);
@@ -67,6 +67,7 @@ TEST_F(WideProgramTest, FindsTheShortestTreeOfTheExampleAndTellsAboutIt) {
   EXPECT_TRUE(Contains(ended.out, "taxa        12\nsites       898\n"));
   EXPECT_TRUE(Contains(ended.out, "\nnegative    0 (written as 0)\nsupport     20 replicates\n"));
   EXPECT_TRUE(Contains(Read("primates.nex.wide.log"), "\t" + length + "\n"));
+  EXPECT_TRUE(Contains(Read("d.svg"), " substitutions per site<"));
   EXPECT_LT(std::stod(FindAll(ended.out, "\nmemory +([0-9.]+) MiB").at(0)), 2000);
 
   const string nexus = Read("primates.nex.wide.nex");
@@ -178,6 +179,8 @@ TEST_F(WideProgramTest, NamesPairsWithoutADistanceAndLeavesTaxaOut) {
                        "taxa        4\nleft out    b, c, g,, h\n"));
   EXPECT_TRUE(
       Contains(Run("x.fa --drop-undefined --outgroup b").err, "no taxon b for the outgroup"));
+  Write("m", "5\na\nb 3\nc 8 9\nd 16 17 16\ne NA 18 17 NA\n");
+  EXPECT_TRUE(Contains(Run("m --matrix --drop-undefined").out, "taxa        4\nleft out    e\n"));
   EXPECT_EQ(Run("x.fa --leave-out b,i --leave-out c,j").err,
             "zorvek-wide: x.fa: no taxon i to leave out; fix the label\n"
             "zorvek-wide: x.fa: no taxon j to leave out; fix the label\n");
