@@ -353,6 +353,8 @@ class Search {
     Topology found = *best_;
     if (!distinct_.empty()) {
       found = WithGroups(identical_, distinct_, n_, found);
+    } else if (Stopped()) {  // the places of parts in a tree that is hardly searched are dear to compare
+      KeepTogether(identical_, found);
     } else if (!identical_.empty()) {
       Place(descents_[0], found);
       KeepTogether(identical_, descents_[0]->Around());
