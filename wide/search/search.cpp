@@ -353,7 +353,7 @@ class Search {
     Topology found = *best_;
     if (!distinct_.empty()) {
       found = WithGroups(identical_, distinct_, n_, found);
-    } else if (Stopped()) {  // the places of parts in a tree that is hardly searched are dear to compare
+    } else if (Stopped()) {  // places in a tree without a search are dear to compare
       KeepTogether(identical_, found);
     } else if (!identical_.empty()) {
       Place(descents_[0], found);
