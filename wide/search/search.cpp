@@ -61,14 +61,24 @@ Schedule ScheduleOf(Criterion criterion) {
 
 using Clock = std::chrono::steady_clock;
 
-void CheckFinite(int n, const double* const* distances) {
+// The largest distance by its size. Throws Error if there is one that is not finite.
+double Largest(int n, const double* const* distances) {
+  double largest = 0;
   for (int i = 0; i < n; ++i) {
     for (int j = 0; j < i; ++j) {
-      if (std::isfinite(distances[i][j])) continue;
-      throw Error("the distance of taxa " + std::to_string(j + 1) + " and " +
-                  std::to_string(i + 1) + " is no finite number; leave one of them out");
+      if (!std::isfinite(distances[i][j])) {
+        throw Error("the distance of taxa " + std::to_string(j + 1) + " and " +
+                    std::to_string(i + 1) + " is no finite number; leave one of them out");
+      }
+      largest = std::max(largest, std::fabs(distances[i][j]));
     }
   }
+  return largest;
+}
+
+// Whether trees of so many taxa are joined in single precision, which has no numbers of every size.
+bool JoinsInSingle(int n, double largest) {
+  return n >= kSinglePrecision && largest > 0x1p-64 && largest < 0x1p64;
 }
 
 // The share of a descent that is done, from that of the present pass over the tree: a pass is reckoned to
@@ -98,6 +108,7 @@ class Search {
         distances_(distances),
         matrix_(matrix),
         settings_(settings),
+        single_(JoinsInSingle(n, Largest(n, distances))),
         identical_(IdenticalTaxa(n, distances)) {
     std::vector<int> distinct = DistinctTaxa(n, identical_);
     if (settings.criterion != Criterion::kBalanced || distinct.size() < 4 || identical_.empty() ||
@@ -207,7 +218,7 @@ class Search {
     };
     if (reports && Starts() == 1) joining.threads = settings_.threads;
     if (!distinct_.empty()) return JoinDistinct(joining);
-    if (n_ < kSinglePrecision) return JoinNeighbours<double>(n_, distances_, joining);
+    if (!single_) return JoinNeighbours<double>(n_, distances_, joining);
     if (matrix_ == nullptr || !OnlyStarts() || Starts() > 1) {
       return JoinNeighbours<float>(n_, distances_, joining);
     }
@@ -369,6 +380,7 @@ class Search {
   const double* const* distances_;
   DistanceMatrix* matrix_;
   const SearchSettings& settings_;
+  const bool single_;
   Groups identical_;
   int taxa_ = n_;              // those that are searched
   std::vector<int> distinct_;  // of a balanced search of one taxon of each group, else empty
@@ -385,12 +397,10 @@ class Search {
 
 SearchResult FindShortestTree(int n, const double* const* distances,
                               const SearchSettings& settings) {
-  CheckFinite(n, distances);
   return Search(n, distances, nullptr, settings).Run();
 }
 
 SearchResult FindShortestTree(DistanceMatrix& distances, const SearchSettings& settings) {
-  CheckFinite(distances.Size(), distances.Rows());
   return Search(distances.Size(), distances.Rows(), &distances, settings).Run();
 }
 
