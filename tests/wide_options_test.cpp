@@ -106,9 +106,8 @@ TEST_F(WideOptionsTest, ChangeWhatTheySay) {
 TEST_F(WideOptionsTest, LimitTheTime) {
   WriteNoise(12);
   // With fewer threads than that this one is not interrupted.
-  const Ended shared =
-      Run("--matrix noise --time 20 -t 3 & " + kAwaitSearch + "kill -INT $!; wait $!");
-  EXPECT_TRUE(Contains(shared.out, ", interrupted\n")) << shared.out;
+  const string shared = "--matrix noise --time 20 -t 3 & " + kAwaitSearch + "kill -INT $!; wait $!";
+  EXPECT_TRUE(Contains(Run(shared).out, ", interrupted\n"));
   for (const char* options : {"--time .0001m", "--time .01s --starts 1000000",
                               "--time .01 --starts 1000000 --search none", "--patience .02s",
                               "--time .02 --patience 1000h --iterations 999999999999",

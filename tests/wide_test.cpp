@@ -75,23 +75,21 @@ TEST(WideIdentical, TaxaComeTogetherWhereTheTreeIsShortest) {
 
 // Edges of distances along a tree are those of the tree, however they are found.
 TEST(WideFit, GivesTheLengthsOfAnAdditiveTree) {
-  for (const double unit : {1.0, 1e200}) {
-    for (const int n : {4, 5, 30}) {
-      const DistanceMatrix along = test::TreeLikeMatrix(n, 0, 1);
-      const auto scaled = [&](int i, int j) { return unit * along(i, j); };
-      const DistanceMatrix given = test::Matrix(n, scaled);
-      DistanceMatrix used = test::Matrix(n, scaled);
-      std::vector<double*> rows;
-      for (int i = 0; i < n; ++i) rows.push_back(used.Row(i));
-      std::vector<SearchResult> found{JoinedTree(n, rows.data())};
-      for (const Criterion criterion : kBoth) {
-        found.push_back(FitTree(found[0].tree, given.Rows(), criterion));
-      }
-      for (const auto& [tree, length] : found) {
-        EXPECT_NEAR(length / unit, TotalLength(tree) / unit, 1e-12);
-        for (const auto& [i, j] : test::Pairs(n)) {
-          EXPECT_NEAR(test::PathLength(tree, i, j) / unit, along(i, j), 1e-12);
-        }
+  for (const auto& [n, unit] : {std::pair{4, 1.0}, {5, 1.0}, {30, 1.0}, {30, 1e200}}) {
+    const DistanceMatrix along = test::TreeLikeMatrix(n, 0, 1);
+    const auto scaled = [&, unit = unit](int i, int j) { return unit * along(i, j); };
+    const DistanceMatrix given = test::Matrix(n, scaled);
+    DistanceMatrix used = test::Matrix(n, scaled);
+    std::vector<double*> rows;
+    for (int i = 0; i < n; ++i) rows.push_back(used.Row(i));
+    std::vector<SearchResult> found{JoinedTree(n, rows.data())};
+    for (const Criterion criterion : kBoth) {
+      found.push_back(FitTree(found[0].tree, given.Rows(), criterion));
+    }
+    for (const auto& [tree, length] : found) {
+      EXPECT_NEAR(length / unit, TotalLength(tree) / unit, 1e-12);
+      for (const auto& [i, j] : test::Pairs(n)) {
+        EXPECT_NEAR(test::PathLength(tree, i, j) / unit, along(i, j), 1e-12);
       }
     }
   }
