@@ -96,6 +96,10 @@ LabelledMatrix ReadMatrix(Source source);
 std::string FormatSquareMatrix(const std::vector<std::string>& labels,
                                const DistanceMatrix& distances);
 
+// The same in pieces, one for each row, so that the whole text is never in memory.
+void FormatSquareMatrix(const std::vector<std::string>& labels, const DistanceMatrix& distances,
+                        const std::function<void(const std::string&)>& put);
+
 // --- trees ---
 
 struct LabelledTrees {

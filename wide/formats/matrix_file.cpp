@@ -333,15 +333,20 @@ LabelledMatrix ReadMatrix(Source source) {
 
 std::string FormatSquareMatrix(const std::vector<std::string>& labels,
                                const DistanceMatrix& distances) {
-  std::string text = std::to_string(distances.Size()) + "\n";
-  for (int i = 0; i < distances.Size(); ++i) {
-    std::string label = WithoutBlanks(labels[static_cast<std::size_t>(i)]);
-    label.resize(std::max(label.size(), kStrictLabel), ' ');
-    text += label;
-    for (int j = 0; j < distances.Size(); ++j) text += " " + Shortest(distances(i, j));
-    text += "\n";
-  }
+  std::string text;
+  FormatSquareMatrix(labels, distances, [&text](const std::string& piece) { text += piece; });
   return text;
+}
+
+void FormatSquareMatrix(const std::vector<std::string>& labels, const DistanceMatrix& distances,
+                        const std::function<void(const std::string&)>& put) {
+  put(std::to_string(distances.Size()) + "\n");
+  for (int i = 0; i < distances.Size(); ++i) {
+    std::string row = WithoutBlanks(labels[static_cast<std::size_t>(i)]);
+    row.resize(std::max(row.size(), kStrictLabel), ' ');
+    for (int j = 0; j < distances.Size(); ++j) row += " " + Shortest(distances(i, j));
+    put(row + "\n");
+  }
 }
 
 }  // namespace zorvek::wide

@@ -87,8 +87,8 @@ void OutputFile::Put(int descriptor, const std::string& text) const {
   }
 }
 
-void OutputFile::Write(const std::string& text, std::mutex& lock) {
-  if (IsDirect()) return Put(descriptor_, text);
+void OutputFile::Write(const std::function<void(const Sink&)>& content, std::mutex& lock) {
+  if (IsDirect()) return content([this](const std::string& text) { Put(descriptor_, text); });
   int descriptor = -1;
   {
     const std::lock_guard<std::mutex> locked(lock);
@@ -100,7 +100,7 @@ void OutputFile::Write(const std::string& text, std::mutex& lock) {
   struct stat before {};
   if (stat(target_.c_str(), &before) == 0) fchmod(descriptor, before.st_mode & 07777);
   try {
-    Put(descriptor, text);
+    content([&](const std::string& text) { Put(descriptor, text); });
   } catch (...) {
     close(descriptor);
     throw;

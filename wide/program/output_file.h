@@ -2,10 +2,14 @@
 #ifndef ZORVEK_WIDE_PROGRAM_OUTPUT_FILE_H
 #define ZORVEK_WIDE_PROGRAM_OUTPUT_FILE_H
 
+#include <functional>
 #include <mutex>
 #include <string>
 
 namespace zorvek::wide {
+
+// What takes a text in pieces.
+using Sink = std::function<void(const std::string&)>;
 
 // The descriptor that a path stands for: "-" and /dev/stdout are 1, /dev/stdin 0, /dev/fd/N is N;
 // -1 for every other path.
@@ -24,9 +28,10 @@ class OutputFile {
 
   bool IsDirect() const { return descriptor_ >= 0; }
 
-  // Writes all of it. A reader of a pipe may have left: that is its own affair and no fault.
-  // The lock is held while a temporary file comes into being, so that whoever holds it knows all.
-  void Write(const std::string& text, std::mutex& lock);
+  // Writes all that `content` puts into the sink it is given. A reader of a pipe may have left: that is its
+  // own affair and no fault. The lock is held while a temporary file comes into being, so that whoever
+  // holds it knows all.
+  void Write(const std::function<void(const Sink&)>& content, std::mutex& lock);
 
   // Puts what was written in the place of `path`. Requires: Write.
   void Commit();

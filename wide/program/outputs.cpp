@@ -42,13 +42,18 @@ std::string ConsensusText(const Results& results) {
          "\n";
 }
 
-std::string DistancesText(const Results& results) {
-  return FormatSquareMatrix(results.input.Labels(), results.input.distances);
-}
-
 std::string PictureText(const Results& results) {
   return DrawPicture(PathOf(results.options, "--draw"), results.trees[0], results.input.Labels(),
                      results.options.drawing);
+}
+
+void PutDistances(const Results& results, const Sink& put) {
+  FormatSquareMatrix(results.input.Labels(), results.input.distances, put);
+}
+
+template <std::string (*kText)(const Results&)>
+void Put(const Results& results, const Sink& put) {
+  put(kText(results));
 }
 
 // Whether the file has no name that outputs could be named after.
@@ -71,14 +76,15 @@ std::string Prefix(const Options& options) {
 
 std::vector<OutputKind> OutputKinds() {
   return {
-      {"-o,--output", "the tree in NEXUS; FILE.wide.nex unless given", ".wide.nex", NexusText},
-      {"--newick", "the tree in Newick's format", nullptr, NewickText},
-      {"--distances", "the distances, a PHYLIP square matrix", nullptr, DistancesText},
-      {"--draw", "a picture, .svg, or a page to look into, .html", nullptr, PictureText},
+      {"-o,--output", "the tree in NEXUS; FILE.wide.nex unless given", ".wide.nex", Put<NexusText>},
+      {"--newick", "the tree in Newick's format", nullptr, Put<NewickText>},
+      {"--distances", "the distances, a PHYLIP square matrix", nullptr, PutDistances},
+      {"--draw", "a picture, .svg, or a page to look into, .html", nullptr, Put<PictureText>},
       {"--bootstrap-trees", "the trees of the replicates in Newick's format, a line each", nullptr,
-       ReplicatesText},
-      {"--consensus", "their majority-rule consensus in Newick's format", nullptr, ConsensusText},
-      {"--log", "a report on the run; FILE.wide.log unless given", ".wide.log", Report},
+       Put<ReplicatesText>},
+      {"--consensus", "their majority-rule consensus in Newick's format", nullptr,
+       Put<ConsensusText>},
+      {"--log", "a report on the run; FILE.wide.log unless given", ".wide.log", Put<Report>},
   };
 }
 
@@ -104,14 +110,14 @@ void NameOutputs(Options& options) {
   for (std::size_t k = 0; k < kinds.size(); ++k) {
     std::string& path = options.paths[k];
     if (DescriptorNamed(path) == STDOUT_FILENO) path = "-";
-    named = named || (!path.empty() && kinds[k].content != Report);
+    named = named || (!path.empty() && kinds[k].put != Put<Report>);
   }
   for (std::size_t k = 0; k < kinds.size(); ++k) {
     std::string& path = options.paths[k];
     if (path.empty() && kinds[k].ending != nullptr && !prefix.empty() && searches) {
       path = prefix + kinds[k].ending;
     }
-    if (prefix.empty() && !named && kinds[k].content == NewickText && searches) path = "-";
+    if (prefix.empty() && !named && kinds[k].put == Put<NewickText> && searches) path = "-";
   }
 }
 
@@ -131,7 +137,8 @@ void Outputs::Prepare(const Options& options) {
 
 void Outputs::Write(bool direct, const Results& results) {
   for (Entry& entry : entries_) {
-    if (entry.file.IsDirect() == direct) entry.file.Write(entry.kind.content(results), mutex_);
+    if (entry.file.IsDirect() != direct) continue;
+    entry.file.Write([&](const Sink& put) { entry.kind.put(results, put); }, mutex_);
   }
 }
 

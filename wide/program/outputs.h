@@ -15,10 +15,10 @@ namespace zorvek::wide {
 
 // One kind of output. To add one is to add a row to the table in outputs.cpp.
 struct OutputKind {
-  const char* option;                      // that names its path
-  const char* help;                        // of that option
-  const char* ending;                      // of its path where none is named; nullptr: not written
-  std::string (*content)(const Results&);  // the whole file
+  const char* option;  // that names its path
+  const char* help;    // of that option
+  const char* ending;  // of its path where none is named; nullptr: not written
+  void (*put)(const Results&, const Sink&);  // the whole file
 };
 
 // The kinds in the order in which they are written.
