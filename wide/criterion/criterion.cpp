@@ -1,11 +1,21 @@
 #include "wide/criterion/criterion.h"
 
+#include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 #include "wide/criterion/balanced_neighbourhood.h"
 #include "wide/criterion/ols_neighbourhood.h"
 
 namespace zorvek::wide {
+
+double LargestDistance(int n, const double* const* distances) {
+  double largest = 0;
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < i; ++j) largest = std::max(largest, std::fabs(distances[i][j]));
+  }
+  return largest;
+}
 
 std::unique_ptr<Neighbourhood> MakeNeighbourhood(Criterion criterion, const Topology& topology,
                                                  const double* const* distances, int threads,

@@ -5,7 +5,6 @@
 #include <memory>
 #include <vector>
 
-#include "wide/criterion/criterion.h"
 #include "wide/criterion/neighbourhood.h"
 #include "zorvek/criterion.h"
 
@@ -14,6 +13,9 @@ namespace zorvek::wide {
 // Taxa from which on trees are joined, and searched under least squares, in single precision: distances
 // are no surer than to three digits or four.
 constexpr int kSinglePrecision = 4000;
+
+// The largest of the distances by its size.  Cost: n^2.
+double LargestDistance(int n, const double* const* distances);
 
 // The neighbourhood of a tree under a criterion. Under the balanced one its leaves may be some of the taxa
 // of the matrix, by their numbers there.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "core/index.h"
+#include "wide/criterion/criterion.h"
 #include "wide/criterion/ols_sector.h"
 #include "wide/criterion/ols_spr_length.h"
 
@@ -47,20 +48,12 @@ Quartet AroundNode(const OlsTree& tree, const SprWalk& walk, const std::vector<d
   return q;
 }
 
-double Largest(int n, const double* const* distances) {
-  double largest = 0;
-  for (int i = 0; i < n; ++i) {
-    for (int j = 0; j < i; ++j) largest = std::max(largest, std::fabs(distances[i][j]));
-  }
-  return largest;
-}
-
 }  // namespace
 
 OlsNeighbourhood::OlsNeighbourhood(const Topology& topology, const double* const* distances,
                                    Precision precision, int threads)
     : OlsNeighbourhood(OlsTree(topology, distances, precision), topology.Nodes(),
-                       Largest(topology.taxa, distances)) {
+                       LargestDistance(topology.taxa, distances)) {
   walkers_.resize(Index(std::max(1, threads)));
 }
 

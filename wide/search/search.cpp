@@ -61,24 +61,21 @@ Schedule ScheduleOf(Criterion criterion) {
 
 using Clock = std::chrono::steady_clock;
 
-// The largest distance by its size. Throws Error if there is one that is not finite.
-double Largest(int n, const double* const* distances) {
-  double largest = 0;
+void CheckFinite(int n, const double* const* distances) {
   for (int i = 0; i < n; ++i) {
     for (int j = 0; j < i; ++j) {
-      if (!std::isfinite(distances[i][j])) {
-        throw Error("the distance of taxa " + std::to_string(j + 1) + " and " +
-                    std::to_string(i + 1) + " is no finite number; leave one of them out");
-      }
-      largest = std::max(largest, std::fabs(distances[i][j]));
+      if (std::isfinite(distances[i][j])) continue;
+      throw Error("the distance of taxa " + std::to_string(j + 1) + " and " +
+                  std::to_string(i + 1) + " is no finite number; leave one of them out");
     }
   }
-  return largest;
 }
 
-// Whether trees of so many taxa are joined in single precision, which has no numbers of every size.
-bool JoinsInSingle(int n, double largest) {
-  return n >= kSinglePrecision && largest > 0x1p-64 && largest < 0x1p64;
+// Whether the trees are joined in single precision, which has no numbers of every size.
+bool JoinsInSingle(int n, const double* const* distances) {
+  if (n < kSinglePrecision) return false;
+  const double largest = LargestDistance(n, distances);
+  return largest > 0x1p-64 && largest < 0x1p64;
 }
 
 // The share of a descent that is done, from that of the present pass over the tree: a pass is reckoned to
@@ -108,7 +105,7 @@ class Search {
         distances_(distances),
         matrix_(matrix),
         settings_(settings),
-        single_(JoinsInSingle(n, Largest(n, distances))),
+        single_(JoinsInSingle(n, distances)),
         identical_(IdenticalTaxa(n, distances)) {
     std::vector<int> distinct = DistinctTaxa(n, identical_);
     if (settings.criterion != Criterion::kBalanced || distinct.size() < 4 || identical_.empty() ||
@@ -397,10 +394,12 @@ class Search {
 
 SearchResult FindShortestTree(int n, const double* const* distances,
                               const SearchSettings& settings) {
+  CheckFinite(n, distances);
   return Search(n, distances, nullptr, settings).Run();
 }
 
 SearchResult FindShortestTree(DistanceMatrix& distances, const SearchSettings& settings) {
+  CheckFinite(distances.Size(), distances.Rows());
   return Search(distances.Size(), distances.Rows(), &distances, settings).Run();
 }
 
